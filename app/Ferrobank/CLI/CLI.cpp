@@ -1,0 +1,7 @@
+#include "Ferrobank/CLI/CLI.h"
+
+namespace ferrobank {
+
+CLI::Failure::Failure(const QString& message) : std::runtime_error(message.toStdString()) {}
+
+} // namespace ferrobank

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "Platform/PrivilegedLink.h"
+
+#include <QCoro/QCoroTask>
+#include <QtCore/QString>
+
+#include <stdexcept>
+
+namespace ferrobank {
+
+/// The command link that lets people run the drive tool from a terminal. It always points into the installed
+/// application, so updating the application updates the command. Main thread.
+class CommandLineTool {
+public:
+    /// The user dismissed the administrator prompt. Not an error to show.
+    class Cancelled : public std::runtime_error {
+    public:
+        Cancelled() : std::runtime_error("cancelled") {}
+    };
+
+    static constexpr auto kLink = u"/usr/local/bin/ferrobank";
+
+    /// `target` is the drive tool's location; `link` is where the command goes (a parameter for tests only).
+    /// `privilegedLink` must outlive this object.
+    CommandLineTool(QString target, PrivilegedLink& privilegedLink, QString link = QString(kLink));
+
+    [[nodiscard]] const QString& link() const { return _link; }
+
+    /// Whether the link's stored text is exactly the tool's path. The link is not followed.
+    [[nodiscard]] bool isInstalled() const;
+
+    /// Makes the link, as the user or, where that is not allowed, with administrator rights. Throws
+    /// Cancelled, CLI::Failure with words for the user, or a file-system error.
+    QCoro::Task<> install();
+
+private:
+    QCoro::Task<> installAsAdmin();
+
+    QString _target;
+    PrivilegedLink& _privilegedLink;
+    QString _link;
+};
+
+} // namespace ferrobank

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QCoro/QCoroTask>
+#include <QtCore/QByteArray>
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+#include <functional>
+#include <memory>
+#include <stdexcept>
+
+namespace ferrobank {
+
+/// A program could not be started. what() is the system's own text for the reason, as UTF-8.
+class LaunchError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// One child process and its output. Main thread.
+///
+/// The child inherits environment, working folder and standard input. Its output is read while it runs, so it
+/// never waits for us. Dropping the object does not end the child: it goes on, and what it still writes is
+/// discarded.
+class ChildProcess {
+public:
+    enum class StandardError { Capture, Discard };
+
+    /// Called on the main thread with each piece of output as it comes.
+    using Sink = std::function<void(QByteArray)>;
+
+    virtual ~ChildProcess() = default;
+
+    /// Starts `program`, an absolute path, with exactly these arguments. Throws LaunchError.
+    static std::unique_ptr<ChildProcess> launch(const QString& program, const QStringList& arguments,
+                                                StandardError standardError, Sink output, Sink errorText);
+
+    /// Ends when the child has exited and what it left in its pipes has been read (a descendant that keeps a
+    /// pipe open is not waited for). The result is the exit status, or 128 + the signal's number.
+    virtual QCoro::Task<int> finished() = 0;
+
+    /// Ends when standard output has reached its end, whoever held it last.
+    virtual QCoro::Task<> outputEnded() = 0;
+};
+
+} // namespace ferrobank

@@ -1,0 +1,36 @@
+# The application is one folder, the same on every system; nothing outside it is needed at run time but libraries.
+
+set(FERROBANK_BUNDLE_ID "org.ferrobank.Ferrobank")
+set(FERROBANK_BUNDLE "${CMAKE_BINARY_DIR}/Ferrobank.app")
+set(FERROBANK_CONTENTS "${FERROBANK_BUNDLE}/Contents")
+set(FERROBANK_EXECUTABLE_DIR "${FERROBANK_CONTENTS}/Linux")
+
+# Puts a target's binary beside the executable and lets it find its sisters there, wherever the folder is moved.
+function(ferrobank_bundle_binary target)
+    set_target_properties(
+        ${target}
+        PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${FERROBANK_EXECUTABLE_DIR}"
+                   LIBRARY_OUTPUT_DIRECTORY "${FERROBANK_EXECUTABLE_DIR}"
+                   BUILD_RPATH "$ORIGIN"
+                   BUILD_RPATH_USE_ORIGIN ON
+                   INSTALL_RPATH "$ORIGIN")
+endfunction()
+
+# Copies one file into the bundle whenever it changes: ferrobank_bundle_file(FROM source TO folder/in/Contents/name)
+function(ferrobank_bundle_file)
+    cmake_parse_arguments(PARSE_ARGV 0 arg "" "FROM;TO" "")
+    cmake_path(ABSOLUTE_PATH arg_FROM)
+    set(destination "${FERROBANK_CONTENTS}/${arg_TO}")
+    add_custom_command(
+        OUTPUT "${destination}"
+        COMMAND "${CMAKE_COMMAND}" -E copy "${arg_FROM}" "${destination}"
+        DEPENDS "${arg_FROM}"
+        VERBATIM)
+    set_property(GLOBAL APPEND PROPERTY FERROBANK_BUNDLE_FILES "${destination}")
+endfunction()
+
+# Call once, after every ferrobank_bundle_file().
+function(ferrobank_bundle_complete)
+    get_property(files GLOBAL PROPERTY FERROBANK_BUNDLE_FILES)
+    add_custom_target(bundle-files ALL DEPENDS ${files})
+endfunction()
