@@ -2,7 +2,6 @@
 
 namespace ferrobank {
 
-CLI::Failure::Failure(const QString& message) : std::runtime_error(message.toStdString()), _message(message)
-{}
+CLI::Failure::Failure(const QString& message) : std::runtime_error(message.toStdString()) {}
 
 } // namespace ferrobank

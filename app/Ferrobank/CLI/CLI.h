@@ -22,10 +22,7 @@ public:
     public:
         explicit Failure(const QString& message);
 
-        [[nodiscard]] const QString& message() const { return _message; }
-
-    private:
-        QString _message;
+        [[nodiscard]] QString message() const { return QString::fromUtf8(what()); }
     };
 
     virtual ~CLI() = default;
