@@ -103,7 +103,7 @@ std::optional<std::string> unquotedWord(std::string_view text)
 }
 
 /// The manager refuses the path of a program that holds one of these, however it is quoted.
-bool needsShell(std::string_view program)
+bool needsStarter(std::string_view program)
 {
     for (const char character : program) {
         if (character == '"' || character == '\'' || character == '\\' || isControl(character)) {
@@ -115,10 +115,11 @@ bool needsShell(std::string_view program)
 
 std::string execStart(const CommandLine& command)
 {
-    // The colon keeps "$" as it is.
+    // The colon keeps "$" as it is. What the manager refuses as a program it accepts as an argument of
+    // another, here of one that changes nothing and becomes the program.
     const std::string& program = command.program.native();
-    std::string line = needsShell(program) ? R"(:/bin/sh -c "exec \"$0\" \"$@\"" )" + quotedWord(program)
-                                           : quotedWord(":" + program);
+    std::string line =
+        needsStarter(program) ? ":/usr/bin/nice -n 0 " + quotedWord(program) : quotedWord(":" + program);
     for (const std::string& argument : command.arguments) {
         line += ' ' + quotedWord(argument);
     }
