@@ -34,7 +34,8 @@ public:
 
     std::string next()
     {
-        static const std::string kLetters = " \t\n\r\"'\\`$%#;=:@-+!~*?[]{}()<>|&^.,abnrstx04F\x01\x1f\x7f\xc3\xa4\xff";
+        static const std::string kLetters =
+            " \t\n\r\"'\\`$%#;=:@-+!~*?[]{}()<>|&^.,abnrstx04F\x01\x1f\x7f\xc3\xa4\xff";
         std::uniform_int_distribution<std::size_t> letter(0, kLetters.size() - 1);
         std::uniform_int_distribution<int> length(1, 24);
         std::string name;

@@ -20,8 +20,8 @@ struct Document {
 
     [[nodiscard]] std::optional<AgentDescription> parsed() const
     {
-        return parseAgentDescription("<plist version=\"1.0\"><dict>" + label + program + arguments + runAtLoad +
-                                         keepAlive + "</dict></plist>",
+        return parseAgentDescription("<plist version=\"1.0\"><dict>" + label + program + arguments +
+                                         runAtLoad + keepAlive + "</dict></plist>",
                                      "/opt/Ferro bank.app");
     }
 };

@@ -1,4 +1,5 @@
 #include "Platform/linux/login/DesktopEntry.h"
+
 #include "support/AwkwardPaths.h"
 
 #include <QtTest/QTest>
@@ -51,7 +52,8 @@ void DesktopEntryTest::awkwardLettersAreQuoted_data()
     QTest::newRow("dollar") << QByteArray("/a$b") << QByteArray("Exec=\"/a\\\\$b\"\nTryExec=/a$b\n");
     QTest::newRow("quote") << QByteArray("/a\"b") << QByteArray("Exec=\"/a\\\\\"b\"\nTryExec=/a\"b\n");
     QTest::newRow("tick") << QByteArray("/a`b") << QByteArray("Exec=\"/a\\\\`b\"\nTryExec=/a`b\n");
-    QTest::newRow("backslash") << QByteArray("/a\\b") << QByteArray("Exec=\"/a\\\\\\\\b\"\nTryExec=/a\\\\b\n");
+    QTest::newRow("backslash") << QByteArray("/a\\b")
+                               << QByteArray("Exec=\"/a\\\\\\\\b\"\nTryExec=/a\\\\b\n");
     QTest::newRow("line break") << QByteArray("/a\nb") << QByteArray("Exec=\"/a\\nb\"\nTryExec=/a\\nb\n");
     QTest::newRow("space at the end") << QByteArray("/a ") << QByteArray("Exec=\"/a \"\nTryExec=/a\\s\n");
     QTest::newRow("letters beyond ASCII") << QByteArray("/ä") << QByteArray("Exec=\"/ä\"\nTryExec=/ä\n");
@@ -71,7 +73,8 @@ void DesktopEntryTest::awkwardProgramsAreReadBack()
     test::AwkwardNames names(2);
     for (int round = 0; round < 5000; ++round) {
         const auto index = static_cast<std::size_t>(round);
-        const std::string name = index < test::kAwkwardNames.size() ? test::kAwkwardNames[index] : names.next();
+        const std::string name =
+            index < test::kAwkwardNames.size() ? test::kAwkwardNames[index] : names.next();
         const std::filesystem::path program = "/" + name + "/Ferrobank";
         const std::string text = desktopEntryText({"Ferrobank", "Menu"}, {program, {name}});
         QVERIFY2(parseDesktopEntry(text).program == program, text.c_str());
@@ -128,8 +131,8 @@ void DesktopEntryTest::switches()
 
 void DesktopEntryTest::otherGroupsAreLeftAlone()
 {
-    const DesktopEntry entry =
-        parseDesktopEntry("Exec=/0\n[Other]\nExec=/1\nHidden=true\n[Desktop Entry]\nExec=/2\n[More]\nExec=/3\n");
+    const DesktopEntry entry = parseDesktopEntry(
+        "Exec=/0\n[Other]\nExec=/1\nHidden=true\n[Desktop Entry]\nExec=/2\n[More]\nExec=/3\n");
     QVERIFY(entry.program == "/2");
     QVERIFY(!entry.switchedOff);
 }

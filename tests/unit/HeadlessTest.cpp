@@ -1,4 +1,5 @@
 #include "Ferrobank/Headless.h"
+
 #include "support/fakes/FakeRegistry.h"
 
 #include <QtTest/QTest>

@@ -48,7 +48,8 @@ void PropertyListTest::valuesAreReadByTheirType()
 
 void PropertyListTest::valueOfAnotherTypeReadsAsNone()
 {
-    const auto list = PropertyList::parse(documentOf("<key>t</key><string>word</string><key>yes</key><true/>"));
+    const auto list =
+        PropertyList::parse(documentOf("<key>t</key><string>word</string><key>yes</key><true/>"));
     QVERIFY(list.has_value());
     QVERIFY(!list->text("yes"));
     QVERIFY(!list->flag("t"));
@@ -58,8 +59,8 @@ void PropertyListTest::valueOfAnotherTypeReadsAsNone()
 
 void PropertyListTest::arrayWithSomethingElseThanTextsReadsAsNone()
 {
-    const auto list =
-        PropertyList::parse(documentOf("<key>a</key><array><string>one</string><integer>2</integer></array>"));
+    const auto list = PropertyList::parse(
+        documentOf("<key>a</key><array><string>one</string><integer>2</integer></array>"));
     QVERIFY(list.has_value());
     QVERIFY(!list->texts("a"));
 }

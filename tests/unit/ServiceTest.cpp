@@ -1,4 +1,5 @@
 #include "Ferrobank/Service.h"
+
 #include "support/fakes/FakeRegistry.h"
 
 #include <QtTest/QTest>
@@ -149,7 +150,8 @@ void ServiceTest::statusJsonIsExact_data()
     QTest::addColumn<QByteArray>("line");
     QTest::newRow("neither") << 0 << 0
                              << QByteArray(R"({"login_item":"not-registered","agent":"not-registered"})");
-    QTest::newRow("example") << 1 << 2 << QByteArray(R"({"login_item":"enabled","agent":"requires-approval"})");
+    QTest::newRow("example") << 1 << 2
+                             << QByteArray(R"({"login_item":"enabled","agent":"requires-approval"})");
     QTest::newRow("not found") << 3 << 1 << QByteArray(R"({"login_item":"not-found","agent":"enabled"})");
     QTest::newRow("above the words") << 4 << 0
                                      << QByteArray(R"({"login_item":"unknown","agent":"not-registered"})");

@@ -1,4 +1,5 @@
 #include "Platform/linux/login/ServiceUnit.h"
+
 #include "support/AwkwardPaths.h"
 
 #include <QtTest/QTest>
@@ -101,7 +102,8 @@ void ServiceUnitTest::awkwardLettersAreQuoted()
 void ServiceUnitTest::argumentsAreQuotedOneByOne()
 {
     const AgentDescription agent{{"/t", {"a b", "", "%", "\""}}, KeepAlive::Never};
-    QCOMPARE(lineOf(serviceUnitText(agent), "ExecStart"), QByteArray(R"(ExecStart=":/t" "a b" "" "%%" "\"")"));
+    QCOMPARE(lineOf(serviceUnitText(agent), "ExecStart"),
+             QByteArray(R"(ExecStart=":/t" "a b" "" "%%" "\"")"));
 }
 
 void ServiceUnitTest::awkwardProgramsAreReadBack()
@@ -109,7 +111,8 @@ void ServiceUnitTest::awkwardProgramsAreReadBack()
     test::AwkwardNames names(1);
     for (int round = 0; round < 5000; ++round) {
         const auto index = static_cast<std::size_t>(round);
-        const std::string name = index < test::kAwkwardNames.size() ? test::kAwkwardNames[index] : names.next();
+        const std::string name =
+            index < test::kAwkwardNames.size() ? test::kAwkwardNames[index] : names.next();
         const std::filesystem::path program = "/" + name + "/ferrobank";
         const AgentDescription agent{{program, {name}}, KeepAlive::Always};
         const std::string text = serviceUnitText(agent);
