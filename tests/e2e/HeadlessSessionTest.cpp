@@ -273,7 +273,9 @@ void HeadlessSessionTest::readOnlyFoldersAreToldAndNothingIsHalfWritten()
     const CommandResult result = ferrobank(u"--register"_s);
     QCOMPARE(result.status, 1);
     QCOMPARE(result.output, QByteArray());
-    QVERIFY2(result.errors.contains("denied") && result.errors.count('\n') == 1, result.errors.constData());
+    QVERIFY2(result.errors.startsWith("Cannot write “" + folder.toUtf8()) &&
+                 result.errors.endsWith(": Permission denied.\n") && result.errors.count('\n') == 1,
+             result.errors.constData());
     QCOMPARE(filesInHome(), QStringList{});
     QCOMPARE(_bundle->processes().size(), 0);
     QCOMPARE(ferrobank(u"--service-status"_s).output, line("not-registered", "not-registered"));
