@@ -112,7 +112,7 @@ private Q_SLOTS:
         for (int i = 0; i < kQuestions; ++i) {
             await(elsewhere.ask(u"x"_s, question, 10s));
         }
-        QTRY_COMPARE(ProcessFacts().openDescriptors, before.openDescriptors);
+        QTRY_VERIFY(ProcessFacts().openDescriptors <= before.openDescriptors);
     }
 
     void capacityIsTheFileSystemsOwn()
