@@ -5,6 +5,8 @@
 
 #include <QtCore/QFile>
 
+#include <nlohmann/json.hpp>
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace ferrobank;
@@ -17,9 +19,7 @@ constexpr int kLimit = 60'000;
 
 QByteArray quotedText(const QString& text)
 {
-    QByteArray json = text.toUtf8();
-    json.replace('\\', R"(\\)").replace('"', R"(\")").replace('\n', R"(\n)");
-    return '"' + json + '"';
+    return QByteArray::fromStdString(nlohmann::json(text.toStdString()).dump());
 }
 
 /// A rule of a scenario: these arguments, these steps.
