@@ -29,7 +29,7 @@ T.Button {
     verticalPadding: compact ? 3 : 5
     spacing: 6
     implicitHeight: Math.max(compact ? 26 : 30, implicitContentHeight + topPadding + bottomPadding)
-    implicitWidth: Math.max(compact ? 0 : 72, implicitContentWidth + leftPadding + rightPadding)
+    implicitWidth: Math.ceil(Math.max(compact ? 0 : 72, implicitContentWidth + leftPadding + rightPadding))
     opacity: enabled ? 1 : 0.5
 
     Accessible.role: Accessible.Button
