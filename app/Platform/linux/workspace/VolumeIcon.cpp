@@ -37,7 +37,7 @@ public:
     /// False when something is there already, or when the bytes do not fit.
     bool make(const fs::path& file, std::string_view bytes)
     {
-        Descriptor descriptor(::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644));
+        const Descriptor descriptor(::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644));
         if (!descriptor.isOpen()) {
             return false;
         }
@@ -49,7 +49,7 @@ public:
             }
             bytes.remove_prefix(count < 0 ? 0 : static_cast<std::size_t>(count));
         }
-        return ::fsync(descriptor.number()) == 0 && descriptor.closeChecked();
+        return ::fsync(descriptor.number()) == 0;
     }
 
     void keep() { _made.clear(); }
