@@ -391,7 +391,8 @@ private Q_SLOTS:
             visited << focused();
         }
         for (const QString& name : {u"showInFinder"_s, u"runChecks"_s, u"menuAtLogin"_s, u"install"_s,
-                                    u"showLog"_s, u"uninstall"_s, u"minimise"_s, u"close"_s}) {
+                                    u"showLog"_s, u"uninstall"_s, u"minimise"_s, u"close"_s})
+        {
             QVERIFY2(visited.contains(name), qPrintable(name + u" is not in "_s + visited.join(u' ')));
         }
     }

@@ -11,8 +11,8 @@
 
 namespace ferrobank {
 
-/// A test of the main window as a person sees it: what is shown, by text or by object name, and clicks and keys.
-/// Each test has a stage of its own. Nothing moves: the theme asks for reduced motion.
+/// A test of the main window as a person sees it: what is shown, by text or by object name, and clicks and
+/// keys. Each test has a stage of its own. Nothing moves: the theme asks for reduced motion.
 class WindowTest : public QObject {
     Q_OBJECT
 
