@@ -34,7 +34,7 @@ Window {
         radius: Theme.composited ? 12 : 0
         color: Theme.window
         border.width: 1
-        border.color: Theme.hairline
+        border.color: Qt.tint(Theme.window, Theme.hairline)
 
         LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
         LayoutMirroring.childrenInherit: true
