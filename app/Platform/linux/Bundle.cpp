@@ -1,0 +1,57 @@
+#include "Platform/Bundle.h"
+
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+namespace ferrobank {
+
+namespace {
+
+/// The kernel's word behind the path of a program whose file was replaced while it runs.
+constexpr std::string_view kReplaced = " (deleted)";
+
+std::filesystem::path runningExecutable()
+{
+    const std::filesystem::path link = std::filesystem::read_symlink("/proc/self/exe");
+    const std::string& text = link.native();
+    std::error_code ignored; // a file that cannot be asked about is as good as gone
+    if (text.ends_with(kReplaced) && !std::filesystem::exists(link, ignored)) {
+        return text.substr(0, text.size() - kReplaced.size());
+    }
+    return link;
+}
+
+} // namespace
+
+Bundle::Bundle(std::filesystem::path root) : _root(std::move(root)) {}
+
+const Bundle& Bundle::main()
+{
+    // <root>/Contents/Linux/Ferrobank
+    static const Bundle bundle(runningExecutable().parent_path().parent_path().parent_path());
+    return bundle;
+}
+
+std::filesystem::path Bundle::executable() const
+{
+    return _root / "Contents/Linux/Ferrobank";
+}
+
+std::filesystem::path Bundle::driveTool() const
+{
+    return _root / "Contents/Helpers/ferrobank";
+}
+
+std::filesystem::path Bundle::agentPropertyList() const
+{
+    return _root / "Contents/Library/LaunchAgents/org.ferrobank.Ferrobank.agent.plist";
+}
+
+std::filesystem::path Bundle::resource(const char* name) const
+{
+    return _root / "Contents/Resources" / name;
+}
+
+} // namespace ferrobank
