@@ -1,0 +1,70 @@
+#pragma once
+
+#include "Ferrobank/Updater.h"
+#include "Ferrobank/Views/MainWindow.h"
+#include "Platform/FolderChooser.h"
+
+#include <QtCore/QObject>
+#include <QtCore/QString>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace ferrobank {
+
+/// What the windows need beside themselves. References must outlive Windows.
+struct WindowsCollaborators {
+    AppModel& model;
+    Service& service;
+    CommandLineTool& commandLineTool;
+    Workspace& workspace;
+    SettingsPages& settingsPages;
+    Volumes& volumes;
+    LoginItemRegistry& registry;
+    QString home;   ///< the user's home folder, absolute
+    QString bundle; ///< the folder of the application, for the Trash
+};
+
+/// The application's windows: loads their library when the first one opens, and does for them what belongs to the
+/// whole program. Main thread. While no window is open nothing of them runs.
+class Windows : public QObject, public WindowHost {
+    Q_OBJECT
+
+public:
+    explicit Windows(WindowsCollaborators collaborators, QObject* parent = nullptr);
+    ~Windows() override;
+
+    /// Opens the main window or brings the open one to the front. A library that cannot be loaded is told in an
+    /// alert.
+    void openMain(const QString& activationToken);
+    void openLoginItems();
+    [[nodiscard]] bool mainIsVisible() const;
+
+    void showAlert(const QString& text) override;
+    void chooseFolder(std::function<void(QString)> chosen) override;
+    void quit() override;
+    void trashAndQuit() override;
+    void windowClosed() override;
+
+Q_SIGNALS:
+    /// After a window is gone with everything it had.
+    void closed();
+
+private:
+    using Maker = MainWindow* (*)(const WindowCollaborators&);
+
+    [[nodiscard]] std::unique_ptr<MainWindow> make(const char* maker);
+    [[nodiscard]] QWindow* frontWindow() const;
+
+    WindowsCollaborators _with;
+    WindowCollaborators _forWindows;
+    std::unique_ptr<FolderChooser> _folderChooser;
+    std::unique_ptr<MainWindow> _main;
+    std::unique_ptr<MainWindow> _loginItems;
+};
+
+/// The program's windows of the moment, for the decision about updates.
+[[nodiscard]] std::vector<WindowFacts> presentWindows();
+
+} // namespace ferrobank
