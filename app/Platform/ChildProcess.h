@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 
 namespace ferrobank {
@@ -17,26 +18,41 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// One child process and its output. Main thread.
+/// One child process and its output. Main thread; needs a running QCoreApplication.
 ///
-/// The child inherits environment, working folder and standard input. Its output is read while it runs, so it
-/// never waits for us. Dropping the object does not end the child: it goes on, and what it still writes is
-/// discarded.
+/// The child inherits environment, working folder and standard input, and none of our other open files. Its
+/// output is read while it runs, so it never waits for us. Dropping the object does not end the child: it
+/// goes on, and what it still writes is read and discarded for as long as this process lives.
 class ChildProcess {
 public:
     enum class StandardError { Capture, Discard };
 
-    /// Called on the main thread with each piece of output as it comes.
+    /// Called on the main thread with each piece of output as it comes, and once with an empty piece when the
+    /// output has reached its end. Never called after the object is gone, which a sink may bring about.
     using Sink = std::function<void(QByteArray)>;
 
+    /// What to start. Plain value.
+    struct Setup {
+        QString program; ///< an absolute path
+        QStringList arguments;
+        Sink output;    ///< none: to the null device
+        Sink errorText; ///< none: to the null device
+
+        /// "NAME=value" each; none: ours.
+        std::optional<QStringList> environment;
+    };
+
     virtual ~ChildProcess() = default;
+
+    /// Throws LaunchError.
+    static std::unique_ptr<ChildProcess> launch(Setup setup);
 
     /// Starts `program`, an absolute path, with exactly these arguments. Throws LaunchError.
     static std::unique_ptr<ChildProcess> launch(const QString& program, const QStringList& arguments,
                                                 StandardError standardError, Sink output, Sink errorText);
 
     /// Ends when the child has exited and what it left in its pipes has been read (a descendant that keeps a
-    /// pipe open is not waited for). The result is the exit status, or 128 + the signal's number.
+    /// pipe open is waited for only a moment). The result is the exit status, or 128 + the signal's number.
     virtual QCoro::Task<int> finished() = 0;
 
     /// Ends when standard output has reached its end, whoever held it last.

@@ -2,6 +2,7 @@
 
 namespace ferrobank {
 
-CLI::Failure::Failure(const QString& message) : std::runtime_error(message.toStdString()) {}
+CLI::Failure::Failure(const QString& message) : std::runtime_error(message.toStdString()), _message(message)
+{}
 
 } // namespace ferrobank

@@ -22,7 +22,10 @@ public:
     public:
         explicit Failure(const QString& message);
 
-        [[nodiscard]] QString message() const { return QString::fromUtf8(what()); }
+        [[nodiscard]] const QString& message() const { return _message; }
+
+    private:
+        QString _message;
     };
 
     virtual ~CLI() = default;
