@@ -19,11 +19,11 @@ public:
         Cancelled() : std::runtime_error("cancelled") {}
     };
 
-    static constexpr auto kLink = u"/usr/local/bin/ferrobank";
+    static constexpr QStringView kLink = u"/usr/local/bin/ferrobank";
 
     /// `target` is the drive tool's location; `link` is where the command goes (a parameter for tests only).
     /// `privilegedLink` must outlive this object.
-    CommandLineTool(QString target, PrivilegedLink& privilegedLink, QString link = QString(kLink));
+    CommandLineTool(QString target, PrivilegedLink& privilegedLink, QString link = kLink.toString());
 
     [[nodiscard]] const QString& link() const { return _link; }
 

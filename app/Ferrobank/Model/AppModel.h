@@ -1,19 +1,22 @@
 #pragma once
 
+#include "Ferrobank/Async/Lifeline.h"
 #include "Ferrobank/CLI/CheckItem.h"
 #include "Ferrobank/CLI/DriveStatus.h"
+#include "Ferrobank/Model/CheckItemModel.h"
 #include "Ferrobank/Model/Screen.h"
 
 #include <QCoro/QCoroTask>
 #include <QtCore/QList>
 #include <QtCore/QObject>
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 
+#include <chrono>
 #include <optional>
 
 namespace ferrobank {
 
-class CheckItemModel;
 class CLI;
 class Clock;
 class CommandLineTool;
@@ -25,6 +28,11 @@ class Workspace;
 
 /// The user's two answers on the consent page.
 struct SetupChoices {
+    Q_GADGET
+    Q_PROPERTY(bool menuAtLogin MEMBER menuAtLogin)
+    Q_PROPERTY(bool installCLI MEMBER installCLI)
+
+public:
     bool menuAtLogin = true;
     bool installCLI = true;
 
@@ -52,8 +60,21 @@ struct ModelCollaborators {
 ///
 /// Every change is told by the property's signal, except the assignment of an equal value to any property but
 /// `status`, which is silent.
+///
+/// The end: operations that still wait when the model is destroyed are not cut short. They end without
+/// touching anything as soon as what they wait for comes, at the latest when the collaborators go away.
 class AppModel : public QObject {
     Q_OBJECT
+    Q_PROPERTY(ferrobank::Screen screen READ screen WRITE setScreen NOTIFY screenChanged)
+    Q_PROPERTY(ferrobank::SetupChoices choices READ choices WRITE setChoices NOTIFY choicesChanged)
+    Q_PROPERTY(ferrobank::CheckItemModel* setupTaskRows READ setupTaskRows CONSTANT)
+    Q_PROPERTY(ferrobank::CheckItemModel* checkRows READ checkRows CONSTANT)
+    Q_PROPERTY(bool setupDone READ setupDone NOTIFY setupDoneChanged)
+    Q_PROPERTY(bool mountFailed READ mountFailed NOTIFY mountFailedChanged)
+    Q_PROPERTY(bool checksRunning READ checksRunning NOTIFY checksRunningChanged)
+    Q_PROPERTY(bool checksPassed READ checksPassed NOTIFY checksPassedChanged)
+    Q_PROPERTY(
+        bool menuOpensAtLogin READ menuOpensAtLogin WRITE setMenuOpensAtLogin NOTIFY menuOpensAtLoginChanged)
 
 public:
     /// Progress of an uninstall. Plain value; the text belongs to Done and Failed.
@@ -66,7 +87,8 @@ public:
         friend bool operator==(const UninstallState&, const UninstallState&) = default;
     };
 
-    /// Reads the login setting and the first screen, and starts the start-up task and the status poll.
+    /// Reads the login setting and the first screen. The start-up task and the status poll begin with the
+    /// next turn of the event loop.
     explicit AppModel(ModelCollaborators collaborators, QObject* parent = nullptr);
     ~AppModel() override;
 
@@ -80,8 +102,9 @@ public:
 
     void setChoices(SetupChoices choices);
 
-    [[nodiscard]] const QList<CheckItem>& setupTasks() const;
-    [[nodiscard]] const QList<CheckItem>& checks() const;
+    [[nodiscard]] const QList<CheckItem>& setupTasks() const { return _setupTasks->rows(); }
+
+    [[nodiscard]] const QList<CheckItem>& checks() const { return _checks->rows(); }
 
     /// The same rows for screens: changes come row by row. Owned by the model.
     [[nodiscard]] CheckItemModel* setupTaskRows() const { return _setupTasks; }
@@ -92,7 +115,8 @@ public:
 
     [[nodiscard]] bool menuOpensAtLogin() const { return _menuOpensAtLogin; }
 
-    /// Stores the user's wish and, where the system disagrees, registers or unregisters the login item.
+    /// Stores the user's wish and, where the system disagrees, registers or unregisters the login item. A
+    /// registry that refuses is ignored here; the next refresh() shows the truth.
     void setMenuOpensAtLogin(bool value);
 
     [[nodiscard]] const UninstallState& uninstallState() const { return _uninstallState; }
@@ -115,6 +139,7 @@ public:
     /// The setup's "mount" row failed.
     [[nodiscard]] bool mountFailed() const;
 
+    /// Carries out one remedy. Settings pages open at once; a restart ends in a run of the checks.
     QCoro::Task<> fix(FixAction action);
 
     /// The rows of a setup run, all pending, from the present choices.
@@ -123,6 +148,7 @@ public:
     /// Every setup row is finished; a failed command install counts as finished.
     [[nodiscard]] bool setupDone() const;
 
+    /// The setup step of the "cli" row.
     QCoro::Task<> installCommandLineTool();
 
     /// Walks the setup rows to the end or to the first failure.
@@ -131,26 +157,78 @@ public:
     /// `exportTo` is the folder that receives a copy of the drive's files, if any.
     QCoro::Task<> uninstall(std::optional<QString> exportTo, bool deleteData);
 
+    /// The model's coroutines, for tests: none may be lost.
+    [[nodiscard]] const Lifeline& lifeline() const { return _lifeline; }
+
 Q_SIGNALS:
     void statusChanged(); ///< after every successful read, also of an equal status
     void screenChanged();
     void choicesChanged();
-    void setupTasksChanged();
-    void checksChanged();
+    void setupTasksChanged(); ///< once for each changed row
+    void setupDoneChanged();
+    void mountFailedChanged();
+    void checksChanged(); ///< once for each changed row
     void checksRunningChanged();
+    void checksPassedChanged();
     void menuOpensAtLoginChanged();
     void uninstallStateChanged();
+    void setupCompleteChanged(); ///< the record was written; whether the agent is enabled is not watched
 
 private:
+    /// What a screen may have read last, so that a derived value is only told when it is another one.
+    struct Derived {
+        bool setupDone = false;
+        bool mountFailed = false;
+        bool checksPassed = false;
+    };
+
+    /// What one look during the wait for the drive has found.
+    enum class MountWait { GoesOn, Mounted, Failed };
+
+    QCoro::Task<> startUp();
+    QCoro::Task<> pollStatus();
+    QCoro::Task<> ensureVolumeIcon(QString mountpoint);
+    QCoro::Task<bool> isFirstRun();
+    QCoro::Task<> runIgnoringFailure(QStringList args);
+
+    [[nodiscard]] bool isMounted() const { return _status && _status->mounted; }
+
+    void setStatus(DriveStatus status);
+    void matchLoginItem();
+    bool writeSetupRecord(bool complete);
+    void tellDerived();
+
+    QCoro::Task<std::optional<QString>> streamChecks();
+    void applyCheckLine(const QString& line);
+    void setChecksRunning(bool running);
+    void changeChecks(bool changed);
+    QCoro::Task<> restartDrive();
+    void registerIgnoringFailure();
+
+    // The steps of the setup run; each tells whether the run goes on.
+    QCoro::Task<bool> setUpLogin();
+    QCoro::Task<bool> setUpMount(bool firstRun);
+    QCoro::Task<bool> setUpFinder();
+    MountWait lookAtMount(std::chrono::system_clock::duration waited);
+    void updateSetupTask(const QString& id, CheckItem::State state, std::optional<QString> detail = {},
+                         std::optional<QString> fix = {});
+    void changeSetupTasks(bool changed);
+    static CheckItem pendingRow(const QString& id, const QString& title);
+
+    [[nodiscard]] QString uninstalledText(const std::optional<QString>& exportTo, bool deleteData) const;
+    void setUninstallState(UninstallState state);
+
     ModelCollaborators _with;
     std::optional<DriveStatus> _status;
     Screen _screen;
     SetupChoices _choices;
-    CheckItemModel* _setupTasks = nullptr;
-    CheckItemModel* _checks = nullptr;
+    CheckItemModel* _setupTasks;
+    CheckItemModel* _checks;
     bool _checksRunning = false;
     bool _menuOpensAtLogin = false;
     UninstallState _uninstallState;
+    Derived _told;
+    Lifeline _lifeline;
 };
 
 } // namespace ferrobank

@@ -1,0 +1,147 @@
+#include "Ferrobank/Model/AppModel.h"
+#include "Ferrobank/Model/FailureText.h"
+#include "Ferrobank/Service.h"
+#include "Platform/Clock.h"
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace ferrobank {
+
+namespace {
+
+constexpr auto kLookPause = 1s;
+constexpr auto kPermissionNoteAfter = 4s;
+constexpr auto kMountLimit = 300s;
+
+} // namespace
+
+QCoro::Task<> AppModel::runSetup()
+{
+    const auto life = _lifeline.hold();
+    changeSetupTasks(_setupTasks->replaceAll(freshSetupTasks()));
+    const bool firstRun = co_await isFirstRun();
+    if (life.isCut()) {
+        co_return;
+    }
+    bool goesOn = co_await setUpLogin();
+    if (goesOn) {
+        goesOn = co_await setUpMount(firstRun);
+    }
+    if (goesOn) {
+        goesOn = co_await setUpFinder();
+    }
+    if (goesOn && _choices.installCLI) {
+        co_await installCommandLineTool();
+    }
+}
+
+QCoro::Task<bool> AppModel::setUpLogin()
+{
+    const auto life = _lifeline.hold();
+    const auto row = u"login"_s;
+    updateSetupTask(row, CheckItem::State::Running);
+    try {
+        _with.service.registerDrive();
+    } catch (const std::exception& error) {
+        updateSetupTask(row, CheckItem::State::Fail, failureText(error),
+                        tr("Open System Settings › General › Login Items and turn on Ferrobank."));
+        co_return false;
+    }
+    if (_with.service.needsApproval()) {
+        _with.service.openSystemSettingsLoginItems();
+    }
+    while (_with.service.needsApproval()) {
+        updateSetupTask(row, CheckItem::State::Fail, tr("Ferrobank is switched off in Login Items."),
+                        tr("Turn on Ferrobank in the Login Items window that just opened; setup continues on "
+                           "its own."));
+        co_await _with.clock.sleep(kLookPause);
+        if (life.isCut()) {
+            co_return false;
+        }
+    }
+    if (_choices.menuAtLogin != _menuOpensAtLogin) {
+        setMenuOpensAtLogin(_choices.menuAtLogin);
+    }
+    updateSetupTask(row, CheckItem::State::Pass,
+                    tr("Registered with macOS; it shows in System Settings › Login Items."));
+    co_return true;
+}
+
+QCoro::Task<bool> AppModel::setUpMount(bool firstRun)
+{
+    const auto life = _lifeline.hold();
+    // An earlier attempt failed: this is what makes another try succeed once the user has granted access. The
+    // wait below still begins with the status from before the restart.
+    if (_status && _status->attach_error) {
+        const QStringList args{u"restart"_s};
+        co_await runIgnoringFailure(args);
+        if (life.isCut()) {
+            co_return false;
+        }
+    }
+    updateSetupTask(u"mount"_s, CheckItem::State::Running,
+                    firstRun ? tr("Formatting an 8 TB volume. This takes a moment the first time.")
+                             : tr("Starting the drive."));
+    const auto start = _with.clock.wallTime();
+    for (;;) {
+        const MountWait wait = lookAtMount(_with.clock.wallTime() - start);
+        if (wait != MountWait::GoesOn) {
+            co_return wait == MountWait::Mounted;
+        }
+        co_await _with.clock.sleep(kLookPause);
+        if (life.isCut()) {
+            co_return false;
+        }
+        co_await refresh();
+        if (life.isCut()) {
+            co_return false;
+        }
+    }
+}
+
+AppModel::MountWait AppModel::lookAtMount(std::chrono::system_clock::duration waited)
+{
+    const auto row = u"mount"_s;
+    if (isMounted()) {
+        updateSetupTask(row, CheckItem::State::Pass, tr("Mounted at ~/Ferrobank."));
+        return MountWait::Mounted;
+    }
+    if (_status && _status->attach_error) {
+        updateSetupTask(row, CheckItem::State::Fail,
+                        tr("The drive could not be attached: %1").arg(*_status->attach_error),
+                        tr("If you clicked Don't Allow, open Privacy & Security › Files & Folders, turn on "
+                           "Network Volumes for Ferrobank, then click Try Again."));
+        return MountWait::Failed;
+    }
+    if (waited > kMountLimit) {
+        updateSetupTask(row, CheckItem::State::Fail, tr("The drive did not mount within 5 minutes."),
+                        tr("Choose Show Log from the Ferrobank menu; the last lines name what blocked the "
+                           "mount."));
+        return MountWait::Failed;
+    }
+    if (waited > kPermissionNoteAfter) {
+        updateSetupTask(
+            row, CheckItem::State::AwaitingUser,
+            tr("macOS is asking for your permission. In the dialog “Ferrobank would like to access "
+               "files on a network volume”, click Allow. The drive is served from this Mac over a "
+               "private connection that never leaves it."));
+    }
+    return MountWait::GoesOn;
+}
+
+QCoro::Task<bool> AppModel::setUpFinder()
+{
+    const auto life = _lifeline.hold();
+    const auto row = u"finder"_s;
+    updateSetupTask(row, CheckItem::State::Running);
+    co_await ensureVolumeIcon(_status->mountpoint);
+    if (life.isCut()) {
+        co_return false;
+    }
+    updateSetupTask(row, CheckItem::State::Pass,
+                    tr("In Finder's sidebar under Locations, with its own icon."));
+    co_return true;
+}
+
+} // namespace ferrobank
