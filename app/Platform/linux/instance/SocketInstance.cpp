@@ -58,21 +58,6 @@ bool privateToUser(const std::filesystem::path& folder)
 
 } // namespace
 
-Descriptor::~Descriptor()
-{
-    if (_number >= 0) {
-        close(_number);
-    }
-}
-
-Descriptor::Descriptor(Descriptor&& other) noexcept : _number(std::exchange(other._number, -1)) {}
-
-Descriptor& Descriptor::operator=(Descriptor&& other) noexcept
-{
-    std::swap(_number, other._number);
-    return *this;
-}
-
 SocketInstance::SocketInstance(std::filesystem::path folder)
     : _socketFile(folder / "org.ferrobank.Ferrobank.socket"), _lockFile(folder / "org.ferrobank.Ferrobank.lock")
 {
@@ -90,13 +75,13 @@ std::filesystem::path SocketInstance::runtimeFolder()
 
 SingleInstance::Role SocketInstance::claim(const InstanceRequest& request)
 {
-    _lock = Descriptor(open(_lockFile.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR));
+    _lock = FileDescriptor(open(_lockFile.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR));
     if (_lock && flock(_lock.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
         return forward(request);
     }
     // Where nothing can be locked or listened on, nobody can find us; we run all the same.
     if (!_lock || !listenOnSocket()) {
-        _listener = Descriptor();
+        _listener = FileDescriptor();
     }
     return Role::First;
 }
@@ -114,7 +99,7 @@ void SocketInstance::serve(Handler handler)
 bool SocketInstance::listenOnSocket()
 {
     sockaddr_un address{};
-    _listener = Descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    _listener = FileDescriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (!_listener || !addressOf(_socketFile, address)) {
         return false;
     }
@@ -127,7 +112,7 @@ bool SocketInstance::listenOnSocket()
 SingleInstance::Role SocketInstance::forward(const InstanceRequest& request) const
 {
     sockaddr_un address{};
-    const Descriptor connection(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    const FileDescriptor connection(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     if (!connection || !addressOf(_socketFile, address)) {
         return Role::Unanswered;
     }
@@ -151,7 +136,7 @@ SingleInstance::Role SocketInstance::forward(const InstanceRequest& request) con
 
 void SocketInstance::accept()
 {
-    Descriptor socket(accept4(_listener.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+    FileDescriptor socket(accept4(_listener.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
     if (!socket || !sameUser(socket.get())) {
         return;
     }

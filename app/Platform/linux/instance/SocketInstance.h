@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/SingleInstance.h"
+#include "Platform/linux/process/FileDescriptor.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QSocketNotifier>
@@ -10,23 +11,6 @@
 #include <unordered_map>
 
 namespace ferrobank {
-
-/// One file descriptor, closed at the end of its scope.
-class Descriptor {
-public:
-    Descriptor() = default;
-    explicit Descriptor(int number) : _number(number) {}
-    ~Descriptor();
-    Descriptor(Descriptor&& other) noexcept;
-    Descriptor& operator=(Descriptor&& other) noexcept;
-
-    [[nodiscard]] int get() const { return _number; }
-
-    explicit operator bool() const { return _number >= 0; }
-
-private:
-    int _number = -1;
-};
 
 /// For sessions without a bus: the running program holds a lock on a file in the runtime folder and listens on a
 /// socket beside it. A request is one line, the action and the token with a tab between them; the answer is the line
@@ -45,7 +29,7 @@ public:
 
 private:
     struct Caller {
-        Descriptor socket;
+        FileDescriptor socket;
         std::unique_ptr<QSocketNotifier> readable;
         QByteArray line;
     };
@@ -57,8 +41,8 @@ private:
 
     std::filesystem::path _socketFile;
     std::filesystem::path _lockFile;
-    Descriptor _lock;
-    Descriptor _listener;
+    FileDescriptor _lock;
+    FileDescriptor _listener;
     Handler _handler;
     std::unique_ptr<QSocketNotifier> _acceptable;
     std::unordered_map<int, Caller> _callers;
