@@ -1,0 +1,111 @@
+import QtQuick
+import QtQuick.Window
+import QtQuick.Templates as T
+import Ferrobank
+
+/// The application's kind of window: no title bar, its own controls in the top corner, moved by its background,
+/// as large as its content and never taller than the display; then the content scrolls.
+Window {
+    id: frame
+
+    required property int contentWidth
+    default property alias content: holder.data
+
+    readonly property int padding: 32
+    /// The height that the content may take without scrolling.
+    readonly property real roomForContent: Screen.desktopAvailableHeight - 2 * padding
+
+    width: contentWidth + 2 * padding
+    height: Math.max(1, Math.min(holder.height + 2 * padding, Screen.desktopAvailableHeight))
+    minimumWidth: width
+    maximumWidth: width
+    minimumHeight: height
+    maximumHeight: height
+    flags: Qt.Window | Qt.FramelessWindowHint | Qt.WindowMinimizeButtonHint | Qt.WindowCloseButtonHint
+    color: Theme.composited ? "transparent" : Theme.window
+
+    onActiveFocusItemChanged: scroller.reveal(activeFocusItem)
+
+    Shortcut {
+        sequences: [StandardKey.Close]
+        onActivated: frame.close()
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        radius: Theme.composited ? 12 : 0
+        color: Theme.window
+        border.width: 1
+        border.color: Theme.hairline
+
+        LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
+        LayoutMirroring.childrenInherit: true
+
+        DragHandler {
+            target: null
+            grabPermissions: PointerHandler.TakeOverForbidden
+            onActiveChanged: if (active) frame.startSystemMove()
+        }
+
+        Flickable {
+            id: scroller
+
+            anchors.fill: parent
+            contentHeight: holder.height + 2 * frame.padding
+            interactive: contentHeight > height
+            boundsBehavior: Flickable.StopAtBounds
+            clip: interactive
+            T.ScrollBar.vertical: ThinScrollBar {}
+
+            function reveal(item: Item): void {
+                if (!interactive || !item) {
+                    return;
+                }
+                let ancestor = item;
+                while (ancestor && ancestor !== holder) {
+                    ancestor = ancestor.parent;
+                }
+                if (!ancestor) {
+                    return;
+                }
+                const place = item.mapToItem(scroller.contentItem, 0, 0, item.width, item.height);
+                const margin = frame.padding;
+                if (place.y - margin < contentY) {
+                    contentY = Math.max(0, place.y - margin);
+                } else if (place.y + place.height + margin > contentY + height) {
+                    contentY = Math.min(contentHeight - height, place.y + place.height + margin - height);
+                }
+            }
+
+            Item {
+                id: holder
+
+                x: frame.padding
+                y: frame.padding
+                width: frame.contentWidth
+                height: childrenRect.height
+            }
+        }
+
+        Row {
+            anchors.top: parent.top
+            anchors.right: parent.right
+            anchors.margins: 8
+            spacing: 2
+
+            WindowControl {
+                objectName: "minimise"
+                symbol: "minus"
+                text: qsTr("Minimise")
+                onClicked: frame.showMinimized()
+            }
+
+            WindowControl {
+                objectName: "close"
+                symbol: "xmark"
+                text: qsTr("Close")
+                onClicked: frame.close()
+            }
+        }
+    }
+}
