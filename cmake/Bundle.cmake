@@ -20,17 +20,21 @@ endfunction()
 function(ferrobank_bundle_file)
     cmake_parse_arguments(PARSE_ARGV 0 arg "" "FROM;TO" "")
     cmake_path(ABSOLUTE_PATH arg_FROM)
-    set(destination "${FERROBANK_CONTENTS}/${arg_TO}")
-    add_custom_command(
-        OUTPUT "${destination}"
-        COMMAND "${CMAKE_COMMAND}" -E copy "${arg_FROM}" "${destination}"
-        DEPENDS "${arg_FROM}"
-        VERBATIM)
-    set_property(GLOBAL APPEND PROPERTY FERROBANK_BUNDLE_FILES "${destination}")
+    set_property(GLOBAL APPEND PROPERTY FERROBANK_BUNDLE_SOURCES "${arg_FROM}")
+    set_property(GLOBAL APPEND PROPERTY FERROBANK_BUNDLE_FILES "${FERROBANK_CONTENTS}/${arg_TO}")
 endfunction()
 
-# Call once, after every ferrobank_bundle_file().
+# Call once, after every ferrobank_bundle_file(): only the folder that has the target knows how its files are made.
 function(ferrobank_bundle_complete)
+    get_property(sources GLOBAL PROPERTY FERROBANK_BUNDLE_SOURCES)
     get_property(files GLOBAL PROPERTY FERROBANK_BUNDLE_FILES)
+    foreach(source file IN ZIP_LISTS sources files)
+        add_custom_command(
+            OUTPUT "${file}"
+            COMMAND "${CMAKE_COMMAND}" -E copy "${source}" "${file}"
+            DEPENDS "${source}"
+            VERBATIM)
+    endforeach()
     add_custom_target(bundle-files ALL DEPENDS ${files})
+    add_dependencies(Ferrobank bundle-files)
 endfunction()
