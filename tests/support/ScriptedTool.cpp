@@ -44,9 +44,21 @@ QString ScriptedTool::file(const QString& name) const
     return _folder.filePath(name);
 }
 
+QByteArray ScriptedTool::quoted(const QString& name) const
+{
+    return '"' + file(name).toUtf8() + '"';
+}
+
 void ScriptedTool::plays(const QByteArray& steps) const
 {
     scenario(R"({"runs": [{"play": )" + steps + "}]}");
+}
+
+void ScriptedTool::prints(const QByteArray& text, const QString& stream, int status) const
+{
+    const QJsonObject print{{stream, QString::fromUtf8(text)}};
+    const QJsonObject exit{{u"exit"_s, status}};
+    plays(QJsonDocument(QJsonArray{print, exit}).toJson(QJsonDocument::Compact));
 }
 
 void ScriptedTool::scenario(const QByteArray& document) const

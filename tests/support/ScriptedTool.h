@@ -19,8 +19,14 @@ public:
     /// A path in the tool's folder, for files that steps touch or wait for.
     [[nodiscard]] QString file(const QString& name) const;
 
+    /// The same as a JSON text, quotes included.
+    [[nodiscard]] QByteArray quoted(const QString& name) const;
+
     /// Every run plays these steps, a JSON array.
     void plays(const QByteArray& steps) const;
+
+    /// Every run writes the text and exits so.
+    void prints(const QByteArray& text, const QString& stream = QStringLiteral("out"), int status = 0) const;
 
     /// The whole scenario, a JSON object.
     void scenario(const QByteArray& document) const;

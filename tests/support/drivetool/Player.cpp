@@ -86,11 +86,11 @@ void flood(const json& step)
     }
 }
 
-/// {"count": N, "text": "line"}: numbered when the text holds "#".
+/// {"count": N, "text": "line"}: numbered when the text holds "@".
 void lines(const json& step)
 {
     const auto text = step.at("text").get<std::string>();
-    const std::size_t mark = text.find('#');
+    const std::size_t mark = text.find('@');
     std::string block;
     for (std::size_t i = 0, count = step.at("count").get<std::size_t>(); i < count; ++i) {
         if (mark == std::string::npos) {
