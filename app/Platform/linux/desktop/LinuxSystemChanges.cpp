@@ -1,9 +1,11 @@
 #include "Platform/linux/desktop/LinuxSystemChanges.h"
 
-#include <QtCore/QStandardPaths>
+#include "Platform/linux/login/LoginNames.h"
+#include "Platform/linux/login/UserFolders.h"
 
 #include <chrono>
-#include <string>
+#include <cstdlib>
+#include <optional>
 #include <utility>
 
 namespace ferrobank {
@@ -12,11 +14,6 @@ namespace {
 
 /// Replacing a file is several events, and enabling a unit several files.
 constexpr std::chrono::milliseconds kSettled(20);
-
-std::filesystem::path folder(QStandardPaths::StandardLocation location)
-{
-    return QStandardPaths::writableLocation(location).toStdString();
-}
 
 } // namespace
 
@@ -30,21 +27,19 @@ LinuxSystemChanges::LinuxSystemChanges(std::vector<std::filesystem::path> files,
 
 std::vector<std::filesystem::path> LinuxSystemChanges::filesOfUser()
 {
-    const std::string application = "org.ferrobank.Ferrobank";
-    const std::string unit = application + ".agent.service";
-    const std::filesystem::path config = folder(QStandardPaths::GenericConfigLocation);
-    const std::filesystem::path data = folder(QStandardPaths::GenericDataLocation);
-    std::vector<std::filesystem::path> files{
-        config / (application + ".conf"),
-        config / "autostart" / (application + ".desktop"),
-        config / "autostart" / (application + ".agent.desktop"),
-        config / "systemd/user" / unit,
-        config / "systemd/user/default.target.wants" / unit,
-        data / "systemd/user" / unit,
-        "/usr/local/bin/ferrobank",
-    };
+    std::vector<std::filesystem::path> files{"/usr/local/bin/ferrobank"};
+    if (const std::optional<UserFolders> folders = UserFolders::ofProcess()) {
+        files.push_back(folders->config / "org.ferrobank.Ferrobank.conf");
+        files.push_back(folders->autostart() / kLoginItemEntry);
+        files.push_back(folders->autostart() / kAgentEntry);
+        files.push_back(folders->userUnits() / kAgentUnit);
+        files.push_back(folders->unitSwitches() / kAgentUnit);
+        files.push_back(folders->unitSwitches() / "default.target.wants" / kAgentUnit);
+        files.push_back(folders->unitSwitches() / kLoginItemUnit);
+    }
     if (const char* runtime = std::getenv("XDG_RUNTIME_DIR"); runtime != nullptr && *runtime == '/') {
-        files.push_back(std::filesystem::path(runtime) / "systemd/user" / unit);
+        // Switches that last until the end of the session.
+        files.push_back(std::filesystem::path(runtime) / "systemd/user" / kAgentUnit);
     }
     return files;
 }
