@@ -57,7 +57,7 @@ QStringList look(const MenuFacts& facts)
 
 } // namespace
 
-class TestMenuContent : public QObject {
+class MenuContentTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -222,5 +222,5 @@ private Q_SLOTS:
 
 } // namespace ferrobank
 
-QTEST_APPLESS_MAIN(ferrobank::TestMenuContent)
-#include "TestMenuContent.moc"
+QTEST_APPLESS_MAIN(ferrobank::MenuContentTest)
+#include "MenuContentTest.moc"
