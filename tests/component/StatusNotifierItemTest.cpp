@@ -376,10 +376,10 @@ private Q_SLOTS:
         QSignalSpy chosen(&program.item, &StatusItem::chosen);
         const Host host{_bus->connect(), program.name()};
         const QVariant empty = QVariant::fromValue(QDBusVariant(QString()));
-        host.menu(u"Event"_s, {1, u"clicked"_s, empty, 0U});
-        host.menu(u"Event"_s, {3, u"clicked"_s, empty, 0U});
-        host.menu(u"Event"_s, {4, u"hovered"_s, empty, 0U});
-        host.menu(u"Event"_s, {0, u"opened"_s, empty, 0U});
+        QCOMPARE(host.menu(u"Event"_s, {1, u"clicked"_s, empty, 0U}).type(), QDBusMessage::ReplyMessage);
+        QCOMPARE(host.menu(u"Event"_s, {3, u"clicked"_s, empty, 0U}).type(), QDBusMessage::ReplyMessage);
+        QCOMPARE(host.menu(u"Event"_s, {4, u"hovered"_s, empty, 0U}).type(), QDBusMessage::ReplyMessage);
+        QCOMPARE(host.menu(u"Event"_s, {0, u"opened"_s, empty, 0U}).type(), QDBusMessage::ReplyMessage);
         QCoreApplication::processEvents();
         QCOMPARE(chosen.count(), 0);
     }

@@ -3,10 +3,10 @@
 #include <QtCore/QStringList>
 #include <QtTest/QTest>
 
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <limits>
 
 namespace ferrobank {
@@ -210,7 +210,9 @@ private Q_SLOTS:
         if (child == 0) {
             DriveStatus status = mounted();
             status.volume_used = std::numeric_limits<quint64>::max();
-            fclose(stderr);
+            const rlimit noCore{0, 0};
+            setrlimit(RLIMIT_CORE, &noCore);
+            qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
             (void)menuContent(finished(status));
             _exit(0);
         }
