@@ -4,7 +4,7 @@
 #include "Ferrobank/Model/CheckItemModel.h"
 #include "Ferrobank/Model/Screen.h"
 
-#include <QtQml/qqmlregistration.h>
+#include <QtQml/qqml.h>
 
 namespace ferrobank {
 

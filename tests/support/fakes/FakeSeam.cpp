@@ -43,6 +43,15 @@ void FakeSeam::finishSetup()
     registry.agent.status = LoginServiceStatus::Enabled;
 }
 
+void FakeSeam::forgetCalls()
+{
+    cli.forgetCalls();
+    clock.forgetSleeps();
+    registry.calls.clear();
+    volumes.existenceQuestions.clear();
+    defaults.reads.clear();
+}
+
 void FakeSeam::removeLinkFolder()
 {
     QDir(folder.filePath(u"bin"_s)).removeRecursively();

@@ -29,6 +29,9 @@ public:
     /// A finished setup: recorded, and the agent enabled.
     void finishSetup();
 
+    /// Empties all records of what was asked so far.
+    void forgetCalls();
+
     /// The folder of the command link goes away, so that the user alone cannot make the link.
     void removeLinkFolder();
 
