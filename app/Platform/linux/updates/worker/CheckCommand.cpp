@@ -5,8 +5,9 @@
 #include "Platform/linux/updates/feed/SignedFeed.h"
 #include "Platform/linux/updates/feed/VersionComparison.h"
 #include "Platform/linux/updates/install/Trial.h"
+#include "Platform/linux/updates/values/Offer.h"
 #include "Platform/linux/updates/worker/Commands.h"
-#include "Platform/linux/updates/worker/Offer.h"
+#include "Platform/linux/updates/worker/Metered.h"
 #include "Platform/linux/updates/worker/PlaceJson.h"
 
 #include <QtCore/QLocale>
@@ -150,6 +151,10 @@ QString reasonWord(NoUpdate reason)
 void runCheck(const WorkerContext& context)
 {
     const TrustedKeys keys = context.keys();
+    if (!context.request[u"byUser"_s].toBool() && isConnectionMetered()) {
+        context.tell(QJsonObject{{u"event"_s, u"metered"_s}});
+        return;
+    }
     const Document document = fetchDocument(context.configuration.feed, kMostDocumentBytes, context.rules);
     const std::string_view file(document.bytes.constData(), static_cast<std::size_t>(document.bytes.size()));
     const Appcast appcast = readAppcast(verifiedFeedContent(file, keys), document.address);

@@ -10,7 +10,8 @@ namespace ferrobank::updates {
 /// Removes what earlier attempts left.
 void runStatus(const WorkerContext& context);
 
-/// Fetches the feed and chooses. Writes nothing but removes leftovers.
+/// Fetches the feed and chooses; writes nothing. A scheduled check on a connection that is paid by volume
+/// tells "metered" instead.
 void runCheck(const WorkerContext& context);
 
 /// Downloads, verifies, unpacks and stages the request's offer.

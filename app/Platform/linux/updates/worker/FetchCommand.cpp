@@ -5,8 +5,8 @@
 #include "Platform/linux/updates/install/Swap.h"
 #include "Platform/linux/updates/install/Trial.h"
 #include "Platform/linux/updates/install/Unpack.h"
+#include "Platform/linux/updates/values/Offer.h"
 #include "Platform/linux/updates/worker/Commands.h"
-#include "Platform/linux/updates/worker/Offer.h"
 
 #include <QtCore/QJsonDocument>
 #include <QtCore/QProcess>

@@ -2,8 +2,8 @@
 
 #include "Platform/linux/updates/feed/Signature.h"
 #include "Platform/linux/updates/install/InstallPlace.h"
+#include "Platform/linux/updates/values/UpdateConfiguration.h"
 #include "Platform/linux/updates/worker/Download.h"
-#include "Platform/linux/updates/worker/UpdateConfiguration.h"
 
 #include <QtCore/QJsonObject>
 

@@ -1,4 +1,4 @@
-#include "Platform/linux/updates/worker/UpdateConfiguration.h"
+#include "Platform/linux/updates/values/UpdateConfiguration.h"
 
 #include <algorithm>
 
@@ -32,8 +32,8 @@ UpdateConfiguration readConfiguration(const PropertyList& list)
         configuration.channels.append(QString::fromStdString(channel));
     if (const auto asked = list.number("SUScheduledCheckInterval")) {
         const auto seconds = static_cast<std::int64_t>(std::min(*asked, kLongestInterval));
-        configuration.interval =
-            seconds == 0 ? std::chrono::seconds(0) : std::max(std::chrono::seconds(seconds), kShortestInterval);
+        configuration.interval = seconds == 0 ? std::chrono::seconds(0)
+                                              : std::max(std::chrono::seconds(seconds), kShortestInterval);
     }
     return configuration;
 }

@@ -1,4 +1,4 @@
-#include "Platform/linux/updates/worker/Offer.h"
+#include "Platform/linux/updates/values/Offer.h"
 
 namespace ferrobank::updates {
 
