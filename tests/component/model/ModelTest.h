@@ -24,7 +24,14 @@ protected:
     AppModel& model() { return *_model; }
 
     /// Makes the model from the seam as it is now; nothing has run yet.
-    void create() { _model.emplace(_seam->collaborators()); }
+    void create() { create(_seam->cli); }
+
+    /// The same with another runner of the drive tool, which has to outlive the model.
+    void create(CLI& cli)
+    {
+        _model.emplace(_seam->collaborators(cli));
+        _trace = _model->lifeline().trace();
+    }
 
     /// Makes the model and lets its start-up task and its first poll begin. With tool answers that come at
     /// once, the poll sleeps afterwards and nothing else is at work.
@@ -86,19 +93,16 @@ private Q_SLOTS:
 
     void cleanup()
     {
-        std::weak_ptr<const void> trace;
-        if (_model) {
-            trace = _model->lifeline().trace();
-        }
         _model.reset();
         _seam.reset();
         letEventsIn();
-        QVERIFY2(trace.expired(), "a coroutine of the model was lost");
+        QVERIFY2(_trace.expired(), "a coroutine of the model was lost");
     }
 
 private:
     std::unique_ptr<FakeSeam> _seam;
     std::optional<AppModel> _model;
+    std::weak_ptr<const void> _trace; ///< of the model and its coroutines
 };
 
 } // namespace ferrobank

@@ -23,9 +23,9 @@ FakeSeam::FakeSeam() : commandLineTool(cli.url(), privilegedLink, folder.filePat
     };
 }
 
-ModelCollaborators FakeSeam::collaborators()
+ModelCollaborators FakeSeam::collaborators(CLI& otherCli)
 {
-    return {.cli = cli,
+    return {.cli = otherCli,
             .service = service,
             .commandLineTool = commandLineTool,
             .workspace = workspace,

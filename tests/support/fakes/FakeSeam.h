@@ -24,7 +24,10 @@ class FakeSeam {
 public:
     FakeSeam();
 
-    [[nodiscard]] ModelCollaborators collaborators();
+    [[nodiscard]] ModelCollaborators collaborators() { return collaborators(cli); }
+
+    /// With another runner of the drive tool.
+    [[nodiscard]] ModelCollaborators collaborators(CLI& otherCli);
 
     /// A finished setup: recorded, and the agent enabled.
     void finishSetup();
