@@ -65,7 +65,7 @@ public:
 
     static Theme* create(QQmlEngine* engine, QJSEngine* scripts);
 
-    /// The theme of an engine, made at the first call.
+    /// The theme of an engine that has loaded one of our documents.
     static Theme& of(QQmlEngine& engine);
 
     [[nodiscard]] bool isDark() const { return _dark; }
@@ -163,12 +163,11 @@ private:
     bool _composited = false;
 };
 
-/// Makes Tints known to QML.
-struct TintsForQml {
-    Q_GADGET
-    QML_FOREIGN(ferrobank::Tints)
-    QML_NAMED_ELEMENT(Tints)
-    QML_UNCREATABLE("Tints only holds names")
-};
+/// Makes the names of the tints known to QML.
+namespace TintsForQml {
+Q_NAMESPACE
+QML_FOREIGN_NAMESPACE(ferrobank::Tints)
+QML_NAMED_ELEMENT(Tints)
+} // namespace TintsForQml
 
 } // namespace ferrobank

@@ -85,13 +85,13 @@ void QmlWindow::build()
     _engine = std::make_unique<QQmlApplicationEngine>();
     _engine->addImportPath(u"qrc:/qt/qml"_s);
     _engine->setInitialProperties({{u"presenter"_s, QVariant::fromValue(_presenter.get())}});
-    followDesktop(Theme::of(*_engine));
     _engine->load(_scene.document);
     const auto roots = _engine->rootObjects();
     _window = roots.isEmpty() ? nullptr : qobject_cast<QQuickWindow*>(roots.constFirst());
     if (_window == nullptr) {
         qFatal("The window's QML could not be loaded");
     }
+    followDesktop(Theme::of(*_engine));
     connect(_window, &QWindow::visibleChanged, this, [this](bool visible) {
         if (!visible) {
             QMetaObject::invokeMethod(this, &QmlWindow::tearDown, Qt::QueuedConnection);
