@@ -16,7 +16,7 @@ struct Document {
     std::string arguments =
         "<key>ProgramArguments</key><array><string>ferrobank</string><string>serve</string></array>";
     std::string runAtLoad = "<key>RunAtLoad</key><true/>";
-    std::string keepAlive;
+    std::string keepAlive = "";
 
     [[nodiscard]] std::optional<AgentDescription> parsed() const
     {
