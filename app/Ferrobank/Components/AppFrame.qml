@@ -53,7 +53,15 @@ Window {
             interactive: contentHeight > height
             boundsBehavior: Flickable.StopAtBounds
             clip: interactive
-            T.ScrollBar.vertical: ThinScrollBar {}
+            T.ScrollBar.vertical: ThinScrollBar {
+                parent: scroller.parent
+                anchors.top: parent.top
+                anchors.topMargin: frame.padding + 4
+                anchors.bottom: parent.bottom
+                anchors.bottomMargin: 12
+                anchors.right: parent.right
+                anchors.rightMargin: 3
+            }
 
             function reveal(item: Item): void {
                 if (!interactive || !item) {
@@ -81,7 +89,7 @@ Window {
                 x: frame.padding
                 y: frame.padding
                 width: frame.contentWidth
-                height: childrenRect.height
+                height: Math.ceil(childrenRect.height)
             }
         }
 

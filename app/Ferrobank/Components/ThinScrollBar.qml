@@ -8,6 +8,8 @@ T.ScrollBar {
 
     implicitWidth: 10
     padding: 2
+    topPadding: 4
+    bottomPadding: 4
     minimumSize: 0.08
     visible: size < 1
 
