@@ -44,12 +44,12 @@ class FirstRun(program.ProgramTest):
         self.see(name)
 
     def is_enabled(self, name):
-        thing = self._a11y().find("Ferrobank", name, "push button")
+        thing = self.a11y().find("Ferrobank", name, "push button")
         return thing is not None and "dimmed" not in (thing.get_description() or "")
 
     def wait_for_finished_setup(self):
         def is_finished():
-            rows = [thing.get_name() for thing in self._a11y().shown("Ferrobank") if thing.get_role_name() == "list item"]
+            rows = self.a11y().names("Ferrobank", "list item")
             return len(rows) == 4 and all(row.endswith((": passed", ": failed", ": skipped")) for row in rows)
 
         wait_until(is_finished, "every row of the setup is finished", 60)

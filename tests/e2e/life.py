@@ -132,9 +132,10 @@ class Life(program.ProgramTest):
 
     def open_and_close(self, item):
         item.choose("Open Ferrobank")
-        window = self.wait_for_window()
-        # As the window manager's own close does.
-        subprocess.run(["xdotool", "windowquit", window[0]], check=True)
+        window = self.wait_for_window()[0]
+        subprocess.run(["xdotool", "windowactivate", "--sync", window], check=True)
+        # The window manager's own close.
+        self.key("alt+F4")
         self.wait_for_no_window()
 
 

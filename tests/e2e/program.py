@@ -235,6 +235,7 @@ class ProgramTest(unittest.TestCase):
         self.addCleanup(self._clean)
 
     def _clean(self):
+        self._show_failure()
         self.program.close()
         subprocess.run([str(self.program.executable), "--unregister"], capture_output=True, check=False)
         for entry in self.desktop.home.iterdir():
@@ -246,10 +247,19 @@ class ProgramTest(unittest.TestCase):
         remove(self.program.bundle)
         remove(LINK)
 
+    def _show_failure(self):
+        """What was on the screen when the test failed: in words, and as a picture where a folder for it is named."""
+        result = self._outcome.result
+        if not any(test is self for test, _ in result.failures + result.errors):
+            return
+        print("\n".join(f"  {role} {name!r}" for role, name, _ in self.a11y().described("Ferrobank")), file=sys.stderr)
+        if folder := os.environ.get("FERROBANK_PICTURES"):
+            self.desktop.shoot(pathlib.Path(folder) / f"{self.id().rpartition('.')[2]}.png")
+
     # What a person sees and does. Imported late: the libraries read the environment when they are loaded.
 
     @staticmethod
-    def _a11y():
+    def a11y():
         import a11y
 
         return a11y
@@ -267,13 +277,25 @@ class ProgramTest(unittest.TestCase):
         return traymenu.find() is None
 
     def see(self, name, role=None, limit=15.0):
-        return wait_until(lambda: self._a11y().find("Ferrobank", name, role), f"{name!r} is shown", limit)
+        return wait_until(lambda: self.a11y().find("Ferrobank", name, role), f"{name!r} is shown", limit)
 
     def sees(self, name, role=None):
-        return self._a11y().find("Ferrobank", name, role) is not None
+        return self.a11y().find("Ferrobank", name, role) is not None
 
     def click(self, name, role=None):
-        self._a11y().click(self.see(name, role))
+        """A real click in the middle of something, once it has stopped moving."""
+        thing = self.see(name, role)
+        before = None
+
+        def is_still():
+            nonlocal before
+            now = self.a11y().center(thing)
+            was, before = before, now
+            time.sleep(0.1)
+            return was == now and self.windows()
+
+        wait_until(is_still, f"{name!r} stands still")
+        self.a11y().click(thing)
 
     def windows(self):
         found = subprocess.run(

@@ -76,14 +76,26 @@ def shown(name):
     return [thing for _, thing in walk(found)] if found is not None else []
 
 
-def find(app, name, role=None):
+def described(app):
+    """Role, name and the thing itself of everything shown; what goes away meanwhile is left out."""
+    found = []
     for thing in shown(app):
         try:
-            if thing.get_name() == name and (role is None or thing.get_role_name() == role):
-                return thing
+            found.append((thing.get_role_name(), thing.get_name(), thing))
         except GLib.Error:
             continue
+    return found
+
+
+def find(app, name, role=None):
+    for its_role, its_name, thing in described(app):
+        if its_name == name and role in (None, its_role):
+            return thing
     return None
+
+
+def names(app, role):
+    return [name for its_role, name, _ in described(app) if its_role == role]
 
 
 def poll(condition, limit):
@@ -111,15 +123,15 @@ def click(thing):
 
 
 def press(thing):
-    names = [thing.get_action_name(index) for index in range(thing.get_n_actions())]
+    actions = [thing.get_action_name(index) for index in range(thing.get_n_actions())]
     for action in ACTIONS:
-        if action in names:
-            return thing.do_action(names.index(action))
-    raise LookupError(f"{thing.get_name()!r} has no action to press, only {names}")
+        if action in actions:
+            return thing.do_action(actions.index(action))
+    raise LookupError(f"{thing.get_name()!r} has no action to press, only {actions}")
 
 
 def texts(app):
-    return [thing.get_name() for thing in shown(app) if thing.get_role_name() in TEXT_ROLES and thing.get_name()]
+    return [name for role, name, _ in described(app) if role in TEXT_ROLES and name]
 
 
 def line(depth, thing, bounds):
