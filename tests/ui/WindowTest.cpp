@@ -19,6 +19,17 @@ void eachVisible(QQuickItem* root, const std::function<void(QQuickItem*)>& visit
     }
 }
 
+QQuickItem* findIn(QQuickItem* root, const QString& objectName)
+{
+    QQuickItem* found = nullptr;
+    eachVisible(root, [&](QQuickItem* each) {
+        if (found == nullptr && each->objectName() == objectName) {
+            found = each;
+        }
+    });
+    return found;
+}
+
 } // namespace
 
 void WindowTest::init()
@@ -39,8 +50,14 @@ void WindowTest::start()
 
 void WindowTest::openWindow()
 {
-    _stage->mainWindow().open({});
-    Theme::of(*_stage->mainWindow().engine()).setReducedMotion(true);
+    show(_stage->mainWindow());
+}
+
+void WindowTest::show(QmlWindow& shown)
+{
+    _shown = &shown;
+    shown.open({});
+    Theme::of(*shown.engine()).setReducedMotion(true);
     if (!QTest::qWaitForWindowActive(&window())) {
         qFatal("The window does not become active");
     }
@@ -55,7 +72,7 @@ void WindowTest::openOn(Screen screen)
 
 QQuickWindow& WindowTest::window()
 {
-    auto* shown = qobject_cast<QQuickWindow*>(_stage->mainWindow().window());
+    auto* shown = _shown == nullptr ? nullptr : qobject_cast<QQuickWindow*>(_shown->window());
     if (shown == nullptr) {
         qFatal("The window is not open");
     }
@@ -64,18 +81,12 @@ QQuickWindow& WindowTest::window()
 
 QQuickItem* WindowTest::find(const QString& objectName)
 {
-    QQuickItem* found = nullptr;
-    eachVisible(window().contentItem(), [&](QQuickItem* each) {
-        if (found == nullptr && each->objectName() == objectName) {
-            found = each;
-        }
-    });
-    return found;
+    return findIn(window().contentItem(), objectName);
 }
 
-QQuickItem& WindowTest::item(const QString& objectName)
+QQuickItem& WindowTest::item(const QString& objectName, const QString& inside)
 {
-    QQuickItem* found = find(objectName);
+    QQuickItem* found = findIn(inside.isEmpty() ? window().contentItem() : &item(inside), objectName);
     if (found == nullptr) {
         qFatal("Nothing named %s is shown", qPrintable(objectName));
     }
@@ -100,9 +111,8 @@ QStringList WindowTest::texts()
     return found;
 }
 
-void WindowTest::click(const QString& objectName)
+void WindowTest::clickOn(const QQuickItem& target)
 {
-    const QQuickItem& target = item(objectName);
     const QPointF middle = target.mapToScene(QPointF(target.width() / 2, target.height() / 2));
     QTest::mouseClick(&window(), Qt::LeftButton, Qt::NoModifier, middle.toPoint());
 }

@@ -28,16 +28,19 @@ protected:
     /// Opens the main window and waits until keys reach it.
     void openWindow();
 
-    /// Both, on a screen of a finished setup.
+    /// Both, on a screen.
     void openOn(Screen screen);
+
+    /// Opens one of the windows; everything below is about the one opened last.
+    void show(QmlWindow& window);
 
     QQuickWindow& window();
 
     /// What is visible and has the object name; null when nothing is.
     QQuickItem* find(const QString& objectName);
 
-    /// The same, for what has to be there.
-    QQuickItem& item(const QString& objectName);
+    /// The same, for what has to be there; `inside` names what it lies in.
+    QQuickItem& item(const QString& objectName, const QString& inside = {});
 
     bool shows(const QString& objectName) { return find(objectName) != nullptr; }
 
@@ -46,7 +49,9 @@ protected:
     /// Every text on the screen, in the order of the items.
     QStringList texts();
 
-    void click(const QString& objectName);
+    void click(const QString& objectName) { clickOn(item(objectName)); }
+
+    void clickOn(const QQuickItem& target);
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
 
     /// Object name of the item that has the keyboard.
@@ -58,6 +63,7 @@ private Q_SLOTS:
 
 private:
     std::unique_ptr<Stage> _stage;
+    QmlWindow* _shown = nullptr;
 };
 
 } // namespace ferrobank

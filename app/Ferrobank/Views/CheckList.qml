@@ -44,5 +44,7 @@ ListView {
 
     Announcer {
         id: announcer
+
+        objectName: "announcer"
     }
 }
