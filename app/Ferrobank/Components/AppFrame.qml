@@ -49,7 +49,7 @@ Window {
         radius: Theme.composited ? 12 : 0
         color: Theme.window
         border.width: 1
-        border.color: Qt.tint(Theme.window, Theme.hairline)
+        border.color: Theme.hairline
 
         LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
         LayoutMirroring.childrenInherit: true
