@@ -55,9 +55,22 @@ Window {
         LayoutMirroring.childrenInherit: true
 
         DragHandler {
+            property bool moving: false
+
             target: null
             grabPermissions: PointerHandler.TakeOverForbidden
-            onActiveChanged: if (active) frame.startSystemMove()
+            // The window manager keeps the release of the button to itself, and what comes after looks like one more
+            // drag of the same press. Only a new press may start a new move.
+            onGrabChanged: transition => {
+                if (transition === PointerDevice.GrabPassive)
+                    moving = false;
+            }
+            onActiveChanged: {
+                if (active && !moving) {
+                    moving = true;
+                    frame.startSystemMove();
+                }
+            }
         }
 
         Flickable {
