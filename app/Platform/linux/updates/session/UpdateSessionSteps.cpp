@@ -15,11 +15,6 @@ namespace {
 
 constexpr int kSilentDays = 14;
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("Updates", text);
-}
-
 } // namespace
 
 QJsonObject UpdateSession::request() const
