@@ -7,10 +7,18 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_AUTOMOC ON)
 
+# Two checkouts share what one of them has compiled, so paths in it are relative to the checkout.
 if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
     find_program(CCACHE_PROGRAM ccache)
     if(CCACHE_PROGRAM)
-        set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE_PROGRAM}")
+        set(CMAKE_CXX_COMPILER_LAUNCHER
+            "${CMAKE_COMMAND}"
+            -E
+            env
+            "CCACHE_BASEDIR=${CMAKE_SOURCE_DIR}"
+            CCACHE_NOHASHDIR=1
+            CCACHE_SLOPPINESS=pch_defines,time_macros
+            "${CCACHE_PROGRAM}")
     endif()
 endif()
 
@@ -53,3 +61,36 @@ target_compile_definitions(
               QT_NO_URL_CAST_FROM_STRING
               QT_NO_NARROWING_CONVERSIONS_IN_CONNECT
               QT_NO_FOREACH)
+
+# Gives a target the toolkit's headers precompiled: two thirds of the time of most files is reading them. Targets share one
+# set each for libraries and for programs, whose code is generated differently. Clang only: GCC 12 wants every definition of
+# the sharing targets to be the same.
+function(ferrobank_precompile target)
+    if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+        return()
+    endif()
+    get_target_property(type ${target} TYPE)
+    if(type STREQUAL "EXECUTABLE")
+        set(source ferrobank-headers-for-programs)
+    else()
+        set(source ferrobank-headers-for-libraries)
+    endif()
+    target_precompile_headers(${target} REUSE_FROM ${source})
+endfunction()
+
+# Call once, when the toolkit has been found.
+function(ferrobank_make_precompiled_headers)
+    if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+        return()
+    endif()
+    set(empty "${CMAKE_BINARY_DIR}/precompiled/empty.cpp")
+    file(CONFIGURE OUTPUT "${empty}" CONTENT "int main() {}\n")
+    add_library(ferrobank-headers-for-libraries OBJECT "${empty}")
+    add_executable(ferrobank-headers-for-programs "${empty}")
+    foreach(target IN ITEMS ferrobank-headers-for-libraries ferrobank-headers-for-programs)
+        target_link_libraries(${target} PRIVATE ferrobank-qt-strict Qt6::Core QCoro6::Core)
+        target_compile_options(${target} PRIVATE -Xclang -fno-pch-timestamp)
+        target_precompile_headers(${target} PRIVATE "${CMAKE_SOURCE_DIR}/cmake/Precompiled.h")
+        set_target_properties(${target} PROPERTIES AUTOMOC OFF)
+    endforeach()
+endfunction()

@@ -3,7 +3,7 @@
 #include "Ferrobank/CLI/LineSplitter.h"
 #include "Platform/Bundle.h"
 #include "Platform/ChildProcess.h"
-#include "Platform/Gate.h"
+#include "Platform/Latch.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QStringDecoder>
@@ -33,7 +33,7 @@ struct Captured {
 /// What the tool has printed and the reader has not had yet.
 struct LineFeed {
     LineSplitter splitter;
-    Gate arrived;
+    Latch arrived;
     bool ended = false;
 
     void add(const QByteArray& piece)
@@ -44,16 +44,16 @@ struct LineFeed {
         } else {
             splitter.append(piece);
         }
-        std::exchange(arrived, Gate()).open();
+        std::exchange(arrived, Latch()).open();
     }
 };
 
 /// Lines given out between two turns of the event loop, so that a flood of them freezes nothing.
 constexpr int kLinesInOneGo = 512;
 
-Gate nextTurnOfEventLoop()
+Latch nextTurnOfEventLoop()
 {
-    Gate turn;
+    Latch turn;
     QMetaObject::invokeMethod(
         QCoreApplication::instance(), [turn]() mutable { turn.open(); }, Qt::QueuedConnection);
     return turn;
@@ -72,14 +72,14 @@ QCoro::AsyncGenerator<QString> linesOf([[maybe_unused]] std::unique_ptr<ChildPro
             QString text = QString::fromUtf8(*line);
             co_yield text;
             if (++given % kLinesInOneGo == 0) {
-                const Gate turn = nextTurnOfEventLoop();
+                const Latch turn = nextTurnOfEventLoop();
                 co_await turn.wait();
             }
         }
         if (feed->ended) {
             co_return;
         }
-        const Gate arrived = feed->arrived;
+        const Latch arrived = feed->arrived;
         co_await arrived.wait();
     }
 }

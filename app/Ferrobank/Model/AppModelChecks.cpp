@@ -82,10 +82,8 @@ void AppModel::applyCheckLine(const QString& line)
     std::optional<CheckItem> row;
     try {
         row = CheckItem::decode(line.toUtf8());
-    } catch (const std::exception& error) {
-        // The tool may say other things between its rows.
-        qDebug("A line of the checks is not a row: %s", error.what());
-        return;
+    } catch (const std::exception&) {
+        return; // the tool may say other things between its rows
     }
     changeChecks(_checks->put(*row));
 }

@@ -59,6 +59,8 @@ public:
     /// Every argument list, in the order of the runs.
     [[nodiscard]] const QList<QStringList>& calls() const { return _calls; }
 
+    void forgetCalls() { _calls.clear(); }
+
     [[nodiscard]] int callsOf(const QStringList& args) const;
 
     static const QStringList kStatus;

@@ -23,9 +23,9 @@ FakeSeam::FakeSeam() : commandLineTool(cli.url(), privilegedLink, folder.filePat
     };
 }
 
-ModelCollaborators FakeSeam::collaborators()
+ModelCollaborators FakeSeam::collaborators(CLI& otherCli)
 {
-    return {.cli = cli,
+    return {.cli = otherCli,
             .service = service,
             .commandLineTool = commandLineTool,
             .workspace = workspace,
@@ -41,6 +41,15 @@ void FakeSeam::finishSetup()
 {
     defaults.values.insert(u"setupComplete"_s, true);
     registry.agent.status = LoginServiceStatus::Enabled;
+}
+
+void FakeSeam::forgetCalls()
+{
+    cli.forgetCalls();
+    clock.forgetSleeps();
+    registry.calls.clear();
+    volumes.existenceQuestions.clear();
+    defaults.reads.clear();
 }
 
 void FakeSeam::removeLinkFolder()

@@ -24,10 +24,16 @@ class FakeSeam {
 public:
     FakeSeam();
 
-    [[nodiscard]] ModelCollaborators collaborators();
+    [[nodiscard]] ModelCollaborators collaborators() { return collaborators(cli); }
+
+    /// With another runner of the drive tool.
+    [[nodiscard]] ModelCollaborators collaborators(CLI& otherCli);
 
     /// A finished setup: recorded, and the agent enabled.
     void finishSetup();
+
+    /// Empties all records of what was asked so far.
+    void forgetCalls();
 
     /// The folder of the command link goes away, so that the user alone cannot make the link.
     void removeLinkFolder();

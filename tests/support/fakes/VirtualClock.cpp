@@ -7,32 +7,35 @@ namespace ferrobank {
 
 class VirtualClock::Nap {
 public:
-    Nap(VirtualClock& clock, Milliseconds deadline) : _clock(clock), _deadline(deadline) {}
+    Nap(VirtualClock& clock, Milliseconds duration) : _clock(clock), _duration(duration) {}
 
     [[nodiscard]] bool await_ready() const { return false; }
 
     void await_suspend(std::coroutine_handle<> handle)
     {
-        const Sleeper sleeper{_deadline, handle};
-        const auto later = std::ranges::upper_bound(_clock._sleepers, _deadline, {}, &Sleeper::deadline);
-        _clock._sleepers.insert(later, sleeper);
-        if (_deadline <= _clock._now) {
+        if (_duration <= Milliseconds(0)) {
+            _clock._resting.append(handle);
             _clock._turn.start();
+            return;
         }
+        const Sleeper sleeper{_clock._now + _duration, handle};
+        const auto later =
+            std::ranges::upper_bound(_clock._sleepers, sleeper.deadline, {}, &Sleeper::deadline);
+        _clock._sleepers.insert(later, sleeper);
     }
 
     void await_resume() const {}
 
 private:
     VirtualClock& _clock;
-    Milliseconds _deadline;
+    Milliseconds _duration;
 };
 
 VirtualClock::VirtualClock()
 {
     _turn.setSingleShot(true);
     _turn.setInterval(0);
-    QObject::connect(&_turn, &QTimer::timeout, &_turn, [this] { advance(Milliseconds(0)); });
+    QObject::connect(&_turn, &QTimer::timeout, &_turn, [this] { endTurn(); });
 }
 
 VirtualClock::~VirtualClock()
@@ -40,12 +43,13 @@ VirtualClock::~VirtualClock()
     for (const Sleeper& sleeper : std::exchange(_sleepers, {})) {
         sleeper.handle.resume();
     }
+    endTurn();
 }
 
 QCoro::Task<> VirtualClock::sleep(Milliseconds duration)
 {
     _sleeps.append(duration);
-    Nap nap(*this, _now + duration);
+    Nap nap(*this, duration);
     co_await nap;
 }
 
@@ -68,6 +72,13 @@ bool VirtualClock::wakeNext(Milliseconds until)
     _now = next.deadline;
     next.handle.resume();
     return true;
+}
+
+void VirtualClock::endTurn()
+{
+    for (const std::coroutine_handle<> resting : std::exchange(_resting, {})) {
+        resting.resume();
+    }
 }
 
 } // namespace ferrobank

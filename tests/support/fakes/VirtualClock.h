@@ -38,6 +38,8 @@ public:
     /// How long everybody who ever slept asked for, in order.
     [[nodiscard]] const QList<Milliseconds>& sleeps() const { return _sleeps; }
 
+    void forgetSleeps() { _sleeps.clear(); }
+
 private:
     struct Sleeper {
         Milliseconds deadline;
@@ -47,12 +49,14 @@ private:
     class Nap;
 
     bool wakeNext(Milliseconds until);
+    void endTurn();
 
     Milliseconds _now{0};
     std::chrono::system_clock::time_point _wall{std::chrono::hours(24 * 365 * 50)};
     QList<Sleeper> _sleepers;
+    QList<std::coroutine_handle<>> _resting; ///< asleep for no length, until the next turn
     QList<Milliseconds> _sleeps;
-    QTimer _turn; ///< ends the sleeps of no length
+    QTimer _turn;
 };
 
 } // namespace ferrobank

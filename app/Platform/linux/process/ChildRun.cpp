@@ -21,11 +21,11 @@ constexpr int kSignalBase = 128;
 
 } // namespace
 
-OutputPipe::OutputPipe(FileDescriptor descriptor, ChildProcess::Sink sink, std::function<void()> ended)
+OutputPipe::OutputPipe(Descriptor descriptor, ChildProcess::Sink sink, std::function<void()> ended)
     : _descriptor(std::move(descriptor)), _sink(std::move(sink)), _ended(std::move(ended))
 {
-    if (_descriptor) {
-        _notifier = std::make_unique<QSocketNotifier>(_descriptor.get(), QSocketNotifier::Read);
+    if (_descriptor.isOpen()) {
+        _notifier = std::make_unique<QSocketNotifier>(_descriptor.number(), QSocketNotifier::Read);
         QObject::connect(_notifier.get(), &QSocketNotifier::activated, _notifier.get(), [this] { drain(); });
     }
 }
@@ -39,9 +39,9 @@ void OutputPipe::discard()
 void OutputPipe::drain()
 {
     static std::array<char, 64 * 1024> buffer; // the main thread's alone
-    const int capacity = ::fcntl(_descriptor.get(), F_GETPIPE_SZ);
-    for (qsizetype left = capacity; left > 0 && _descriptor;) {
-        const ssize_t count = ::read(_descriptor.get(), buffer.data(), buffer.size());
+    const int capacity = ::fcntl(_descriptor.number(), F_GETPIPE_SZ);
+    for (qsizetype left = capacity; left > 0 && _descriptor.isOpen();) {
+        const ssize_t count = ::read(_descriptor.number(), buffer.data(), buffer.size());
         if (count > 0) {
             left -= count;
             deliver(QByteArray(buffer.data(), count));
@@ -79,7 +79,7 @@ void OutputPipe::end()
 ChildRun::ChildRun(LaunchedChild child, ChildProcess::Sink output, ChildProcess::Sink errorText)
     : QObject(QCoreApplication::instance()),
       _exit(std::move(child.exit)),
-      _exitNotifier(_exit.get(), QSocketNotifier::Read),
+      _exitNotifier(_exit.number(), QSocketNotifier::Read),
       _output(std::move(child.output), std::move(output), [this] { outputEnded(); }),
       _errorText(std::move(child.errorText), std::move(errorText), [this] { settle(); })
 {
@@ -102,7 +102,7 @@ void ChildRun::abandon()
 void ChildRun::reap()
 {
     siginfo_t info{};
-    const int result = ::waitid(P_PIDFD, static_cast<id_t>(_exit.get()), &info, WEXITED | WNOHANG);
+    const int result = ::waitid(P_PIDFD, static_cast<id_t>(_exit.number()), &info, WEXITED | WNOHANG);
     if (result == 0 && info.si_pid == 0) {
         return;
     }

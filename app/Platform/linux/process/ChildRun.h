@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/ChildProcess.h"
-#include "Platform/Gate.h"
+#include "Platform/Latch.h"
 #include "Platform/linux/process/Launch.h"
 
 #include <QtCore/QObject>
@@ -14,8 +14,8 @@ namespace ferrobank {
 
 /// What becomes of a child; outlives the run for those who still ask.
 struct ChildOutcome {
-    Gate exited;
-    Gate outputEnded;
+    Latch exited;
+    Latch outputEnded;
     int status = -1;
 };
 
@@ -24,9 +24,9 @@ class OutputPipe {
 public:
     /// No descriptor: the output is at its end already. `ended` is called once, after the sink has had its
     /// empty piece.
-    OutputPipe(FileDescriptor descriptor, ChildProcess::Sink sink, std::function<void()> ended);
+    OutputPipe(Descriptor descriptor, ChildProcess::Sink sink, std::function<void()> ended);
 
-    [[nodiscard]] bool isOpen() const { return static_cast<bool>(_descriptor); }
+    [[nodiscard]] bool isOpen() const { return _descriptor.isOpen(); }
 
     /// What still comes is read and dropped.
     void discard();
@@ -38,7 +38,7 @@ private:
     void deliver(const QByteArray& piece);
     void end();
 
-    FileDescriptor _descriptor;
+    Descriptor _descriptor;
     std::unique_ptr<QSocketNotifier> _notifier;
     ChildProcess::Sink _sink;
     std::function<void()> _ended;
@@ -65,7 +65,7 @@ private:
     void finish();
 
     std::shared_ptr<ChildOutcome> _outcome = std::make_shared<ChildOutcome>();
-    FileDescriptor _exit;
+    Descriptor _exit;
     QSocketNotifier _exitNotifier;
     QTimer _grace;
     bool _reaped = false;

@@ -27,21 +27,21 @@ namespace {
 }
 
 /// Above the three standard descriptors, which the child's setup overwrites.
-FileDescriptor aboveStandard(FileDescriptor descriptor)
+Descriptor aboveStandard(Descriptor descriptor)
 {
-    if (descriptor.get() > STDERR_FILENO) {
+    if (descriptor.number() > STDERR_FILENO) {
         return descriptor;
     }
-    const int moved = ::fcntl(descriptor.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    const int moved = ::fcntl(descriptor.number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     if (moved < 0) {
         fail(errno);
     }
-    return FileDescriptor(moved);
+    return Descriptor(moved);
 }
 
 struct Pipe {
-    FileDescriptor reading;
-    FileDescriptor writing;
+    Descriptor reading;
+    Descriptor writing;
 };
 
 Pipe makePipe()
@@ -50,10 +50,10 @@ Pipe makePipe()
     if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
         fail(errno);
     }
-    Pipe pipe{FileDescriptor(ends[0]), FileDescriptor(ends[1])};
+    Pipe pipe{Descriptor(ends[0]), Descriptor(ends[1])};
     pipe.reading = aboveStandard(std::move(pipe.reading));
     pipe.writing = aboveStandard(std::move(pipe.writing));
-    if (::fcntl(pipe.reading.get(), F_SETFL, O_NONBLOCK) != 0) {
+    if (::fcntl(pipe.reading.number(), F_SETFL, O_NONBLOCK) != 0) {
         fail(errno);
     }
     return pipe;
@@ -80,10 +80,11 @@ public:
     SpawnActions(const SpawnActions&) = delete;
     SpawnActions& operator=(const SpawnActions&) = delete;
 
-    void connect(int standard, const FileDescriptor& to)
+    void connect(int standard, const Descriptor& to)
     {
-        check(to ? ::posix_spawn_file_actions_adddup2(&_actions, to.get(), standard)
-                 : ::posix_spawn_file_actions_addopen(&_actions, standard, "/dev/null", O_WRONLY, 0));
+        check(to.isOpen()
+                  ? ::posix_spawn_file_actions_adddup2(&_actions, to.number(), standard)
+                  : ::posix_spawn_file_actions_addopen(&_actions, standard, "/dev/null", O_WRONLY, 0));
     }
 
     void closeEverythingElse()
@@ -143,8 +144,8 @@ std::vector<QByteArray> encoded(const QStringList& texts)
 LaunchedChild launchChild(const LaunchRequest& request)
 {
     LaunchedChild child;
-    FileDescriptor output;
-    FileDescriptor errorText;
+    Descriptor output;
+    Descriptor errorText;
     if (request.captureOutput) {
         Pipe pipe = makePipe();
         child.output = std::move(pipe.reading);
@@ -173,8 +174,8 @@ LaunchedChild launchChild(const LaunchRequest& request)
         fail(error);
     }
 
-    child.exit = FileDescriptor(static_cast<int>(::syscall(SYS_pidfd_open, child.process, 0)));
-    if (!child.exit) {
+    child.exit = Descriptor(static_cast<int>(::syscall(SYS_pidfd_open, child.process, 0)));
+    if (!child.exit.isOpen()) {
         const int reason = errno;
         ::kill(child.process, SIGKILL);
         ::waitpid(child.process, nullptr, 0);

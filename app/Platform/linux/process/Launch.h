@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/linux/process/FileDescriptor.h"
+#include "Platform/linux/Descriptor.h"
 
 #include <QtCore/QString>
 #include <QtCore/QStringList>
@@ -14,9 +14,9 @@ namespace ferrobank {
 /// A child that has just been started. The owner must reap it.
 struct LaunchedChild {
     pid_t process = -1;
-    FileDescriptor exit;      ///< readable once the child has exited (pidfd_open(2))
-    FileDescriptor output;    ///< our end of standard output, non-blocking; none for the null device
-    FileDescriptor errorText; ///< the same of standard error
+    Descriptor exit;      ///< readable once the child has exited (pidfd_open(2))
+    Descriptor output;    ///< our end of standard output, non-blocking; none for the null device
+    Descriptor errorText; ///< the same of standard error
 };
 
 struct LaunchRequest {

@@ -21,9 +21,9 @@ struct DeleteLater {
 BootClock::~BootClock()
 {
     // Those who sleep wake up and find their owners gone.
-    const std::list<Gate> sleepers = std::move(_sleepers);
-    for (Gate gate : sleepers)
-        gate.open();
+    const std::list<Latch> sleepers = std::move(_sleepers);
+    for (Latch latch : sleepers)
+        latch.open();
 }
 
 QCoro::Task<> BootClock::sleep(std::chrono::milliseconds duration)
@@ -37,18 +37,18 @@ QCoro::Task<> BootClock::sleep(std::chrono::milliseconds duration)
     if (!timer.isOpen() || ::timerfd_settime(timer.number(), 0, &setting, nullptr) != 0)
         qFatal("No timer can be made.");
 
-    Gate gate;
-    _sleepers.push_back(gate);
+    Latch latch;
+    _sleepers.push_back(latch);
     // Not destroyed inside its own signal, which is where the sleeper is resumed.
     const std::unique_ptr<QSocketNotifier, DeleteLater> bell(
         new QSocketNotifier(timer.number(), QSocketNotifier::Read));
     QObject::connect(bell.get(), &QSocketNotifier::activated, bell.get(),
-                     [this, gate, bell = bell.get()]() mutable {
+                     [this, latch, bell = bell.get()]() mutable {
                          bell->setEnabled(false);
-                         _sleepers.remove_if([](const Gate& sleeper) { return sleeper.isOpen(); });
-                         gate.open();
+                         _sleepers.remove_if([](const Latch& sleeper) { return sleeper.isOpen(); });
+                         latch.open();
                      });
-    co_await gate.wait();
+    co_await latch.wait();
 }
 
 } // namespace ferrobank::updates

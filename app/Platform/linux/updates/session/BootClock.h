@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Clock.h"
-#include "Platform/Gate.h"
+#include "Platform/Latch.h"
 
 #include <list>
 
@@ -24,7 +24,7 @@ public:
     }
 
 private:
-    std::list<Gate> _sleepers;
+    std::list<Latch> _sleepers;
 };
 
 } // namespace ferrobank::updates

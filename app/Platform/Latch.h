@@ -7,11 +7,11 @@
 
 namespace ferrobank {
 
-/// An event that happens once and that coroutines wait for: `co_await gate.wait()`. One thread.
+/// An event that happens once and that coroutines wait for: `co_await latch.wait()`. One thread.
 ///
 /// Copies are the same event. open() resumes those who wait, in the order in which they came, before it
 /// returns; who comes later is not suspended. A coroutine that is destroyed while it waits is forgotten.
-class Gate {
+class Latch {
     struct State;
 
 public:
@@ -40,7 +40,7 @@ public:
         void await_resume() const noexcept {}
 
     private:
-        friend class Gate;
+        friend class Latch;
 
         std::shared_ptr<State> _state;
         std::coroutine_handle<> _coroutine;

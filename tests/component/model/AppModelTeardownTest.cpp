@@ -1,0 +1,203 @@
+#include "component/model/ModelTest.h"
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using namespace ferrobank;
+
+/// The model goes away in the middle of each wait. What is left ends once the collaborators go, or as soon as
+/// what it waits for comes, and touches nothing: cleanup() fails on a lost coroutine, the address sanitizer
+/// on a touched one.
+class AppModelTeardownTest : public ModelTest {
+    Q_OBJECT
+
+private Q_SLOTS:
+
+    void duringTheFirstStatus()
+    {
+        seam().cli.hold(FakeCLI::kStatus);
+        start();
+        destroyModel();
+    }
+
+    void duringTheFirstStatusThatThenComes()
+    {
+        seam().cli.hold(FakeCLI::kStatus);
+        start();
+        destroyModel();
+        seam().cli.answerStatus(mountedStatus());
+        QCOMPARE(seam().cli.calls().size(), 2);
+        QCOMPARE(seam().clock.sleepers(), 0);
+    }
+
+    void whileThePollSleeps()
+    {
+        start();
+        destroyModel();
+        advance(5s);
+        QCOMPARE(seam().cli.calls().size(), 2);
+        QCOMPARE(seam().clock.sleepers(), 0);
+    }
+
+    void duringTheUpdateRestart()
+    {
+        DriveStatus status = mountedStatus();
+        status.update_pending = true;
+        seam().cli.answerStatus(status);
+        seam().cli.hold(FakeCLI::kRestartKeepMounted);
+        start();
+        destroyModel();
+        seam().cli.answer(FakeCLI::kRestartKeepMounted, FakeCLI::Answer::fails(u"late"_s));
+    }
+
+    void whileAnIconIsSet()
+    {
+        seam().workspace.iconsSet.shut();
+        seam().cli.answerStatus(mountedStatus());
+        start();
+        destroyModel();
+        seam().workspace.iconsSet.open();
+        QCOMPARE(seam().clock.sleepers(), 0);
+    }
+
+    void duringAChecksRun()
+    {
+        start();
+        seam().cli.holdLines();
+        runChecks();
+        destroyModel();
+        seam().cli.pushLine(line(u"drive"_s, State::Pass));
+        seam().cli.endLines();
+    }
+
+    void duringAChecksRunThatThenFails()
+    {
+        start();
+        seam().cli.holdLines();
+        runChecks();
+        destroyModel();
+        seam().cli.endLines(u"the pipe broke"_s);
+    }
+
+    void duringABreatherOfAFlood()
+    {
+        start();
+        QStringList lines;
+        for (int i = 0; i < 5'000; ++i) {
+            lines.append(line(QString::number(i), State::Pass));
+        }
+        seam().cli.streamLines(lines);
+        runChecks();
+        QVERIFY(model().checks().size() < 5'000);
+        destroyModel();
+    }
+
+    void duringTheClosingRefreshOfAChecksRun()
+    {
+        start();
+        seam().cli.hold(FakeCLI::kStatus);
+        runChecks();
+        destroyModel();
+        seam().cli.answerStatus(mountedStatus());
+    }
+
+    void duringARestart()
+    {
+        seam().registry.agent.status = LoginServiceStatus::Enabled;
+        start();
+        seam().cli.hold(FakeCLI::kRestart);
+        fix(FixAction::Restart);
+        destroyModel();
+        seam().cli.answer(FakeCLI::kRestart, {});
+        QCOMPARE(seam().cli.callsOf(FakeCLI::kCheck), 0);
+    }
+
+    void duringTheWaitAfterARestart()
+    {
+        start();
+        fix(FixAction::Restart);
+        advance(3s);
+        destroyModel();
+        advance(60s);
+        QCOMPARE(seam().cli.callsOf(FakeCLI::kCheck), 0);
+    }
+
+    void duringTheApprovalWait()
+    {
+        seam().registry.agent.registerError = "switched off";
+        seam().registry.agent.statusAfterRegister = LoginServiceStatus::RequiresApproval;
+        start();
+        runSetup();
+        destroyModel();
+        seam().registry.agent.status = LoginServiceStatus::Enabled;
+        advance(60s);
+    }
+
+    void duringTheRestartOfASetup()
+    {
+        seam().cli.answerStatus(attachErrorStatus(u"refused"_s));
+        start();
+        seam().cli.hold(FakeCLI::kRestart);
+        runSetup();
+        destroyModel();
+    }
+
+    void duringTheMountWait()
+    {
+        seam().cli.answerStatus(unmountedStatus());
+        start();
+        runSetup();
+        advance(10s);
+        destroyModel();
+    }
+
+    void duringTheLookOfAMountWait()
+    {
+        seam().cli.answerStatus(unmountedStatus());
+        start();
+        runSetup();
+        seam().cli.hold(FakeCLI::kStatus);
+        advance(1s);
+        destroyModel();
+        seam().cli.answerStatus(mountedStatus());
+    }
+
+    void duringTheFinderStep()
+    {
+        start();
+        seam().cli.answerStatus(mountedStatus());
+        seam().workspace.iconsSet.shut();
+        runSetup();
+        advance(1s);
+        QCOMPARE(setupTask(u"finder"_s).state, State::Running);
+        destroyModel();
+        seam().workspace.iconsSet.open();
+    }
+
+    void whileThePromptIsOpen()
+    {
+        seam().cli.answerStatus(mountedStatus());
+        start();
+        seam().removeLinkFolder();
+        seam().privilegedLink.answered.shut();
+        runSetup();
+        QCOMPARE(setupTask(u"cli"_s).state, State::Running);
+        destroyModel();
+        seam().privilegedLink.outcome.kind = PrivilegedOutcome::Kind::Cancelled;
+        seam().privilegedLink.answered.open();
+    }
+
+    void duringAnUninstall()
+    {
+        seam().finishSetup();
+        start();
+        const QStringList args{u"uninstall"_s};
+        seam().cli.hold(args);
+        spawn(&model(), model().uninstall({}, false));
+        destroyModel();
+        seam().cli.answer(args, {});
+        QCOMPARE(seam().defaults.values.value(u"setupComplete"_s), true); // nothing is touched any more
+    }
+};
+
+QTEST_GUILESS_MAIN(AppModelTeardownTest)
+#include "AppModelTeardownTest.moc"
