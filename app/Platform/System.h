@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoro/QCoroTask>
 #include <QtCore/QString>
 
 #include <functional>
@@ -14,6 +15,7 @@ class PrivilegedLink;
 class SettingsPages;
 class UpdateController;
 class UpdateDelegate;
+class UpdateInterface;
 class Volumes;
 class Workspace;
 
@@ -24,7 +26,17 @@ public:
     /// What only the application itself can do for the system's side. May be called at any time.
     struct Hooks {
         std::function<void()> openLoginItems;
-        std::function<void(const QString& text)> tell; ///< one sentence for the user, as a last resort
+
+        /// One sentence for the user, where nothing on this desktop could do what was asked for.
+        std::function<void(QString text)> tell;
+
+        /// What the user is about to be asked for, and whether to go on.
+        std::function<QCoro::Task<bool>(QString text)> explain;
+
+        /// A token of the user's last click, good for the window of another program; empty where there is none.
+        std::function<QString()> activationToken;
+
+        std::function<void()> quit;
     };
 
     static std::unique_ptr<System> make(Hooks hooks);
@@ -39,8 +51,9 @@ public:
     [[nodiscard]] virtual Volumes& volumes() = 0;
     [[nodiscard]] virtual Clock& clock() = 0;
 
-    /// The system's updater, started. `delegate` must outlive it.
-    [[nodiscard]] virtual std::unique_ptr<UpdateController> makeUpdateController(UpdateDelegate& delegate) = 0;
+    /// The system's updater, started. Delegate and interface must outlive it.
+    [[nodiscard]] virtual std::unique_ptr<UpdateController> makeUpdateController(UpdateDelegate& delegate,
+                                                                                UpdateInterface& interface) = 0;
 };
 
 } // namespace ferrobank

@@ -11,9 +11,7 @@ Window {
     required property int contentWidth
     default property alias content: holder.data
 
-    readonly property int padding: 32
-    /// The height that the content may take without scrolling.
-    readonly property real roomForContent: Screen.desktopAvailableHeight - 2 * padding
+    readonly property int padding: Theme.pagePadding
 
     width: contentWidth + 2 * padding
     height: Math.max(1, Math.min(holder.height + 2 * padding, Screen.desktopAvailableHeight))

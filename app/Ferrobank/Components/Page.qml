@@ -1,4 +1,5 @@
 import QtQuick
+import QtQuick.Window
 import Ferrobank
 
 /// The frame of a screen: a title block, the content, and a row of buttons at the trailing edge.
@@ -11,9 +12,9 @@ Item {
     default property alias content: body.data
     property alias buttons: actions.data
 
-    readonly property alias titleBlock: head
-    /// Everything but the content, for a content that must know how much room is left.
-    readonly property real frameHeight: head.height + (actions.visible ? actions.height + 20 : 0) + 20
+    /// The height that the content may take before the window outgrows the display.
+    readonly property real roomForContent: Math.max(200, Screen.desktopAvailableHeight - 2 * Theme.pagePadding
+        - head.height - actions.height - 2 * blocks.spacing)
 
     implicitHeight: blocks.implicitHeight
 

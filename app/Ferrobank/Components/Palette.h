@@ -21,15 +21,15 @@ using Tint = Tints::Tint;
 /// and on its own pill; symbols in Tertiary, which is never text, reach 3 : 1.
 struct Palette {
     QColor window;
-    QColor panel;     ///< the quaternary fill at half strength, translucent
-    QColor control;   ///< a bordered button at rest
-    QColor border;    ///< hairline around controls
-    QColor hairline;  ///< between rows
-    QColor track;     ///< a switch that is off
-    QColor bar;       ///< the solid part of the savings bar
-    QColor accent;    ///< fill of prominent controls
-    QColor onAccent;  ///< text and marks on it
-    QColor danger;    ///< fill of destructive controls
+    QColor panel;    ///< the quaternary fill at half strength, translucent
+    QColor control;  ///< a bordered button at rest
+    QColor border;   ///< hairline around controls
+    QColor hairline; ///< between rows
+    QColor track;    ///< a switch that is off
+    QColor bar;      ///< the solid part of the savings bar
+    QColor accent;   ///< fill of prominent controls
+    QColor onAccent; ///< text and marks on it
+    QColor danger;   ///< fill of destructive controls
     QColor onDanger;
     QColor focusRing;
     QColor primary;

@@ -56,8 +56,8 @@ void SpinnerDrawing::itemChange(ItemChange change, const ItemChangeData& data)
 void SpinnerDrawing::settle()
 {
     const auto* scene = window();
-    const bool seen = isVisible() && scene != nullptr && scene->isVisible() &&
-                      scene->visibility() != QWindow::Minimized;
+    const bool seen =
+        isVisible() && scene != nullptr && scene->isVisible() && scene->visibility() != QWindow::Minimized;
     if (!_running || !seen) {
         _timer.stop();
     } else if (!_timer.isActive()) {

@@ -10,18 +10,24 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-// The drawings are black; one replacement of the word gives them any colour, so that no pixel is composed twice
-// and the edges stay crisp.
-QByteArray drawing(const QString& name, const QColor& color)
+constexpr QByteArrayView kShape = "currentColor";
+constexpr QByteArrayView kCut = "cutColor";
+constexpr QByteArrayView kNothing = "none";
+
+QByteArray drawing(const QString& name)
 {
     QFile file(u":/symbols/%1.svg"_s.arg(name));
     if (!file.open(QIODevice::ReadOnly)) {
         qWarning("There is no symbol named %s", qPrintable(name));
         return {};
     }
-    QByteArray svg = file.readAll();
-    svg.replace("currentColor", color.name(QColor::HexRgb).toLatin1());
-    return svg;
+    return file.readAll();
+}
+
+void draw(QPainter& painter, QByteArray svg, const QRectF& place, QByteArrayView shape, QByteArrayView cut)
+{
+    QSvgRenderer renderer(svg.replace(kShape, shape).replace(kCut, cut));
+    renderer.render(&painter, place);
 }
 
 } // namespace
@@ -55,11 +61,18 @@ void SymbolImage::paint(QPainter* painter)
     if (_name.isEmpty()) {
         return;
     }
-    QSvgRenderer renderer(drawing(_name, _color));
+    const QByteArray svg = drawing(_name);
+    const qreal side = qMin(width(), height());
+    const QRectF place((width() - side) / 2, (height() - side) / 2, side, side);
     painter->setRenderHint(QPainter::Antialiasing);
     painter->setOpacity(_color.alphaF());
-    const qreal side = qMin(width(), height());
-    renderer.render(painter, QRectF((width() - side) / 2, (height() - side) / 2, side, side));
+    draw(*painter, svg, place, _color.name(QColor::HexRgb).toLatin1(), kNothing);
+    if (svg.contains(kCut)) {
+        // What is cut out shows the ground, whatever that is.
+        painter->setOpacity(1);
+        painter->setCompositionMode(QPainter::CompositionMode_DestinationOut);
+        draw(*painter, svg, place, kNothing, "black");
+    }
 }
 
 } // namespace ferrobank

@@ -6,8 +6,9 @@
 
 namespace ferrobank {
 
-/// One of our symbol drawings (Resources/symbols/<name>.svg, a 24 x 24 canvas), in one colour, drawn anew for
-/// every size and scale. A name without a drawing shows nothing and is reported once as a warning.
+/// One of our symbol drawings (Resources/symbols/<name>.svg), drawn anew for every size and scale. In the
+/// drawings "currentColor" stands for the symbol's one colour and "cutColor" for what is cut out of it. A
+/// name without a drawing shows nothing and is reported as a warning.
 class SymbolImage : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT

@@ -86,8 +86,9 @@ void Theme::rebuild()
 QVariantList Theme::tints() const
 {
     QVariantList colors;
-    for (const Tint tint : {Tint::Primary, Tint::Secondary, Tint::Tertiary, Tint::Accent, Tint::Green,
-                            Tint::Orange, Tint::Red}) {
+    for (const Tint tint :
+         {Tint::Primary, Tint::Secondary, Tint::Tertiary, Tint::Accent, Tint::Green, Tint::Orange, Tint::Red})
+    {
         colors << _palette.tint(tint);
     }
     return colors;

@@ -4,7 +4,7 @@
 
 #include <QtCore/QVariantList>
 #include <QtGui/QFont>
-#include <QtQml/qqmlregistration.h>
+#include <QtQml/qqml.h>
 
 class QJSEngine;
 class QQmlEngine;
@@ -14,8 +14,8 @@ namespace ferrobank {
 /// Colours, fonts and motion for every component: one object an engine. Main thread.
 ///
 /// Knows nothing of the desktop: whoever owns the engine feeds `dark`, `accent` and `reducedMotion`. Fonts
-/// follow the application's font, and keep their proportions to it: title 22, title 2 17, headline 13, callout
-/// 12 and caption 10 to a body of 13.
+/// follow the application's font, and keep their proportions to it: title 22, title 2 17, headline 13,
+/// callout 12 and caption 10 to a body of 13.
 class Theme : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -24,6 +24,8 @@ class Theme : public QObject {
     Q_PROPERTY(bool dark READ isDark WRITE setDark NOTIFY colorsChanged)
     Q_PROPERTY(bool reducedMotion READ reducedMotion WRITE setReducedMotion NOTIFY reducedMotionChanged)
     Q_PROPERTY(bool composited READ composited WRITE setComposited NOTIFY compositedChanged)
+    /// Around every screen, in device-independent pixels.
+    Q_PROPERTY(int pagePadding READ pagePadding CONSTANT)
 
     Q_PROPERTY(QColor window READ window NOTIFY colorsChanged)
     Q_PROPERTY(QColor panel READ panel NOTIFY colorsChanged)
@@ -63,7 +65,7 @@ public:
 
     static Theme* create(QQmlEngine* engine, QJSEngine* scripts);
 
-    /// The theme of an engine, made at the first call.
+    /// The theme of an engine that has loaded one of our documents.
     static Theme& of(QQmlEngine& engine);
 
     [[nodiscard]] bool isDark() const { return _dark; }
@@ -80,6 +82,8 @@ public:
     [[nodiscard]] bool composited() const { return _composited; }
 
     void setComposited(bool composited);
+
+    [[nodiscard]] int pagePadding() const { return 32; }
 
     [[nodiscard]] QColor window() const { return _palette.window; }
 
@@ -159,12 +163,11 @@ private:
     bool _composited = false;
 };
 
-/// Makes Tints known to QML.
-struct TintsForQml {
-    Q_GADGET
-    QML_FOREIGN(ferrobank::Tints)
-    QML_NAMED_ELEMENT(Tints)
-    QML_UNCREATABLE("Tints only holds names")
-};
+/// Makes the names of the tints known to QML.
+namespace TintsForQml {
+Q_NAMESPACE
+QML_FOREIGN_NAMESPACE(ferrobank::Tints)
+QML_NAMED_ELEMENT(Tints)
+} // namespace TintsForQml
 
 } // namespace ferrobank

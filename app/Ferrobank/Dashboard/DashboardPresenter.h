@@ -14,8 +14,8 @@
 
 namespace ferrobank {
 
-/// Everything the dashboard shows, in the words it shows, and what its controls do. Main thread; lives as long
-/// as the window. A status that reads the same changes nothing here.
+/// Everything the dashboard shows, in the words it shows, and what its controls do. Main thread; lives as
+/// long as the window. A status that reads the same changes nothing here.
 class DashboardPresenter : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -44,8 +44,8 @@ class DashboardPresenter : public QObject {
     Q_PROPERTY(QString healthText READ healthText NOTIFY healthChanged)
     Q_PROPERTY(QString healthNote READ healthNote NOTIFY healthChanged)
 
-    Q_PROPERTY(bool menuOpensAtLogin READ menuOpensAtLogin WRITE setMenuOpensAtLogin NOTIFY
-                   menuOpensAtLoginChanged)
+    Q_PROPERTY(
+        bool menuOpensAtLogin READ menuOpensAtLogin WRITE setMenuOpensAtLogin NOTIFY menuOpensAtLoginChanged)
     Q_PROPERTY(bool cliInstalled READ cliInstalled NOTIFY cliChanged)
     Q_PROPERTY(bool cliInstalling READ cliInstalling NOTIFY cliChanged)
     Q_PROPERTY(QString cliLink READ cliLink CONSTANT)

@@ -22,8 +22,13 @@ QString text(const std::filesystem::path& path)
 
 FerrobankApp::FerrobankApp(DesktopSession& session)
     : _statusItem(session.makeStatusItem()),
-      _system(System::make({.openLoginItems = [this] { _windows->openLoginItems(); },
-                            .tell = [this](const QString& words) { _windows->showAlert(words); }})),
+      _system(System::make({
+          .openLoginItems = [this] { _windows->openLoginItems(); },
+          .tell = [this](const QString& words) { _windows->showAlert(words); },
+          .explain = [this](const QString& words) { return _windows->askToGoOn(words); },
+          .activationToken = [this] { return _menu->takeActivationToken(); },
+          .quit = [this] { _windows->quit(); },
+      })),
       _cli(text(Bundle::main().driveTool())), _service(_system->registry()),
       _commandLineTool(_cli.url(), _system->privilegedLink()),
       _model(std::make_unique<AppModel>(ModelCollaborators{
@@ -50,7 +55,7 @@ FerrobankApp::FerrobankApp(DesktopSession& session)
           .bundle = text(Bundle::main().root()),
       })),
       _updater(std::make_unique<Updater>(UpdaterCollaborators{
-          .makeController = [this](UpdateDelegate& delegate) { return _system->makeUpdateController(delegate); },
+          .makeController = [this](UpdateDelegate& delegate) { return _system->makeUpdateController(delegate, _windows->updates()); },
           .setupComplete = [this] { return _model->setupComplete(); },
           .windows = presentWindows,
       })),

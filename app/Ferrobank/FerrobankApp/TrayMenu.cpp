@@ -31,6 +31,7 @@ TrayMenu::TrayMenu(TrayMenuCollaborators collaborators, QObject* parent)
 void TrayMenu::choose(MenuItem item, const QString& activationToken)
 {
     AppModel& model = _with.model;
+    _activationToken = activationToken;
     switch (item) {
     case MenuItem::State:
     case MenuItem::Usage:
@@ -85,6 +86,7 @@ void TrayMenu::openWindowAt(const Screen& screen, const QString& activationToken
 {
     // Setting an equal screen is no change, and tells nobody.
     _with.model.setScreen(screen);
+    _activationToken.clear();
     _with.openWindow(activationToken);
 }
 

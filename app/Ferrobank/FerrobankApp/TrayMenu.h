@@ -8,6 +8,7 @@
 #include <QtCore/QString>
 
 #include <functional>
+#include <utility>
 
 namespace ferrobank {
 
@@ -44,6 +45,9 @@ public:
     /// Carries out an entry as if it had been chosen in the menu. Text and dividers do nothing.
     void choose(MenuItem item, const QString& activationToken);
 
+    /// The token of the last choice that opened no window of ours, once: another program's window may need it.
+    [[nodiscard]] QString takeActivationToken() { return std::exchange(_activationToken, QString()); }
+
 private:
     enum class Read {
         Everything,
@@ -57,6 +61,7 @@ private:
 
     TrayMenuCollaborators _with;
     MenuFacts _facts;
+    QString _activationToken;
 };
 
 } // namespace ferrobank

@@ -2,12 +2,10 @@
 
 #include "Ferrobank/Async/Spawn.h"
 #include "Ferrobank/FerrobankApp/Alerts.h"
-#include "Platform/Bundle.h"
 #include "Platform/Memory.h"
 #include "Platform/Workspace.h"
 
 #include <QtCore/QCoreApplication>
-#include <QtCore/QLibrary>
 #include <QtCore/QTimer>
 #include <QtGui/QGuiApplication>
 #include <QtGui/QWindow>
@@ -17,8 +15,6 @@
 namespace ferrobank {
 
 namespace {
-
-using namespace Qt::StringLiterals;
 
 /// A document window; dialogs, menus, tool tips and panels are not.
 bool canBecomeMain(const QWindow& window)
@@ -34,6 +30,16 @@ QCoro::Task<> recycleAndQuit(Workspace& workspace, QString bundle)
 
 } // namespace
 
+template <typename Thing>
+std::unique_ptr<Thing> Windows::make(const char* entryPoint)
+{
+    auto thing = _library.make<Thing>(entryPoint, _forWindows);
+    if (!thing) {
+        showAlert(tr("The window cannot be opened. %1").arg(_library.errorText()));
+    }
+    return thing;
+}
+
 Windows::Windows(WindowsCollaborators collaborators, QObject* parent)
     : QObject(parent), _with(std::move(collaborators)),
       _forWindows{_with.model,
@@ -45,7 +51,8 @@ Windows::Windows(WindowsCollaborators collaborators, QObject* parent)
                   _with.registry,
                   *this,
                   _with.home},
-      _folderChooser(FolderChooser::make())
+      _folderChooser(FolderChooser::make()),
+      _updates([this] { return make<UpdateInterface>("ferrobankMakeUpdateWindow"); })
 {
 }
 
@@ -54,7 +61,7 @@ Windows::~Windows() = default;
 void Windows::openMain(const QString& activationToken)
 {
     if (!_main) {
-        _main = make("ferrobankMakeMainWindow");
+        _main = make<MainWindow>("ferrobankMakeMainWindow");
     }
     if (_main) {
         _main->open(activationToken);
@@ -64,7 +71,7 @@ void Windows::openMain(const QString& activationToken)
 void Windows::openLoginItems()
 {
     if (!_loginItems) {
-        _loginItems = make("ferrobankMakeLoginItemsWindow");
+        _loginItems = make<MainWindow>("ferrobankMakeLoginItemsWindow");
     }
     if (_loginItems) {
         _loginItems->open({});
@@ -79,6 +86,11 @@ bool Windows::mainIsVisible() const
 void Windows::showAlert(const QString& text)
 {
     ferrobank::showAlert(text, frontWindow());
+}
+
+QCoro::Task<bool> Windows::askToGoOn(QString text)
+{
+    return ferrobank::askToGoOn(text, frontWindow());
 }
 
 void Windows::chooseFolder(std::function<void(QString)> chosen)
@@ -113,19 +125,6 @@ void Windows::windowClosed()
         returnFreeMemory();
         Q_EMIT closed();
     });
-}
-
-std::unique_ptr<MainWindow> Windows::make(const char* maker)
-{
-    // Never unloaded: Qt keeps pointers into a library that has registered types.
-    const auto file = Bundle::main().executable().parent_path() / "libferrobank-window.so";
-    QLibrary library(QString::fromStdString(file));
-    const auto make = reinterpret_cast<Maker>(library.resolve(maker));
-    if (make == nullptr) {
-        showAlert(tr("The window cannot be opened. %1").arg(library.errorString()));
-        return nullptr;
-    }
-    return std::unique_ptr<MainWindow>(make(_forWindows));
 }
 
 QWindow* Windows::frontWindow() const

@@ -1,9 +1,12 @@
 #pragma once
 
+#include "Ferrobank/FerrobankApp/UpdatePrompts.h"
+#include "Ferrobank/FerrobankApp/WindowLibrary.h"
 #include "Ferrobank/Updater.h"
 #include "Ferrobank/Views/MainWindow.h"
 #include "Platform/FolderChooser.h"
 
+#include <QCoro/QCoroTask>
 #include <QtCore/QObject>
 #include <QtCore/QString>
 
@@ -41,6 +44,12 @@ public:
     void openLoginItems();
     [[nodiscard]] bool mainIsVisible() const;
 
+    /// What the updater shows to the user.
+    [[nodiscard]] UpdateInterface& updates() { return _updates; }
+
+    /// One question in front of the window in use; true to go on.
+    [[nodiscard]] QCoro::Task<bool> askToGoOn(QString text);
+
     void showAlert(const QString& text) override;
     void chooseFolder(std::function<void(QString)> chosen) override;
     void quit() override;
@@ -52,16 +61,17 @@ Q_SIGNALS:
     void closed();
 
 private:
-    using Maker = MainWindow* (*)(const WindowCollaborators&);
-
-    [[nodiscard]] std::unique_ptr<MainWindow> make(const char* maker);
+    template <typename Thing>
+    [[nodiscard]] std::unique_ptr<Thing> make(const char* entryPoint);
     [[nodiscard]] QWindow* frontWindow() const;
 
     WindowsCollaborators _with;
     WindowCollaborators _forWindows;
+    WindowLibrary _library;
     std::unique_ptr<FolderChooser> _folderChooser;
     std::unique_ptr<MainWindow> _main;
     std::unique_ptr<MainWindow> _loginItems;
+    UpdatePrompts _updates;
 };
 
 /// The program's windows of the moment, for the decision about updates.

@@ -6,8 +6,7 @@ namespace ferrobank {
 
 LoginItemRow::LoginItemRow(LoginItemRegistry& registry, LoginService service)
     : _registry(registry), _service(service), _status(registry.status(service))
-{
-}
+{}
 
 QString LoginItemRow::state() const
 {

@@ -52,8 +52,9 @@ private:
     QString _failure;
 };
 
-/// The Login Items window: both services of this application and a switch for each. Main thread; lives as long
-/// as the window. Asks the registry anew whenever the window becomes active and at every poll of the drive.
+/// The Login Items window: both services of this application and a switch for each. Main thread; lives as
+/// long as the window. Asks the registry anew whenever the window becomes active and at every poll of the
+/// drive.
 class LoginItemsPresenter : public QObject {
     Q_OBJECT
     QML_ELEMENT

@@ -4,31 +4,29 @@
 #include "Ferrobank/Model/CheckItemModel.h"
 #include "Ferrobank/Model/Screen.h"
 
-#include <QtQml/qqmlregistration.h>
+#include <QtQml/qqml.h>
 
 namespace ferrobank {
 
-/// The model knows no QML; these make its types known there under their own names.
-struct CheckItemForQml {
-    Q_GADGET
-    QML_FOREIGN(ferrobank::CheckItem)
-    QML_NAMED_ELEMENT(CheckItem)
-    QML_UNCREATABLE("rows come from the model")
-};
+/// The model knows no QML; these make its types known there. Of the first three only the enumerations are of
+/// interest.
+namespace CheckItemForQml {
+Q_NAMESPACE
+QML_FOREIGN_NAMESPACE(ferrobank::CheckItem)
+QML_NAMED_ELEMENT(CheckItem)
+} // namespace CheckItemForQml
 
-struct FixActionsForQml {
-    Q_GADGET
-    QML_FOREIGN(ferrobank::FixActions)
-    QML_NAMED_ELEMENT(FixActions)
-    QML_UNCREATABLE("FixActions only holds names")
-};
+namespace FixActionsForQml {
+Q_NAMESPACE
+QML_FOREIGN_NAMESPACE(ferrobank::FixActions)
+QML_NAMED_ELEMENT(FixActions)
+} // namespace FixActionsForQml
 
-struct ScreenForQml {
-    Q_GADGET
-    QML_FOREIGN(ferrobank::Screen)
-    QML_NAMED_ELEMENT(AppScreen)
-    QML_UNCREATABLE("the model chooses the screen")
-};
+namespace ScreenForQml {
+Q_NAMESPACE
+QML_FOREIGN_NAMESPACE(ferrobank::Screen)
+QML_NAMED_ELEMENT(AppScreen)
+} // namespace ScreenForQml
 
 struct CheckItemModelForQml {
     Q_GADGET

@@ -10,11 +10,10 @@ namespace ferrobank {
 
 /// Which buttons the setup page offers. Plain value; `of` is pure.
 ///
-/// | the first that holds | buttons                                                                          |
+/// | the first that holds | buttons |
 /// |----------------------|----------------------------------------------------------------------------------|
-/// | setup is done        | Continue                                                                         |
-/// | a row failed         | Open Login Items (approval is missing), Open Privacy Settings (mount), Try Again |
-/// | otherwise            | none                                                                             |
+/// | setup is done        | Continue | | a row failed         | Open Login Items (approval is missing), Open
+/// Privacy Settings (mount), Try Again | | otherwise            | none |
 struct SetupButtons {
     bool proceed = false;
     bool openLoginItems = false;

@@ -74,8 +74,7 @@ PortalAppearance::PortalAppearance() : _firstAnswer(QDBusPendingCall::fromError(
     }
     bus.connect(kService, kPath, kInterface, u"SettingChanged"_s, this,
                 SLOT(settingChanged(QString, QString, QDBusVariant)));
-    auto* watcher =
-        new QDBusServiceWatcher(kService, bus, QDBusServiceWatcher::WatchForRegistration, this);
+    auto* watcher = new QDBusServiceWatcher(kService, bus, QDBusServiceWatcher::WatchForRegistration, this);
     connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, &PortalAppearance::ask);
     ask();
 }

@@ -3,10 +3,10 @@
 #include <QtCore/QStringList>
 #include <QtTest/QTest>
 
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <limits>
 
 namespace ferrobank {
@@ -57,7 +57,7 @@ QStringList look(const MenuFacts& facts)
 
 } // namespace
 
-class TestMenuContent : public QObject {
+class MenuContentTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -210,7 +210,9 @@ private Q_SLOTS:
         if (child == 0) {
             DriveStatus status = mounted();
             status.volume_used = std::numeric_limits<quint64>::max();
-            fclose(stderr);
+            const rlimit noCore{0, 0};
+            setrlimit(RLIMIT_CORE, &noCore);
+            qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
             (void)menuContent(finished(status));
             _exit(0);
         }
@@ -222,5 +224,5 @@ private Q_SLOTS:
 
 } // namespace ferrobank
 
-QTEST_APPLESS_MAIN(ferrobank::TestMenuContent)
-#include "TestMenuContent.moc"
+QTEST_APPLESS_MAIN(ferrobank::MenuContentTest)
+#include "MenuContentTest.moc"
