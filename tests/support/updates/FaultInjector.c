@@ -1,5 +1,6 @@
 // Preloaded into the update worker. Counts every call that changes the disk.
 //   FAULT_KILL_AT=n   ends the process with SIGKILL right before the nth of them
+//   FAULT_FULL_AT=n   answers ENOSPC to the nth of the calls that take room, and to all after it
 //   FAULT_EXCHANGE=1  refuses to exchange folders, as some file systems do
 // At the end FAULT_COUNT_FILE, if set, gets the number of calls.
 
@@ -23,6 +24,17 @@ static void step(void)
     ++calls;
     if (killAt && atol(killAt) == calls)
         raise(SIGKILL);
+}
+
+static int isFull(void)
+{
+    static long takers;
+    const char* fullAt = getenv("FAULT_FULL_AT");
+    ++takers;
+    if (!fullAt || takers < atol(fullAt))
+        return 0;
+    errno = ENOSPC;
+    return 1;
 }
 
 __attribute__((destructor)) static void tell(void)
@@ -114,4 +126,27 @@ int open64(const char* path, int flags, ...)
     if (flags & O_CREAT)
         step();
     return REAL(open64)(path, flags, mode);
+}
+
+ssize_t write(int file, const void* bytes, size_t size)
+{
+    struct stat facts;
+    const int takesRoom = fstat(file, &facts) == 0 && S_ISREG(facts.st_mode);
+    if (takesRoom && isFull())
+        return -1;
+    return REAL(write)(file, bytes, size);
+}
+
+int posix_fallocate(int file, off_t from, off_t size)
+{
+    if (isFull())
+        return ENOSPC;
+    return REAL(posix_fallocate)(file, from, size);
+}
+
+int posix_fallocate64(int file, off64_t from, off64_t size)
+{
+    if (isFull())
+        return ENOSPC;
+    return REAL(posix_fallocate64)(file, from, size);
 }
