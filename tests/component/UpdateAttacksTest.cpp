@@ -15,6 +15,16 @@ QJsonObject offerIn(const WorkerOutcome& outcome)
     return outcome.last()[u"offer"_s].toObject();
 }
 
+TestItem itemWith(const QString& version, const QString& url, qint64 length, const QString& signature)
+{
+    TestItem item;
+    item.version = version;
+    item.url = url;
+    item.length = length;
+    item.signature = signature;
+    return item;
+}
+
 /// After any refusal: the installed version is whole, nothing of the new one is kept, and there are words.
 bool isHarmless(const UpdateStage& stage, const WorkerOutcome& outcome, const QString& problem,
                 const QStringList& mayStay = {})
@@ -111,10 +121,8 @@ private Q_SLOTS:
              {QString(), u"garbage"_s, u" "_s, QString(u"A"_s).repeated(86) + u"=="_s,
               QString::fromStdString(stranger.sign(archive))})
         {
-            TestItem item{.version = u"1.0.1"_s,
-                          .url = stage.server.address(u"/a.tar.zst"_s),
-                          .length = archive.size(),
-                          .signature = signature};
+            const TestItem item =
+                itemWith(u"1.0.1"_s, stage.server.address(u"/a.tar.zst"_s), archive.size(), signature);
             stage.publishFeed(feedOf({item}));
             QVERIFY(isHarmless(stage, stage.update(), u"signature"_s));
         }

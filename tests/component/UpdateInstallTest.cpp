@@ -210,7 +210,7 @@ private Q_SLOTS:
         QCOMPARE(stage.installedVersion(), u"1.0.0"_s);
         QCOMPARE(badVersionsAt(placeOf(stage)), std::vector<std::string>{"1.0.1"});
         QVERIFY(!stage.check().last().contains(u"offer"_s));
-        stage.run(u"status"_s);
+        QCOMPARE(stage.run(u"status"_s).lastEvent(), u"status"_s);
         QCOMPARE(stage.leftovers(), QStringList());
         stage.publish(stage.makeRelease(u"1.0.2"_s));
         QCOMPARE(stage.update().lastEvent(), u"installed"_s);
@@ -322,8 +322,8 @@ private Q_SLOTS:
                                               [&](QProcess&) { second = stage.fetch(offer); });
         const QStringList ends{first.lastEvent(), second.lastEvent()};
         QVERIFY2(ends.contains(u"staged"_s), qPrintable(ends.join(u' ')));
-        for (const WorkerOutcome* outcome : {&first, &second})
-            QVERIFY(outcome->lastEvent() == u"staged"_s || outcome->problem() == u"busy"_s);
+        for (const WorkerOutcome& outcome : {first, second})
+            QVERIFY(outcome.lastEvent() == u"staged"_s || outcome.problem() == u"busy"_s);
         QCOMPARE(stage.run(u"install"_s).lastEvent(), u"installed"_s);
         QCOMPARE(stage.run(u"install"_s).lastEvent(), u"failed"_s);
         QCOMPARE(stage.installedVersion(), u"1.0.1"_s);

@@ -436,6 +436,21 @@ private Q_SLOTS:
         QCOMPARE(stage.session->view().stage, updates::Stage::Idle);
     }
 
+    void closingTheWindowWhileUnpackingLeavesThatToTheBackground()
+    {
+        Surroundings stage;
+        stage.session->checkForUpdates();
+        stage.worker.tell(checkedWith(offer()));
+        stage.interface.act(UpdateAction::Install);
+        stage.worker.tell({{u"event"_s, u"verifying"_s}});
+        stage.interface.act(UpdateAction::Close);
+        QVERIFY(!stage.interface.isOpen);
+        QVERIFY(!stage.worker.commands.back()->isDropped);
+        stage.worker.tell(kStaged);
+        QCOMPARE(stage.delegate.asked, QStringList{u"1.0.1"_s});
+        QVERIFY(!stage.interface.isOpen);
+    }
+
     void nothingNewIsSaidOnlyToTheUser()
     {
         Surroundings stage;

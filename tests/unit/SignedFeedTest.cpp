@@ -115,7 +115,8 @@ private Q_SLOTS:
         row("length too long for any number",
             text + QByteArray(block).replace("13", "99999999999999999999999"));
         row("no length", text + QByteArray(block).replace("length: 13\n", ""));
-        row("no signature", text + QByteArray(block).replace("edSignature: " + QByteArray(kGood) + "\n", ""));
+        row("no signature",
+            text + QByteArray(block).replace("edSignature: " + QByteArray(kGood) + "\n", QByteArray()));
         row("empty signature", text + QByteArray(block).replace(QByteArray(kGood), QByteArray("")));
         row("garbage signature", text + QByteArray(block).replace(QByteArray(kGood), QByteArray("garbage")));
         row("wrong signature", text + QByteArray(block).replace(QByteArray(kGood), QByteArray(kBad)));
