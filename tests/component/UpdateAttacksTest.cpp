@@ -411,8 +411,7 @@ private Q_SLOTS:
     void hugeLengthsAreRefusedBeforeTheDownload()
     {
         UpdateStage stage;
-        TestItem item{
-            .version = u"1.0.1"_s, .url = stage.server.address(u"/a"_s), .length = 0, .signature = u"x"_s};
+        TestItem item = itemWith(u"1.0.1"_s, stage.server.address(u"/a"_s), 0, u"x"_s);
         for (const qint64 length : {qint64{0}, qint64{500} * 1024 * 1024 + 1}) {
             item.length = length;
             stage.publishFeed(feedOf({item}));
@@ -424,8 +423,7 @@ private Q_SLOTS:
     void archiveWithoutASecureAddressIsNotFetched()
     {
         UpdateStage stage;
-        TestItem item{
-            .version = u"1.0.1"_s, .url = u"http://localhost:1/a"_s, .length = 10, .signature = u"x"_s};
+        const TestItem item = itemWith(u"1.0.1"_s, u"http://localhost:1/a"_s, 10, u"x"_s);
         stage.publishFeed(feedOf({item}));
         QVERIFY(isHarmless(stage, stage.update(), u"network"_s));
     }

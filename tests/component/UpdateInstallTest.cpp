@@ -36,6 +36,11 @@ InstallPlace placeOf(const UpdateStage& stage)
     return InstallPlace::of(stage.root().toStdString());
 }
 
+std::filesystem::path executableOf(const InstallPlace& place)
+{
+    return place.stableRoot() / "Contents/Linux/Ferrobank";
+}
+
 void publishNext(UpdateStage& stage)
 {
     stage.publish(stage.makeRelease(u"1.0.1"_s));
@@ -185,7 +190,7 @@ private Q_SLOTS:
             // What the executable does at its next start, and then a second attempt.
             const InstallPlace place =
                 InstallPlace::of(std::filesystem::canonical(placeOf(*stage).stableRoot()));
-            std::ignore = executableToRunInstead(place, version.toStdString());
+            std::ignore = executableToRunInstead(place, version.toStdString(), executableOf(place));
             const QJsonObject bundle{{u"bundle"_s, QString::fromStdString(place.root)}};
             if (isOld)
                 QCOMPARE(stage->run(u"install"_s, bundle).lastEvent(), u"installed"_s);
@@ -223,11 +228,11 @@ private Q_SLOTS:
         QCOMPARE(stage.update().lastEvent(), u"installed"_s);
         const InstallPlace place = placeOf(stage);
         for (const int starts : {1, 2}) {
-            std::ignore = executableToRunInstead(place, "1.0.1");
+            std::ignore = executableToRunInstead(place, "1.0.1", executableOf(place));
             QCOMPARE(trialAt(place)->starts, starts);
             QCOMPARE(stage.installedVersion(), u"1.0.1"_s);
         }
-        const auto other = executableToRunInstead(place, "1.0.1");
+        const auto other = executableToRunInstead(place, "1.0.1", executableOf(place));
         QCOMPARE(other, std::optional(place.root / "Contents/Linux/Ferrobank"));
         QCOMPARE(stage.installedVersion(), u"1.0.0"_s);
         QVERIFY(!trialAt(place));
@@ -236,7 +241,7 @@ private Q_SLOTS:
     void launcherWithoutATrialDoesNothing()
     {
         UpdateStage stage;
-        QVERIFY(!executableToRunInstead(placeOf(stage), "1.0.0"));
+        QVERIFY(!executableToRunInstead(placeOf(stage), "1.0.0", executableOf(placeOf(stage))));
         QVERIFY(!QFile::exists(stage.staging()));
     }
 
@@ -248,7 +253,7 @@ private Q_SLOTS:
         QFile trial(stage.staging() + u"/trial"_s);
         QVERIFY(trial.open(QIODevice::WriteOnly) && trial.write("rubbish") > 0);
         trial.close();
-        std::ignore = executableToRunInstead(placeOf(stage), "1.0.0");
+        std::ignore = executableToRunInstead(placeOf(stage), "1.0.0", executableOf(placeOf(stage)));
         QVERIFY(!trial.exists());
         QCOMPARE(stage.installedVersion(), u"1.0.0"_s);
     }

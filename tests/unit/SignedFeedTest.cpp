@@ -124,7 +124,7 @@ private Q_SLOTS:
         row("unknown line", text + QByteArray(block).replace("-->", "more: 1\n-->"));
         row("line without a colon", text + QByteArray(block).replace("-->", "more\n-->"));
         row("CR LF after the marker", text + QByteArray(block).replace("signatures:\n", "signatures:\r\n"));
-        row("line endings changed", (text + QByteArray(block)).replace("\n", "\r\n"));
+        row("line endings changed", QByteArray(text + block).replace("\n", "\r\n"));
         row("only a block", QByteArray(block).replace("13", "0"));
     }
 
