@@ -4,6 +4,7 @@ set(QT_QML_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/qml")
 
 add_library(ferrobank-window SHARED)
 ferrobank_bundle_binary(ferrobank-window)
+ferrobank_precompile(ferrobank-window)
 
 # Compiling the QML ahead of time takes minutes and saves milliseconds: only for what people run.
 if(CMAKE_BUILD_TYPE STREQUAL "Debug")

@@ -24,7 +24,7 @@ namespace {
 using namespace Qt::StringLiterals;
 using Role = SingleInstance::Role;
 
-constexpr auto kApplication = u"org.freedesktop.Application"_s;
+const QString kApplication = u"org.freedesktop.Application"_s;
 
 /// One more start of the program, from a thread, because it waits for the first to answer.
 template <typename Start>

@@ -13,16 +13,31 @@ Window {
 
     readonly property int padding: Theme.pagePadding
 
-    width: contentWidth + 2 * padding
-    height: Math.max(1, Math.min(holder.height + 2 * padding, Screen.desktopAvailableHeight))
-    minimumWidth: width
-    maximumWidth: width
-    minimumHeight: height
-    maximumHeight: height
+    readonly property int wantedWidth: contentWidth + 2 * padding
+    readonly property int wantedHeight: Math.max(1, Math.min(holder.height + 2 * padding,
+        Screen.desktopAvailableHeight))
+
     flags: Qt.Window | Qt.FramelessWindowHint | Qt.WindowMinimizeButtonHint | Qt.WindowCloseButtonHint
     color: Theme.composited ? "transparent" : Theme.window
 
+    onWantedWidthChanged: fit()
+    onWantedHeightChanged: fit()
+    Component.onCompleted: fit()
     onActiveFocusItemChanged: scroller.reveal(activeFocusItem)
+
+    /// The window manager holds a window within its limits, so they make way before the size changes.
+    function fit(): void {
+        minimumWidth = Math.min(minimumWidth, wantedWidth);
+        minimumHeight = Math.min(minimumHeight, wantedHeight);
+        maximumWidth = Math.max(width, wantedWidth);
+        maximumHeight = Math.max(height, wantedHeight);
+        width = wantedWidth;
+        height = wantedHeight;
+        minimumWidth = wantedWidth;
+        minimumHeight = wantedHeight;
+        maximumWidth = wantedWidth;
+        maximumHeight = wantedHeight;
+    }
 
     Shortcut {
         sequences: [StandardKey.Close]
@@ -53,7 +68,15 @@ Window {
             interactive: contentHeight > height
             boundsBehavior: Flickable.StopAtBounds
             clip: interactive
-            T.ScrollBar.vertical: ThinScrollBar {}
+            T.ScrollBar.vertical: ThinScrollBar {
+                parent: scroller.parent
+                anchors.top: parent.top
+                anchors.topMargin: frame.padding + 4
+                anchors.bottom: parent.bottom
+                anchors.bottomMargin: 12
+                anchors.right: parent.right
+                anchors.rightMargin: 3
+            }
 
             function reveal(item: Item): void {
                 if (!interactive || !item) {
@@ -81,7 +104,7 @@ Window {
                 x: frame.padding
                 y: frame.padding
                 width: frame.contentWidth
-                height: childrenRect.height
+                height: Math.ceil(childrenRect.height)
             }
         }
 

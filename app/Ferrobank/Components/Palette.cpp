@@ -79,7 +79,7 @@ QColor readable(const QColor& color, const QColor& background, double wanted)
     const QColor goal = luminance(background) > 0.18 ? QColor(Qt::black) : QColor(Qt::white);
     constexpr int kSteps = 100;
     for (int step = 0; step <= kSteps; ++step) {
-        const QColor candidate = mixed(color, goal, float(step) / kSteps).toRgb();
+        const QColor candidate(mixed(color, goal, float(step) / kSteps).rgb());
         if (contrast(candidate, background) >= wanted) {
             return candidate;
         }

@@ -12,6 +12,8 @@ T.Button {
     property int look: PushButton.Bordered
     property bool defaultAction: false
     property bool cancelAction: false
+    /// Lower, for a button beside a line of text.
+    property bool compact: false
     /// Name of a symbol before the title; none when empty.
     property string symbol: ""
 
@@ -23,11 +25,11 @@ T.Button {
 
     font: filled ? Theme.bodyMedium : Theme.body
     focusPolicy: Qt.TabFocus
-    horizontalPadding: 14
-    verticalPadding: 5
+    horizontalPadding: compact ? 11 : 14
+    verticalPadding: compact ? 3 : 5
     spacing: 6
-    implicitHeight: Math.max(30, implicitContentHeight + topPadding + bottomPadding)
-    implicitWidth: Math.max(72, implicitContentWidth + leftPadding + rightPadding)
+    implicitHeight: Math.max(compact ? 26 : 30, implicitContentHeight + topPadding + bottomPadding)
+    implicitWidth: Math.ceil(Math.max(compact ? 0 : 72, implicitContentWidth + leftPadding + rightPadding))
     opacity: enabled ? 1 : 0.5
 
     Accessible.role: Accessible.Button
@@ -86,7 +88,7 @@ T.Button {
         radius: 7
         color: button.fill
         border.width: button.filled ? 0 : 1
-        border.color: Theme.border
+        border.color: button.defaultAction ? Theme.focusRing : Theme.border
 
         Rectangle {
             anchors.fill: parent

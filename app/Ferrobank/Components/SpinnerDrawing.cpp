@@ -58,11 +58,16 @@ void SpinnerDrawing::settle()
     const auto* scene = window();
     const bool seen =
         isVisible() && scene != nullptr && scene->isVisible() && scene->visibility() != QWindow::Minimized;
-    if (!_running || !seen) {
-        _timer.stop();
-    } else if (!_timer.isActive()) {
-        _timer.start(kStepMilliseconds, Qt::CoarseTimer, this);
+    const bool steps = _running && seen;
+    if (steps == _timer.isActive()) {
+        return;
     }
+    if (steps) {
+        _timer.start(kStepMilliseconds, Qt::CoarseTimer, this);
+    } else {
+        _timer.stop();
+    }
+    Q_EMIT steppingChanged();
 }
 
 void SpinnerDrawing::timerEvent(QTimerEvent* event)

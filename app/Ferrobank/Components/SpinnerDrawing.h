@@ -13,6 +13,7 @@ class SpinnerDrawing : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(bool running READ isRunning WRITE setRunning NOTIFY runningChanged)
+    Q_PROPERTY(bool stepping READ isStepping NOTIFY steppingChanged)
     Q_PROPERTY(QColor color READ color WRITE setColor NOTIFY colorChanged)
 
 public:
@@ -33,6 +34,7 @@ public:
 
 Q_SIGNALS:
     void runningChanged();
+    void steppingChanged();
     void colorChanged();
 
 protected:

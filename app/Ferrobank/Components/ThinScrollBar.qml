@@ -8,8 +8,12 @@ T.ScrollBar {
 
     implicitWidth: 10
     padding: 2
+    topPadding: 4
+    bottomPadding: 4
     minimumSize: 0.08
     visible: size < 1
+
+    Accessible.ignored: true
 
     contentItem: Rectangle {
         implicitWidth: 6

@@ -12,7 +12,7 @@ T.Switch {
     focusPolicy: Qt.TabFocus
     spacing: 16
     implicitWidth: implicitContentWidth + spacing + implicitIndicatorWidth
-    implicitHeight: Math.max(implicitContentHeight, implicitIndicatorHeight)
+    implicitHeight: Math.max(words.implicitHeight + (caption === "" ? 0 : hint.implicitHeight + 2), implicitIndicatorHeight)
 
     Accessible.role: Accessible.CheckBox
     Accessible.name: toggle.text
@@ -30,11 +30,14 @@ T.Switch {
     }
 
     contentItem: Column {
+        topPadding: toggle.caption === "" ? (toggle.availableHeight - words.implicitHeight) / 2 : 0
         rightPadding: toggle.mirrored ? 0 : toggle.indicator.width + toggle.spacing
         leftPadding: toggle.mirrored ? toggle.indicator.width + toggle.spacing : 0
         spacing: 2
 
         BodyText {
+            id: words
+
             width: parent.width - parent.leftPadding - parent.rightPadding
             text: toggle.text
             font: toggle.font
@@ -43,6 +46,8 @@ T.Switch {
         }
 
         BodyText {
+            id: hint
+
             width: parent.width - parent.leftPadding - parent.rightPadding
             visible: text !== ""
             text: toggle.caption

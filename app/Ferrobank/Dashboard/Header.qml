@@ -65,7 +65,6 @@ Column {
                     text: header.presenter.mountpoint
                     font: Theme.callout
                     color: Theme.secondary
-                    wrapMode: TextEdit.WrapAnywhere
                 }
             }
         }

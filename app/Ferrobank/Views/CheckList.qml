@@ -20,6 +20,9 @@ ListView {
     interactive: contentHeight > height
     boundsBehavior: Flickable.StopAtBounds
     clip: interactive
+    // Room for what reaches beyond the first and last row: a button and its focus ring.
+    topMargin: interactive ? 6 : 0
+    bottomMargin: topMargin
     keyNavigationEnabled: false
 
     Accessible.role: Accessible.List
@@ -41,5 +44,7 @@ ListView {
 
     Announcer {
         id: announcer
+
+        objectName: "announcer"
     }
 }

@@ -16,13 +16,16 @@ Item {
     property bool offersFixes: false
 
     readonly property string stateWord: CheckRowStyle.word(checkState)
+    /// Middle of the icon, of the title's first line and of the button.
+    readonly property real firstLine: icon.y + icon.height / 2
 
     signal fixWanted(int action)
     signal announcement(string words)
 
-    implicitHeight: Math.max(words.implicitHeight, remedy.visible ? remedy.height : 0, icon.y + icon.height)
+    implicitHeight: Math.ceil(Math.max(words.y + words.implicitHeight, remedy.visible ? remedy.y + remedy.height : 0,
+        icon.y + icon.height))
 
-    onCheckStateChanged: announcement(qsTr("%1: %2").arg(title).arg(stateWord))
+    onCheckStateChanged: announcement(qsTr("%1: %2").arg(title).arg(CheckRowStyle.word(checkState)))
 
     Accessible.role: Accessible.ListItem
     Accessible.name: qsTr("%1: %2").arg(row.title).arg(row.stateWord)
@@ -33,7 +36,7 @@ Item {
 
         objectName: "stateIcon"
         anchors.left: parent.left
-        y: 3 + Math.max(0, (metrics.height - 3 - height) / 2 - 3)
+        y: 3
         checkState: row.checkState
     }
 
@@ -46,6 +49,7 @@ Item {
     Column {
         id: words
 
+        y: Math.round(row.firstLine - metrics.height / 2)
         anchors.left: icon.right
         anchors.leftMargin: 10
         anchors.right: remedy.visible ? remedy.left : parent.right
@@ -82,8 +86,9 @@ Item {
 
         objectName: "rowFix"
         anchors.right: parent.right
-        y: Math.min(0, (metrics.height + 3 - height) / 2 + 1)
+        y: Math.round(row.firstLine - height / 2)
         visible: row.hasAction && row.offersFixes
+        compact: true
         text: CheckRowStyle.fixTitle(row.action)
         onClicked: row.fixWanted(row.action)
     }

@@ -24,12 +24,21 @@ Page {
     }
 
     buttons: [
-        Spinner {
-            objectName: "checksSpinner"
+        Item {
             visible: screen.presenter.running
-            label: qsTr("Running checks…")
+            width: 30
+            height: runAgain.height
+
+            Spinner {
+                objectName: "checksSpinner"
+                anchors.right: parent.right
+                anchors.verticalCenter: parent.verticalCenter
+                label: qsTr("Running checks…")
+            }
         },
         PushButton {
+            id: runAgain
+
             objectName: "runAgain"
             visible: !screen.presenter.running
             text: qsTr("Run Again")

@@ -23,6 +23,18 @@ bool isDark(const QPalette& palette)
     return palette.color(QPalette::WindowText).lightness() > palette.color(QPalette::Window).lightness();
 }
 
+// A running spinner takes a whole core where no graphics card helps; the software renderer needs next to nothing
+// for screens like these. Can be said only once in a process.
+void chooseRenderer()
+{
+    static const bool chosen = [] {
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+        QQuickWindow::setDefaultAlphaBuffer(true);
+        return true;
+    }();
+    Q_UNUSED(chosen)
+}
+
 QColor accentOf(const QPalette& palette)
 {
     const QColor highlight = palette.color(QPalette::Highlight);
@@ -34,10 +46,7 @@ QColor accentOf(const QPalette& palette)
 QmlWindow::QmlWindow(Scene scene, WindowHost& host)
     : _scene(std::move(scene)), _host(host), _desktop(DesktopAppearance::make())
 {
-    // A running spinner takes a whole core where no graphics card helps; the software renderer needs next to
-    // nothing for screens like these.
-    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
-    QQuickWindow::setDefaultAlphaBuffer(true);
+    chooseRenderer();
     qGuiApp->installEventFilter(this);
 }
 

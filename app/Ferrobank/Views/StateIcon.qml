@@ -11,7 +11,7 @@ Item {
     readonly property string symbol: CheckRowStyle.symbol(checkState)
 
     width: 18
-    height: 18
+    height: 16
 
     Accessible.role: Accessible.Graphic
     Accessible.name: CheckRowStyle.word(icon.checkState)
@@ -22,8 +22,8 @@ Item {
         visible: !icon.running
         name: icon.symbol
         color: Theme.tints[CheckRowStyle.tint(icon.checkState)]
-        width: 18
-        height: 18
+        width: 16
+        height: 16
     }
 
     Loader {

@@ -45,16 +45,17 @@ Page {
 
                     SelectableText {
                         objectName: "folder"
+                        anchors.verticalCenter: parent.verticalCenter
                         width: parent.width - choose.width - parent.spacing
                         text: form.presenter.folder
                         color: Theme.secondary
-                        wrapMode: TextEdit.WrapAnywhere
                     }
 
                     PushButton {
                         id: choose
 
                         objectName: "choose"
+                        anchors.verticalCenter: parent.verticalCenter
                         text: qsTr("Choose…")
                         onClicked: form.presenter.chooseFolder()
                     }

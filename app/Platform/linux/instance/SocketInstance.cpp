@@ -75,13 +75,13 @@ std::filesystem::path SocketInstance::runtimeFolder()
 
 SingleInstance::Role SocketInstance::claim(const InstanceRequest& request)
 {
-    _lock = FileDescriptor(open(_lockFile.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR));
-    if (_lock && flock(_lock.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+    _lock = Descriptor(open(_lockFile.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR));
+    if (_lock.isOpen() && flock(_lock.number(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
         return forward(request);
     }
     // Where nothing can be locked or listened on, nobody can find us; we run all the same.
-    if (!_lock || !listenOnSocket()) {
-        _listener = FileDescriptor();
+    if (!_lock.isOpen() || !listenOnSocket()) {
+        _listener = Descriptor();
     }
     return Role::First;
 }
@@ -89,58 +89,58 @@ SingleInstance::Role SocketInstance::claim(const InstanceRequest& request)
 void SocketInstance::serve(Handler handler)
 {
     _handler = std::move(handler);
-    if (!_listener) {
+    if (!_listener.isOpen()) {
         return;
     }
-    _acceptable = std::make_unique<QSocketNotifier>(_listener.get(), QSocketNotifier::Read);
+    _acceptable = std::make_unique<QSocketNotifier>(_listener.number(), QSocketNotifier::Read);
     QObject::connect(_acceptable.get(), &QSocketNotifier::activated, _acceptable.get(), [this] { accept(); });
 }
 
 bool SocketInstance::listenOnSocket()
 {
     sockaddr_un address{};
-    _listener = FileDescriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    if (!_listener || !addressOf(_socketFile, address)) {
+    _listener = Descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (!_listener.isOpen() || !addressOf(_socketFile, address)) {
         return false;
     }
     // The lock is ours, so a socket that is there is a leftover.
     unlink(_socketFile.c_str());
-    return bind(_listener.get(), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0 &&
-           listen(_listener.get(), SOMAXCONN) == 0;
+    return bind(_listener.number(), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0 &&
+           listen(_listener.number(), SOMAXCONN) == 0;
 }
 
 SingleInstance::Role SocketInstance::forward(const InstanceRequest& request) const
 {
     sockaddr_un address{};
-    const FileDescriptor connection(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    if (!connection || !addressOf(_socketFile, address)) {
+    const Descriptor connection(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    if (!connection.isOpen() || !addressOf(_socketFile, address)) {
         return Role::Unanswered;
     }
     const auto end = std::chrono::steady_clock::now() + kListeningTimeout;
-    while (connect(connection.get(), reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
+    while (connect(connection.number(), reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
         if (std::chrono::steady_clock::now() > end) {
             return Role::Unanswered;
         }
         std::this_thread::sleep_for(kListeningPause);
     }
     const timeval timeout{std::chrono::seconds(kAnswerTimeout).count(), 0};
-    setsockopt(connection.get(), SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
+    setsockopt(connection.number(), SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
     const QByteArray line = (request.action + u'\t' + request.activationToken).toUtf8() + '\n';
-    if (send(connection.get(), line.constData(), static_cast<size_t>(line.size()), MSG_NOSIGNAL) != line.size()) {
+    if (send(connection.number(), line.constData(), static_cast<size_t>(line.size()), MSG_NOSIGNAL) != line.size()) {
         return Role::Unanswered;
     }
     char answer[16] = {};
-    const ssize_t got = recv(connection.get(), answer, sizeof answer - 1, 0);
+    const ssize_t got = recv(connection.number(), answer, sizeof answer - 1, 0);
     return got > 0 && std::strcmp(answer, "done\n") == 0 ? Role::Forwarded : Role::Unanswered;
 }
 
 void SocketInstance::accept()
 {
-    FileDescriptor socket(accept4(_listener.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
-    if (!socket || !sameUser(socket.get())) {
+    Descriptor socket(accept4(_listener.number(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+    if (!socket.isOpen() || !sameUser(socket.number())) {
         return;
     }
-    const int number = socket.get();
+    const int number = socket.number();
     auto readable = std::make_unique<QSocketNotifier>(number, QSocketNotifier::Read);
     QObject::connect(readable.get(), &QSocketNotifier::activated, readable.get(), [this, number] { read(number); },
                      Qt::QueuedConnection);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/SingleInstance.h"
-#include "Platform/linux/process/FileDescriptor.h"
+#include "Platform/linux/Descriptor.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QSocketNotifier>
@@ -29,7 +29,7 @@ public:
 
 private:
     struct Caller {
-        FileDescriptor socket;
+        Descriptor socket;
         std::unique_ptr<QSocketNotifier> readable;
         QByteArray line;
     };
@@ -41,8 +41,8 @@ private:
 
     std::filesystem::path _socketFile;
     std::filesystem::path _lockFile;
-    FileDescriptor _lock;
-    FileDescriptor _listener;
+    Descriptor _lock;
+    Descriptor _listener;
     Handler _handler;
     std::unique_ptr<QSocketNotifier> _acceptable;
     std::unordered_map<int, Caller> _callers;

@@ -1,4 +1,4 @@
-#include "Platform/linux/PortalAppearance.h"
+#include "Platform/linux/appearance/PortalAppearance.h"
 
 #include <QtDBus/QDBusArgument>
 #include <QtDBus/QDBusConnection>
