@@ -19,7 +19,8 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
         facts.systemNames = QStringList{QStringLiteral("linux")};
         facts.now = QDateTime::fromMSecsSinceEpoch(1'800'000'000'000, Qt::UTC);
         const Choice choice = chooseItem(appcast.items, facts);
-        if (choice.item && !choice.item->archive.isEmpty() && choice.item->system != facts.systemNames.first())
+        if (choice.item && !choice.item->archive.isEmpty() &&
+            choice.item->system != facts.systemNames.first())
             std::abort();
         for (const AppcastItem& item : appcast.items) {
             const QString text = notesAsText(item.notes, item.notesFormat);
