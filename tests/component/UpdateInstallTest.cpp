@@ -190,7 +190,7 @@ private Q_SLOTS:
             // What the executable does at its next start, and then a second attempt.
             const InstallPlace place =
                 InstallPlace::of(std::filesystem::canonical(placeOf(*stage).stableRoot()));
-            std::ignore = executableToRunInstead(place, version.toStdString(), executableOf(place));
+            std::ignore = executableToRunInstead(place, executableOf(place));
             const QJsonObject bundle{{u"bundle"_s, QString::fromStdString(place.root)}};
             if (isOld)
                 QCOMPARE(stage->run(u"install"_s, bundle).lastEvent(), u"installed"_s);
@@ -228,11 +228,11 @@ private Q_SLOTS:
         QCOMPARE(stage.update().lastEvent(), u"installed"_s);
         const InstallPlace place = placeOf(stage);
         for (const int starts : {1, 2}) {
-            std::ignore = executableToRunInstead(place, "1.0.1", executableOf(place));
+            std::ignore = executableToRunInstead(place, executableOf(place));
             QCOMPARE(trialAt(place)->starts, starts);
             QCOMPARE(stage.installedVersion(), u"1.0.1"_s);
         }
-        const auto other = executableToRunInstead(place, "1.0.1", executableOf(place));
+        const auto other = executableToRunInstead(place, executableOf(place));
         QCOMPARE(other, std::optional(place.root / "Contents/Linux/Ferrobank"));
         QCOMPARE(stage.installedVersion(), u"1.0.0"_s);
         QVERIFY(!trialAt(place));
@@ -241,7 +241,7 @@ private Q_SLOTS:
     void launcherWithoutATrialDoesNothing()
     {
         UpdateStage stage;
-        QVERIFY(!executableToRunInstead(placeOf(stage), "1.0.0", executableOf(placeOf(stage))));
+        QVERIFY(!executableToRunInstead(placeOf(stage), executableOf(placeOf(stage))));
         QVERIFY(!QFile::exists(stage.staging()));
     }
 
@@ -253,7 +253,7 @@ private Q_SLOTS:
         QFile trial(stage.staging() + u"/trial"_s);
         QVERIFY(trial.open(QIODevice::WriteOnly) && trial.write("rubbish") > 0);
         trial.close();
-        std::ignore = executableToRunInstead(placeOf(stage), "1.0.0", executableOf(placeOf(stage)));
+        std::ignore = executableToRunInstead(placeOf(stage), executableOf(placeOf(stage)));
         QVERIFY(!trial.exists());
         QCOMPARE(stage.installedVersion(), u"1.0.0"_s);
     }

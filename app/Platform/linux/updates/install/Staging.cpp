@@ -71,7 +71,8 @@ fs::path Staging::rootOf(const StagedUpdate& update) const
     const fs::path name = _place.root.filename();
     const fs::path moved = _place.home / "versions" / update.version / name;
     std::error_code ignored;
-    const bool wasMoved = _place.layout == InstallPlace::Layout::Versioned && fs::is_directory(moved, ignored);
+    const bool wasMoved =
+        _place.layout == InstallPlace::Layout::Versioned && fs::is_directory(moved, ignored);
     return wasMoved ? moved : next() / name;
 }
 
@@ -169,8 +170,8 @@ void Staging::removeOldVersions(const std::string& installedVersion)
          it.increment(error))
     {
         const std::string version = it->path().filename();
-        const bool isInUse = it->path() == current || version == installedVersion ||
-                             (waiting && version == waiting->version);
+        const bool isInUse =
+            it->path() == current || version == installedVersion || (waiting && version == waiting->version);
         if (!isInUse && fs::is_directory(it->path() / _place.root.filename()) && !isRunningFrom(it->path()))
             removeAll(it->path());
     }

@@ -40,7 +40,8 @@ public:
 
     [[nodiscard]] std::optional<StagedUpdate> staged() const;
 
-    /// The application's folder of a staged version: in next, or already moved to its place among the versions.
+    /// The application's folder of a staged version: in next, or already moved to its place among the
+    /// versions.
     [[nodiscard]] std::filesystem::path rootOf(const StagedUpdate& update) const;
 
     /// Makes the folder to unpack into, empty and private. Throws UpdateFailure.

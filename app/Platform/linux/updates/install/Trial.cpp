@@ -1,5 +1,6 @@
 #include "Platform/linux/updates/install/Trial.h"
 
+#include "Platform/linux/PropertyList.h"
 #include "Platform/linux/SmallFile.h"
 #include "Platform/linux/updates/UpdateFailure.h"
 #include "Platform/linux/updates/install/Files.h"
@@ -42,6 +43,12 @@ FileIdentity identityOf(const fs::path& file)
 {
     struct stat facts{};
     return ::stat(file.c_str(), &facts) == 0 ? FileIdentity{facts.st_dev, facts.st_ino} : FileIdentity{};
+}
+
+std::string versionOf(const fs::path& bundle)
+{
+    const auto list = PropertyList::read(bundle / "Contents/Info.plist");
+    return list ? list->text("CFBundleVersion").value_or(std::string()) : std::string();
 }
 
 /// The installed executable, when it is not the running one.
@@ -142,8 +149,7 @@ void takeBack(const InstallPlace& place, const Trial& trial)
     forgetTrial(place);
 }
 
-std::optional<fs::path> executableToRunInstead(const InstallPlace& place, std::string_view ownVersion,
-                                               const fs::path& self)
+std::optional<fs::path> executableToRunInstead(const InstallPlace& place, const fs::path& self)
 {
     if (::access(trialFile(place).c_str(), F_OK) != 0)
         return std::nullopt;
@@ -154,7 +160,7 @@ std::optional<fs::path> executableToRunInstead(const InstallPlace& place, std::s
         if (const auto other = otherExecutable(place, running))
             return other;
         if (const auto trial = trialAt(place))
-            actOn(place, *trial, ownVersion);
+            actOn(place, *trial, versionOf(place.root));
         else
             forgetTrial(place);
     } catch (const UpdateFailure& failure) {

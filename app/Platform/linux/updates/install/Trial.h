@@ -51,7 +51,6 @@ void takeBack(const InstallPlace& place, const Trial& trial);
 /// executable to run instead of this one, if another version is installed now. Costs one failed look-up when
 /// nothing is on trial. Never fails: what cannot be read or written leaves this version running.
 [[nodiscard]] std::optional<std::filesystem::path>
-executableToRunInstead(const InstallPlace& place, std::string_view ownVersion,
-                       const std::filesystem::path& self = "/proc/self/exe");
+executableToRunInstead(const InstallPlace& place, const std::filesystem::path& self = "/proc/self/exe");
 
 } // namespace ferrobank::updates
