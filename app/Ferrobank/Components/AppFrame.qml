@@ -13,16 +13,31 @@ Window {
 
     readonly property int padding: Theme.pagePadding
 
-    width: contentWidth + 2 * padding
-    height: Math.max(1, Math.min(holder.height + 2 * padding, Screen.desktopAvailableHeight))
-    minimumWidth: width
-    maximumWidth: width
-    minimumHeight: height
-    maximumHeight: height
+    readonly property int wantedWidth: contentWidth + 2 * padding
+    readonly property int wantedHeight: Math.max(1, Math.min(holder.height + 2 * padding,
+        Screen.desktopAvailableHeight))
+
     flags: Qt.Window | Qt.FramelessWindowHint | Qt.WindowMinimizeButtonHint | Qt.WindowCloseButtonHint
     color: Theme.composited ? "transparent" : Theme.window
 
+    onWantedWidthChanged: fit()
+    onWantedHeightChanged: fit()
+    Component.onCompleted: fit()
     onActiveFocusItemChanged: scroller.reveal(activeFocusItem)
+
+    /// The window manager holds a window within its limits, so they make way before the size changes.
+    function fit(): void {
+        minimumWidth = Math.min(minimumWidth, wantedWidth);
+        minimumHeight = Math.min(minimumHeight, wantedHeight);
+        maximumWidth = Math.max(width, wantedWidth);
+        maximumHeight = Math.max(height, wantedHeight);
+        width = wantedWidth;
+        height = wantedHeight;
+        minimumWidth = wantedWidth;
+        minimumHeight = wantedHeight;
+        maximumWidth = wantedWidth;
+        maximumHeight = wantedHeight;
+    }
 
     Shortcut {
         sequences: [StandardKey.Close]
@@ -40,9 +55,22 @@ Window {
         LayoutMirroring.childrenInherit: true
 
         DragHandler {
+            property bool moving: false
+
             target: null
             grabPermissions: PointerHandler.TakeOverForbidden
-            onActiveChanged: if (active) frame.startSystemMove()
+            // The window manager keeps the release of the button to itself, and what comes after looks like one more
+            // drag of the same press. Only a new press may start a new move.
+            onGrabChanged: transition => {
+                if (transition === PointerDevice.GrabPassive)
+                    moving = false;
+            }
+            onActiveChanged: {
+                if (active && !moving) {
+                    moving = true;
+                    frame.startSystemMove();
+                }
+            }
         }
 
         Flickable {

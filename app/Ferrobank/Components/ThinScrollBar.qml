@@ -13,6 +13,8 @@ T.ScrollBar {
     minimumSize: 0.08
     visible: size < 1
 
+    Accessible.ignored: true
+
     contentItem: Rectangle {
         implicitWidth: 6
         radius: 3

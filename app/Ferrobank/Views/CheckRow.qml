@@ -25,7 +25,7 @@ Item {
     implicitHeight: Math.ceil(Math.max(words.y + words.implicitHeight, remedy.visible ? remedy.y + remedy.height : 0,
         icon.y + icon.height))
 
-    onCheckStateChanged: announcement(qsTr("%1: %2").arg(title).arg(stateWord))
+    onCheckStateChanged: announcement(qsTr("%1: %2").arg(title).arg(CheckRowStyle.word(checkState)))
 
     Accessible.role: Accessible.ListItem
     Accessible.name: qsTr("%1: %2").arg(row.title).arg(row.stateWord)
