@@ -311,9 +311,7 @@ private Q_SLOTS:
         QVERIFY(info.open(QIODevice::ReadOnly));
         const QByteArray facts = info.readAll();
         const QByteArray place = path(u"Ferrobank app"_s).toUtf8().replace(' ', "%20");
-        QVERIFY2(facts.contains("
-Path=" + place + '
-'), facts.constData());
+        QVERIFY2(facts.contains("\nPath=" + place + '\n'), facts.constData());
         QVERIFY(QDir(path(u"current"_s)).isEmpty());
     }
 
