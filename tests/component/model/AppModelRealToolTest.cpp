@@ -5,6 +5,8 @@
 
 #include <QtCore/QFile>
 
+#include <nlohmann/json.hpp>
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using namespace ferrobank;
@@ -15,22 +17,31 @@ namespace {
 
 constexpr int kLimit = 60'000;
 
-QByteArray quotedText(const QString& text)
+using Json = nlohmann::json;
+
+/// One step of a scenario.
+Json step(const char* verb, const Json& value)
 {
-    QByteArray json = text.toUtf8();
-    json.replace('\\', R"(\\)").replace('"', R"(\")").replace('\n', R"(\n)");
-    return '"' + json + '"';
+    return Json::object({{verb, value}});
+}
+
+Json step(const char* verb, const QString& text)
+{
+    return step(verb, Json(text.toStdString()));
 }
 
 /// A rule of a scenario: these arguments, these steps.
-QByteArray rule(const QByteArray& args, const QByteArray& steps)
+Json rule(const Json& args, const Json& steps)
 {
-    return R"({"args": )" + args + R"(, "play": )" + steps + '}';
+    return Json::object({{"args", args}, {"play", steps}});
 }
 
-QByteArray statusRule(const DriveStatus& status)
+const Json kStatusArgs = Json::array({"status", "--json"});
+const Json kCheckArgs = Json::array({"check", "--json"});
+
+Json statusRule(const DriveStatus& status)
 {
-    return rule(R"(["status", "--json"])", R"([{"out": )" + quotedText(toJson(status) + u'\n') + "}]");
+    return rule(kStatusArgs, Json::array({step("out", toJson(status))}));
 }
 
 } // namespace
@@ -44,7 +55,7 @@ private Q_SLOTS:
     void aDayOfPollsLeavesNoChildAndNoDescriptorBehind()
     {
         ScriptedTool tool;
-        play(tool, {statusRule(mountedStatus())});
+        play(tool, Json::array({statusRule(mountedStatus())}));
         ProcessCLI cli(tool.path());
         startOver(cli);
         QTRY_VERIFY_WITH_TIMEOUT(isIdle(), kLimit);
@@ -64,12 +75,18 @@ private Q_SLOTS:
     void checksStreamFromTheToolWithJunkBetweenTheRows()
     {
         ScriptedTool tool;
-        const QByteArray steps =
-            R"([{"out": "starting\n{\"id\":\"running\",\"title\":\"R\",\"sta"}, {"pause": 20},
-            {"out": "te\":\"pass\"}\r\n\n"}, {"out_hex": "fffe0a"},
-            {"out": "{\"id\":\"x\",\"title\":\"X\",\"state\":\"odd\"}\n"}, {"err": "ignored\n"},
-            {"out": "{\"id\":\"x\",\"title\":\"X\",\"state\":\"fail\"}"}, {"exit": 3}])";
-        play(tool, {rule(R"(["check", "--json"])", steps), statusRule(mountedStatus())});
+        const QString passed = line(u"running"_s, State::Pass);
+        const Json steps = Json::array({
+            step("out", u"starting\n"_s + passed.first(30)),
+            step("pause", 20),
+            step("out", passed.sliced(30) + u"\r\n\n"_s),
+            step("out_hex", u"fffe0a"_s),
+            step("out", line(u"x"_s, State::Fail).replace(u"fail"_s, u"odd"_s) + u'\n'),
+            step("err", u"ignored\n"_s),
+            step("out", line(u"x"_s, State::Fail)),
+            step("exit", 3),
+        });
+        play(tool, Json::array({rule(kCheckArgs, steps), statusRule(mountedStatus())}));
         ProcessCLI cli(tool.path());
         startOver(cli);
         runChecks();
@@ -96,11 +113,13 @@ private Q_SLOTS:
     void aToolThatDisappearsMidRunKeepsTheRowsSoFar()
     {
         ScriptedTool tool;
-        const QByteArray steps = R"([{"out": "{\"id\":\"running\",\"title\":\"R\",\"state\":\"pass\"}\n"},
-                                     {"touch": )" +
-                                 tool.quoted(u"begun"_s) + R"(}, {"wait_for": )" + tool.quoted(u"go on"_s) +
-                                 R"(}, {"signal": 9}])";
-        play(tool, {rule(R"(["check", "--json"])", steps), statusRule(mountedStatus())});
+        const Json steps = Json::array({
+            step("out", line(u"running"_s, State::Pass) + u'\n'),
+            step("touch", tool.file(u"begun"_s)),
+            step("wait_for", tool.file(u"go on"_s)),
+            step("signal", 9),
+        });
+        play(tool, Json::array({rule(kCheckArgs, steps), statusRule(mountedStatus())}));
         ProcessCLI cli(tool.path());
         startOver(cli);
         QTRY_VERIFY_WITH_TIMEOUT(model().status().has_value(), kLimit);
@@ -118,7 +137,7 @@ private Q_SLOTS:
     void aToolThatIsReplacedMidRunIsAskedAnewAtTheNextPoll()
     {
         ScriptedTool tool;
-        play(tool, {statusRule(unmountedStatus())});
+        play(tool, Json::array({statusRule(unmountedStatus())}));
         ProcessCLI cli(tool.path());
         startOver(cli);
         QTRY_VERIFY_WITH_TIMEOUT(isIdle(), kLimit);
@@ -126,7 +145,7 @@ private Q_SLOTS:
         QVERIFY(QFile::copy(tool.path(), next.fileName()));
         QVERIFY(QFile::remove(tool.path()));
         QVERIFY(next.rename(tool.path()));
-        play(tool, {statusRule(mountedStatus())});
+        play(tool, Json::array({statusRule(mountedStatus())}));
         advance(5s);
         QTRY_VERIFY_WITH_TIMEOUT(model().status()->mounted, kLimit);
         QTRY_VERIFY_WITH_TIMEOUT(isIdle(), kLimit);
@@ -136,7 +155,8 @@ private Q_SLOTS:
     void uninstallPassesAPathWithSpacesAndQuotesAsOneArgument()
     {
         ScriptedTool tool;
-        play(tool, {rule(R"(["uninstall", "*"])", R"([{"err": "  volume busy\n"}, {"exit": 3}])")});
+        const Json steps = Json::array({step("err", u"  volume busy\n"_s), step("exit", 3)});
+        play(tool, Json::array({rule(Json::array({"uninstall", "*"}), steps)}));
         ProcessCLI cli(tool.path());
         startOver(cli);
         const auto folder = u"/mnt/Ann's \"big\" disk\\%s $HOME ä"_s;
@@ -152,10 +172,10 @@ private Q_SLOTS:
     void aSetupRunUsesTheRealTool()
     {
         ScriptedTool tool;
-        const QByteArray unmounted = R"([{"out": )" + quotedText(toJson(unmountedStatus())) + "}]";
-        const QByteArray mounted = R"([{"out": )" + quotedText(toJson(mountedStatus())) + "}]";
-        play(tool, {R"({"args": ["status", "--json"], "answers": [)" + unmounted + ", " + unmounted + ", " +
-                    unmounted + ", " + mounted + "]}"});
+        const Json unmounted = Json::array({step("out", toJson(unmountedStatus()))});
+        const Json mounted = Json::array({step("out", toJson(mountedStatus()))});
+        const Json answers = Json::array({unmounted, unmounted, unmounted, mounted});
+        play(tool, Json::array({Json::object({{"args", kStatusArgs}, {"answers", answers}})}));
         ProcessCLI cli(tool.path());
         startOver(cli);
         QTRY_VERIFY_WITH_TIMEOUT(isIdle(), kLimit);
@@ -171,9 +191,9 @@ private Q_SLOTS:
     }
 
 private:
-    static void play(const ScriptedTool& tool, const QByteArrayList& rules)
+    static void play(const ScriptedTool& tool, const Json& rules)
     {
-        tool.scenario(R"({"runs": [)" + rules.join(", ") + "]}");
+        tool.scenario(QByteArray::fromStdString(Json::object({{"runs", rules}}).dump()));
     }
 
     void startOver(CLI& cli)
