@@ -175,7 +175,8 @@ const std::map<std::string, std::function<void(const json&)>, std::less<>> kStep
 int play(const json& steps)
 {
     for (const json& step : steps) {
-        const auto& [name, value] = *step.items().begin();
+        const std::string& name = step.begin().key();
+        const json& value = step.begin().value();
         if (name == "exit") {
             return value.get<int>();
         }
