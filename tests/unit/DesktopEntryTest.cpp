@@ -16,8 +16,8 @@ private Q_SLOTS:
     void awkwardLettersAreQuoted_data();
     void awkwardLettersAreQuoted();
     void awkwardProgramsAreReadBack();
-    void programIsTheFirstWord_data();
-    void programIsTheFirstWord();
+    void programIsWhatIsStarted_data();
+    void programIsWhatIsStarted();
     void switches_data();
     void switches();
     void otherGroupsAreLeftAlone();
@@ -48,13 +48,16 @@ void DesktopEntryTest::awkwardLettersAreQuoted_data()
 {
     QTest::addColumn<QByteArray>("program");
     QTest::addColumn<QByteArray>("lines");
-    QTest::newRow("percent") << QByteArray("/a%f") << QByteArray("Exec=\"/a%%f\"\nTryExec=/a%f\n");
+    QTest::newRow("percent") << QByteArray("/a%f")
+                             << QByteArray("Exec=/usr/bin/nice -n 0 \"/a%%f\"\nTryExec=/a%f\n");
     QTest::newRow("dollar") << QByteArray("/a$b") << QByteArray("Exec=\"/a\\\\$b\"\nTryExec=/a$b\n");
-    QTest::newRow("quote") << QByteArray("/a\"b") << QByteArray("Exec=\"/a\\\\\"b\"\nTryExec=/a\"b\n");
+    QTest::newRow("quote") << QByteArray("/a\"b")
+                           << QByteArray("Exec=/usr/bin/nice -n 0 \"/a\\\\\"b\"\nTryExec=/a\"b\n");
     QTest::newRow("tick") << QByteArray("/a`b") << QByteArray("Exec=\"/a\\\\`b\"\nTryExec=/a`b\n");
     QTest::newRow("backslash") << QByteArray("/a\\b")
-                               << QByteArray("Exec=\"/a\\\\\\\\b\"\nTryExec=/a\\\\b\n");
-    QTest::newRow("line break") << QByteArray("/a\nb") << QByteArray("Exec=\"/a\\nb\"\nTryExec=/a\\nb\n");
+                               << QByteArray("Exec=/usr/bin/nice -n 0 \"/a\\\\\\\\b\"\nTryExec=/a\\\\b\n");
+    QTest::newRow("line break") << QByteArray("/a\nb")
+                                << QByteArray("Exec=/usr/bin/nice -n 0 \"/a\\nb\"\nTryExec=/a\\nb\n");
     QTest::newRow("space at the end") << QByteArray("/a ") << QByteArray("Exec=\"/a \"\nTryExec=/a\\s\n");
     QTest::newRow("letters beyond ASCII") << QByteArray("/ä") << QByteArray("Exec=\"/ä\"\nTryExec=/ä\n");
 }
@@ -81,7 +84,7 @@ void DesktopEntryTest::awkwardProgramsAreReadBack()
     }
 }
 
-void DesktopEntryTest::programIsTheFirstWord_data()
+void DesktopEntryTest::programIsWhatIsStarted_data()
 {
     QTest::addColumn<QByteArray>("exec");
     QTest::addColumn<QByteArray>("program");
@@ -90,11 +93,16 @@ void DesktopEntryTest::programIsTheFirstWord_data()
     QTest::newRow("quoted in part") << QByteArray(R"(/a" "b)") << QByteArray("/a b");
     QTest::newRow("doubled percent") << QByteArray("/a%%b") << QByteArray("/a%b");
     QTest::newRow("unknown escape stays") << QByteArray(R"("/a\qb")") << QByteArray("/aqb");
+    QTest::newRow("behind the starter") << QByteArray(R"(/usr/bin/nice -n 0 "/a b" c)") << QByteArray("/a b");
+    QTest::newRow("behind the starter with another value")
+        << QByteArray(R"(/usr/bin/nice -n 5 "/a b")") << QByteArray("/usr/bin/nice");
+    QTest::newRow("the starter alone") << QByteArray("/usr/bin/nice -n 0") << QByteArray("/usr/bin/nice");
+    QTest::newRow("an empty word") << QByteArray(R"("" x)") << QByteArray();
     QTest::newRow("empty") << QByteArray("") << QByteArray();
     QTest::newRow("open quote") << QByteArray(R"("/a b)") << QByteArray();
 }
 
-void DesktopEntryTest::programIsTheFirstWord()
+void DesktopEntryTest::programIsWhatIsStarted()
 {
     QFETCH(QByteArray, exec);
     QFETCH(QByteArray, program);

@@ -37,6 +37,9 @@ public:
         }
     }
 
+    /// Closes now; false when what was written did not reach the file.
+    [[nodiscard]] bool closeChecked() { return !isOpen() || close(std::exchange(_number, -1)) == 0; }
+
 private:
     int _number = -1;
 };

@@ -70,6 +70,17 @@ std::optional<bool> PropertyList::flag(const char* key) const
     return flagOf(plist_dict_get_item(_root.get(), key));
 }
 
+std::optional<std::uint64_t> PropertyList::number(const char* key) const
+{
+    plist_t node = plist_dict_get_item(_root.get(), key);
+    if (!PLIST_IS_UINT(node)) {
+        return std::nullopt;
+    }
+    std::uint64_t value = 0;
+    plist_get_uint_val(node, &value);
+    return value;
+}
+
 std::optional<bool> PropertyList::flag(const char* dictionary, const char* key) const
 {
     plist_t node = plist_dict_get_item(_root.get(), dictionary);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -24,6 +25,8 @@ public:
 
     [[nodiscard]] std::optional<std::string> text(const char* key) const;
     [[nodiscard]] std::optional<bool> flag(const char* key) const;
+    /// A whole number that is not negative.
+    [[nodiscard]] std::optional<std::uint64_t> number(const char* key) const;
     /// The flag `key` of the dictionary under `dictionary`.
     [[nodiscard]] std::optional<bool> flag(const char* dictionary, const char* key) const;
     /// Nothing also if one element of the array is not a text.

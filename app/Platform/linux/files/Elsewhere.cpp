@@ -1,11 +1,16 @@
 #include "Platform/linux/files/Elsewhere.h"
 
+#include "Platform/Latch.h"
+#include "Platform/linux/Descriptor.h"
+
+#include <QtCore/QScopedPointer>
 #include <QtCore/QSocketNotifier>
 #include <QtCore/QTimer>
 
 #include <sys/eventfd.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdint>
 #include <exception>
 #include <system_error>

@@ -1,13 +1,9 @@
 #pragma once
 
-#include "Platform/Latch.h"
-#include "Platform/linux/Descriptor.h"
-
 #include <QCoro/QCoroTask>
 #include <QtCore/QHash>
 #include <QtCore/QString>
 
-#include <atomic>
 #include <chrono>
 #include <functional>
 #include <memory>

@@ -6,7 +6,10 @@
 #include "Platform/linux/login/RegistryFailure.h"
 #include "Platform/linux/login/ServiceUnit.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <system_error>
 #include <utility>
@@ -28,6 +31,19 @@ std::filesystem::path resolved(const std::filesystem::path& path)
     std::error_code error;
     std::filesystem::path result = std::filesystem::weakly_canonical(path, error);
     return error ? path : result;
+}
+
+/// The manager writes its links as the user, but its words for a folder that it cannot write mislead.
+void requireWritable(const std::filesystem::path& folder)
+{
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
+    if (!error && access(folder.c_str(), W_OK) != 0) {
+        error = {errno, std::generic_category()};
+    }
+    if (error) {
+        throw cannotWrite(folder, error.message());
+    }
 }
 
 } // namespace
@@ -159,6 +175,7 @@ void AgentService::registerUnit(UserSwitch userSwitch)
     if (switchedOff && userSwitch == UserSwitch::Respect) {
         throw switchedOffByUser(kWhat);
     }
+    requireWritable(_folders.unitSwitches());
     if (word.starts_with("masked")) {
         _manager.unmask(kUnit);
     }

@@ -3,14 +3,19 @@
 #include "Platform/linux/login/GroupedKeys.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <initializer_list>
+#include <utility>
+#include <vector>
 
 namespace ferrobank {
 
 namespace {
 
 constexpr std::string_view kGroup = "Desktop Entry";
+
+constexpr std::array<std::string_view, 3> kStarter{"/usr/bin/nice", "-n", "0"};
 
 std::string escapedValue(std::string_view value)
 {
@@ -79,27 +84,60 @@ std::string quotedArgument(std::string_view argument)
     return result;
 }
 
-std::optional<std::filesystem::path> firstWord(std::string_view exec)
+/// The words of an Exec value; nothing if a quote is left open.
+std::optional<std::vector<std::string>> splitExec(std::string_view exec)
 {
-    std::string word;
+    std::vector<std::string> words;
+    bool inWord = false;
     bool inQuotes = false;
     for (std::size_t index = 0; index < exec.size(); ++index) {
         const char character = exec[index];
         const bool hasNext = index + 1 < exec.size();
+        if (!inQuotes && (character == ' ' || character == '\t')) {
+            inWord = false;
+            continue;
+        }
+        if (!inWord) {
+            words.emplace_back();
+            inWord = true;
+        }
         if (character == '"') {
             inQuotes = !inQuotes;
         } else if (inQuotes && character == '\\' && hasNext) {
-            word += exec[++index];
+            words.back() += exec[++index];
         } else if (character == '%' && hasNext && exec[index + 1] == '%') {
-            word += '%';
+            words.back() += '%';
             ++index;
-        } else if (!inQuotes && (character == ' ' || character == '\t')) {
-            break;
         } else {
-            word += character;
+            words.back() += character;
         }
     }
-    return word.empty() || inQuotes ? std::nullopt : std::optional<std::filesystem::path>(word);
+    return inQuotes ? std::nullopt : std::optional(std::move(words));
+}
+
+std::optional<std::filesystem::path> programOf(std::string_view exec)
+{
+    const std::optional<std::vector<std::string>> words = splitExec(exec);
+    if (!words) {
+        return std::nullopt;
+    }
+    const bool isStarted =
+        words->size() > kStarter.size() && std::equal(kStarter.begin(), kStarter.end(), words->begin());
+    const std::size_t index = isStarted ? kStarter.size() : 0;
+    return words->size() <= index || words->at(index).empty()
+               ? std::nullopt
+               : std::optional<std::filesystem::path>(words->at(index));
+}
+
+/// Desktops look for the first word with its percent signs still doubled, and service managers refuse a
+/// program whose path holds one of the others. Both accept them in an argument of another program, here of
+/// one that changes nothing and becomes the program.
+bool needsStarter(std::string_view program)
+{
+    return std::any_of(program.begin(), program.end(), [](char character) {
+        return std::string_view("%\"'\\").find(character) != std::string_view::npos ||
+               (character >= 0 && character < ' ') || character == '\x7f';
+    });
 }
 
 bool isOneOf(const std::optional<std::string>& value, std::initializer_list<std::string_view> words)
@@ -118,7 +156,14 @@ bool isOneOf(const std::optional<std::string>& value, std::initializer_list<std:
 
 std::string desktopEntryText(const EntryTitle& title, const CommandLine& command)
 {
-    std::string exec = quotedArgument(command.program.native());
+    std::string exec;
+    if (needsStarter(command.program.native())) {
+        for (const std::string_view word : kStarter) {
+            exec += word;
+            exec += ' ';
+        }
+    }
+    exec += quotedArgument(command.program.native());
     for (const std::string& argument : command.arguments) {
         exec += ' ' + quotedArgument(argument);
     }
@@ -140,7 +185,7 @@ DesktopEntry parseDesktopEntry(std::string_view text)
     const GroupedKeys keys(text);
     DesktopEntry entry;
     if (const auto exec = keys.value(kGroup, "Exec")) {
-        entry.program = firstWord(unescapedValue(*exec));
+        entry.program = programOf(unescapedValue(*exec));
     }
     // Desktops also write the words of older versions of the format.
     entry.switchedOff = isOneOf(keys.value(kGroup, "Hidden"), {"true", "1", "yes", "on"}) ||

@@ -14,7 +14,7 @@ namespace ferrobank {
 /// Source of the format: freedesktop.org Desktop Entry Specification (escapes of values, "The Exec key") and
 /// Desktop Application Autostart Specification; the second switch is the one of GNOME and older tools.
 struct DesktopEntry {
-    std::optional<std::filesystem::path> program; ///< the first word of Exec, however it is quoted
+    std::optional<std::filesystem::path> program; ///< what Exec starts, however it is quoted
     bool switchedOff = false;                     ///< Hidden=true or X-GNOME-Autostart-enabled=false
 };
 

@@ -1,0 +1,145 @@
+import QtQuick
+import QtQuick.Window
+import QtQuick.Templates as T
+import Ferrobank
+
+/// The application's kind of window: no title bar, its own controls in the top corner, moved by its background,
+/// as large as its content and never taller than the display; then the content scrolls.
+Window {
+    id: frame
+
+    required property int contentWidth
+    default property alias content: holder.data
+
+    readonly property int padding: Theme.pagePadding
+
+    readonly property int wantedWidth: contentWidth + 2 * padding
+    readonly property int wantedHeight: Math.max(1, Math.min(holder.height + 2 * padding,
+        Screen.desktopAvailableHeight))
+
+    flags: Qt.Window | Qt.FramelessWindowHint | Qt.WindowMinimizeButtonHint | Qt.WindowCloseButtonHint
+    color: Theme.composited ? "transparent" : Theme.window
+
+    onWantedWidthChanged: fit()
+    onWantedHeightChanged: fit()
+    Component.onCompleted: fit()
+    onActiveFocusItemChanged: scroller.reveal(activeFocusItem)
+
+    /// The window manager holds a window within its limits, so they make way before the size changes.
+    function fit(): void {
+        minimumWidth = Math.min(minimumWidth, wantedWidth);
+        minimumHeight = Math.min(minimumHeight, wantedHeight);
+        maximumWidth = Math.max(width, wantedWidth);
+        maximumHeight = Math.max(height, wantedHeight);
+        width = wantedWidth;
+        height = wantedHeight;
+        minimumWidth = wantedWidth;
+        minimumHeight = wantedHeight;
+        maximumWidth = wantedWidth;
+        maximumHeight = wantedHeight;
+    }
+
+    Shortcut {
+        sequences: [StandardKey.Close]
+        onActivated: frame.close()
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        radius: Theme.composited ? 12 : 0
+        color: Theme.window
+        border.width: 1
+        border.color: Theme.hairline
+
+        LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
+        LayoutMirroring.childrenInherit: true
+
+        DragHandler {
+            property bool moving: false
+
+            target: null
+            grabPermissions: PointerHandler.TakeOverForbidden
+            // The window manager keeps the release of the button to itself, and what comes after looks like one more
+            // drag of the same press. Only a new press may start a new move.
+            onGrabChanged: transition => {
+                if (transition === PointerDevice.GrabPassive)
+                    moving = false;
+            }
+            onActiveChanged: {
+                if (active && !moving) {
+                    moving = true;
+                    frame.startSystemMove();
+                }
+            }
+        }
+
+        Flickable {
+            id: scroller
+
+            anchors.fill: parent
+            contentHeight: holder.height + 2 * frame.padding
+            interactive: contentHeight > height
+            boundsBehavior: Flickable.StopAtBounds
+            clip: interactive
+            T.ScrollBar.vertical: ThinScrollBar {
+                parent: scroller.parent
+                anchors.top: parent.top
+                anchors.topMargin: frame.padding + 4
+                anchors.bottom: parent.bottom
+                anchors.bottomMargin: 12
+                anchors.right: parent.right
+                anchors.rightMargin: 3
+            }
+
+            function reveal(item: Item): void {
+                if (!interactive || !item) {
+                    return;
+                }
+                let ancestor = item;
+                while (ancestor && ancestor !== holder) {
+                    ancestor = ancestor.parent;
+                }
+                if (!ancestor) {
+                    return;
+                }
+                const place = item.mapToItem(scroller.contentItem, 0, 0, item.width, item.height);
+                const margin = frame.padding;
+                if (place.y - margin < contentY) {
+                    contentY = Math.max(0, place.y - margin);
+                } else if (place.y + place.height + margin > contentY + height) {
+                    contentY = Math.min(contentHeight - height, place.y + place.height + margin - height);
+                }
+            }
+
+            Item {
+                id: holder
+
+                x: frame.padding
+                y: frame.padding
+                width: frame.contentWidth
+                height: Math.ceil(childrenRect.height)
+            }
+        }
+
+        Row {
+            anchors.top: parent.top
+            anchors.right: parent.right
+            anchors.margins: 8
+            spacing: 2
+
+            WindowControl {
+                objectName: "minimise"
+                symbol: "minus"
+                text: qsTr("Minimise")
+                onClicked: frame.showMinimized()
+            }
+
+            WindowControl {
+                objectName: "close"
+                symbol: "xmark"
+                text: qsTr("Close")
+                onClicked: frame.close()
+            }
+        }
+    }
+}

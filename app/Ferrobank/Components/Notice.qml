@@ -1,0 +1,38 @@
+import QtQuick
+import Ferrobank
+
+/// A symbol and a sentence beside it, shown whole however long it is.
+Item {
+    id: notice
+
+    required property string symbol
+    required property string text
+
+    implicitHeight: Math.max(words.implicitHeight, icon.height)
+
+    SymbolImage {
+        id: icon
+
+        anchors.left: parent.left
+        y: (metrics.height - height) / 2
+        name: notice.symbol
+        color: Theme.accentText
+        width: 18
+        height: 18
+    }
+
+    FontMetrics {
+        id: metrics
+
+        font: words.font
+    }
+
+    BodyText {
+        id: words
+
+        anchors.left: icon.right
+        anchors.leftMargin: 10
+        anchors.right: parent.right
+        text: notice.text
+    }
+}

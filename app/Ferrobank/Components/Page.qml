@@ -1,0 +1,64 @@
+import QtQuick
+import QtQuick.Window
+import Ferrobank
+
+/// The frame of a screen: a title block, the content, and a row of buttons at the trailing edge.
+Item {
+    id: page
+
+    required property string title
+    /// No line is kept for an empty one.
+    property string subtitle: ""
+    default property alias content: body.data
+    property alias buttons: actions.data
+
+    /// The height that the content may take before the window outgrows the display.
+    readonly property real roomForContent: Math.max(200, Screen.desktopAvailableHeight - 2 * Theme.pagePadding
+        - head.height - actions.height - 2 * blocks.spacing)
+
+    implicitHeight: blocks.implicitHeight
+
+    Column {
+        id: blocks
+
+        width: parent.width
+        spacing: 20
+
+        Column {
+            id: head
+
+            width: parent.width
+            spacing: 6
+
+            HeadingText {
+                objectName: "pageTitle"
+                width: parent.width
+                text: page.title
+            }
+
+            BodyText {
+                objectName: "pageSubtitle"
+                width: parent.width
+                visible: page.subtitle !== ""
+                text: page.subtitle
+                color: Theme.secondary
+            }
+        }
+
+        Item {
+            id: body
+
+            width: parent.width
+            implicitHeight: childrenRect.height
+            visible: children.length > 0
+        }
+
+        Row {
+            id: actions
+
+            objectName: "pageButtons"
+            anchors.right: parent.right
+            spacing: 10
+        }
+    }
+}

@@ -1,0 +1,8 @@
+import QtQuick
+import Ferrobank
+
+/// The faint rounded ground that holds things which belong together.
+Rectangle {
+    radius: 12
+    color: Theme.panel
+}

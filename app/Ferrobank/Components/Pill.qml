@@ -1,0 +1,43 @@
+import QtQuick
+import Ferrobank
+
+/// A symbol and a word on a ground of their own colour.
+Rectangle {
+    id: pill
+
+    required property string symbol
+    required property string text
+    required property color tint
+
+    implicitWidth: face.implicitWidth + 20
+    implicitHeight: face.implicitHeight + 6
+    radius: height / 2
+    color: Qt.rgba(tint.r, tint.g, tint.b, 0.15)
+
+    Accessible.role: Accessible.StaticText
+    Accessible.name: pill.text
+
+    Row {
+        id: face
+
+        anchors.centerIn: parent
+        spacing: 5
+
+        SymbolImage {
+            anchors.verticalCenter: parent.verticalCenter
+            name: pill.symbol
+            color: pill.tint
+            width: 14
+            height: 14
+        }
+
+        Text {
+            anchors.verticalCenter: parent.verticalCenter
+            text: pill.text
+            font: Theme.calloutMedium
+            color: pill.tint
+            textFormat: Text.PlainText
+            Accessible.ignored: true
+        }
+    }
+}

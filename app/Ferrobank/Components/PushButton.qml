@@ -1,0 +1,105 @@
+import QtQuick
+import QtQuick.Templates as T
+import Ferrobank
+
+/// A button. At most one on a screen is its default action, which Return presses wherever the focus is; at most
+/// one its cancel action, on Escape. Without a default action Return presses the button that has the focus.
+T.Button {
+    id: button
+
+    enum Look { Bordered, Prominent, Destructive }
+
+    property int look: PushButton.Bordered
+    property bool defaultAction: false
+    property bool cancelAction: false
+    /// Lower, for a button beside a line of text.
+    property bool compact: false
+    /// Name of a symbol before the title; none when empty.
+    property string symbol: ""
+
+    readonly property bool filled: look !== PushButton.Bordered
+    readonly property color ink: look === PushButton.Prominent ? Theme.onAccent
+        : look === PushButton.Destructive ? Theme.onDanger : Theme.primary
+    readonly property color fill: look === PushButton.Prominent ? Theme.accent
+        : look === PushButton.Destructive ? Theme.danger : Theme.control
+
+    font: filled ? Theme.bodyMedium : Theme.body
+    focusPolicy: Qt.TabFocus
+    horizontalPadding: compact ? 11 : 14
+    verticalPadding: compact ? 3 : 5
+    spacing: 6
+    implicitHeight: Math.max(compact ? 26 : 30, implicitContentHeight + topPadding + bottomPadding)
+    implicitWidth: Math.ceil(Math.max(compact ? 0 : 72, implicitContentWidth + leftPadding + rightPadding))
+    opacity: enabled ? 1 : 0.5
+
+    Accessible.role: Accessible.Button
+    Accessible.name: button.text
+    Accessible.description: button.enabled ? "" : qsTr("dimmed")
+    Accessible.onPressAction: if (button.enabled) button.clicked()
+
+    Keys.onReturnPressed: button.clicked()
+    Keys.onEnterPressed: button.clicked()
+
+    Shortcut {
+        sequences: ["Return", "Enter"]
+        enabled: button.defaultAction && button.enabled && button.visible
+        autoRepeat: false
+        onActivated: button.clicked()
+    }
+
+    Shortcut {
+        sequence: "Escape"
+        enabled: button.cancelAction && button.enabled && button.visible
+        autoRepeat: false
+        onActivated: button.clicked()
+    }
+
+    contentItem: Item {
+        implicitWidth: face.implicitWidth
+        implicitHeight: face.implicitHeight
+
+        Row {
+            id: face
+
+            anchors.centerIn: parent
+            spacing: button.spacing
+
+            SymbolImage {
+                anchors.verticalCenter: parent.verticalCenter
+                visible: button.symbol !== ""
+                name: button.symbol
+                color: button.ink
+                width: 15
+                height: 15
+            }
+
+            Text {
+                anchors.verticalCenter: parent.verticalCenter
+                text: button.text
+                font: button.font
+                color: button.ink
+                textFormat: Text.PlainText
+                Accessible.ignored: true
+            }
+        }
+    }
+
+    background: Rectangle {
+        radius: 7
+        color: button.fill
+        border.width: button.filled ? 0 : 1
+        border.color: button.defaultAction ? Theme.focusRing : Theme.border
+
+        Rectangle {
+            anchors.fill: parent
+            radius: parent.radius
+            color: Theme.dark ? "white" : "black"
+            opacity: button.down ? 0.12 : button.hovered ? 0.05 : 0
+        }
+
+        FocusRing {
+            shown: button.visualFocus
+            around: 7
+        }
+    }
+}

@@ -1,0 +1,75 @@
+import QtQuick
+import Ferrobank
+
+/// The outcome of the checks in one line, and the way to them.
+Item {
+    id: health
+
+    required property DashboardPresenter presenter
+
+    implicitHeight: Math.max(words.implicitHeight, run.height)
+
+    Item {
+        id: slot
+
+        anchors.left: parent.left
+        anchors.verticalCenter: parent.verticalCenter
+        width: 24
+        height: 24
+
+        Loader {
+            anchors.centerIn: parent
+            active: health.presenter.healthRunning
+            sourceComponent: Spinner {
+                objectName: "healthSpinner"
+                label: health.presenter.healthText
+            }
+        }
+
+        SymbolImage {
+            objectName: "healthSymbol"
+            anchors.centerIn: parent
+            visible: !health.presenter.healthRunning
+            name: health.presenter.healthSymbol
+            color: Theme.tints[health.presenter.healthTint]
+            width: 22
+            height: 22
+        }
+    }
+
+    Column {
+        id: words
+
+        anchors.left: slot.right
+        anchors.leftMargin: 10
+        anchors.right: run.left
+        anchors.rightMargin: 16
+        anchors.verticalCenter: parent.verticalCenter
+        spacing: 2
+
+        BodyText {
+            objectName: "healthText"
+            width: parent.width
+            text: health.presenter.healthText
+        }
+
+        SelectableText {
+            objectName: "healthNote"
+            width: parent.width
+            visible: text !== ""
+            text: health.presenter.healthNote
+            font: Theme.callout
+            color: Theme.secondary
+        }
+    }
+
+    PushButton {
+        id: run
+
+        objectName: "runChecks"
+        anchors.right: parent.right
+        anchors.verticalCenter: parent.verticalCenter
+        text: qsTr("Run Checks")
+        onClicked: health.presenter.runChecks()
+    }
+}

@@ -1,0 +1,117 @@
+#include "Ferrobank/FerrobankApp/FerrobankApp.h"
+
+#include "Ferrobank/FerrobankApp/LaunchRule.h"
+#include "Platform/Bundle.h"
+#include "Platform/UpdateController.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QDir>
+#include <QtGui/QGuiApplication>
+#include <QtGui/QSessionManager>
+
+namespace ferrobank {
+
+namespace {
+
+QString text(const std::filesystem::path& path)
+{
+    return QString::fromStdString(path);
+}
+
+} // namespace
+
+FerrobankApp::FerrobankApp(DesktopSession& session)
+    : _statusItem(session.makeStatusItem()),
+      _system(System::make({
+          .openLoginItems = [this] { _windows->openLoginItems(); },
+          .tell = [this](const QString& words) { _windows->showAlert(words); },
+          .explain = [this](const QString& words) { return _windows->askToGoOn(words); },
+          .activationToken = [this] { return _menu->takeActivationToken(); },
+          .quit = [this] { _windows->quit(); },
+      })),
+      _cli(text(Bundle::main().driveTool())), _service(_system->registry()),
+      _commandLineTool(_cli.url(), _system->privilegedLink()),
+      _model(std::make_unique<AppModel>(ModelCollaborators{
+          .cli = _cli,
+          .service = _service,
+          .commandLineTool = _commandLineTool,
+          .workspace = _system->workspace(),
+          .settingsPages = _system->settingsPages(),
+          .defaults = _system->defaults(),
+          .volumes = _system->volumes(),
+          .clock = _system->clock(),
+          .home = QDir::homePath(),
+          .volumeIcon = text(Bundle::main().resource("VolumeIcon.icns")),
+      })),
+      _windows(std::make_unique<Windows>(WindowsCollaborators{
+          .model = *_model,
+          .service = _service,
+          .commandLineTool = _commandLineTool,
+          .workspace = _system->workspace(),
+          .settingsPages = _system->settingsPages(),
+          .volumes = _system->volumes(),
+          .registry = _system->registry(),
+          .home = QDir::homePath(),
+          .bundle = text(Bundle::main().root()),
+      })),
+      _updater(std::make_unique<Updater>(UpdaterCollaborators{
+          .makeController = [this](UpdateDelegate& delegate) { return _system->makeUpdateController(delegate, _windows->updates()); },
+          .setupComplete = [this] { return _model->setupComplete(); },
+          .windows = presentWindows,
+      })),
+      _systemChanges(session.watchSystem()),
+      _menu(std::make_unique<TrayMenu>(TrayMenuCollaborators{
+          .model = *_model,
+          .commandLineTool = _commandLineTool,
+          .workspace = _system->workspace(),
+          .item = *_statusItem,
+          .systemChanges = *_systemChanges,
+          .openWindow = [this](const QString& token) { _windows->openMain(token); },
+          .checkForUpdates = [this] { _updater->checkForUpdates(); },
+          .showAlert = [this](const QString& words) { _windows->showAlert(words); },
+          .quit = [this] { _windows->quit(); },
+      })),
+      _terminationSignals(TerminationSignals::watch([] { QCoreApplication::quit(); }))
+{
+    connect(_statusItem.get(), &StatusItem::activated, this, &FerrobankApp::openWindow);
+    connect(_windows.get(), &Windows::closed, this, [this] { _updater->reconsider(); });
+    connect(_model.get(), &AppModel::setupCompleteChanged, this, [this] { _updater->reconsider(); });
+    session.instance().serve([this](const InstanceRequest& request) { return carryOut(request); });
+
+    // The entry for login starts the program again; a session that restores it as well would start it twice.
+    const auto neverRestart = [](QSessionManager& manager) { manager.setRestartHint(QSessionManager::RestartNever); };
+    connect(qGuiApp, &QGuiApplication::saveStateRequest, this, neverRestart);
+    connect(qGuiApp, &QGuiApplication::commitDataRequest, this, neverRestart);
+}
+
+FerrobankApp::~FerrobankApp() = default;
+
+void FerrobankApp::launch(const QString& activationToken)
+{
+    if (!_model->setupComplete()) {
+        _windows->openMain(activationToken);
+    }
+}
+
+bool FerrobankApp::carryOut(const InstanceRequest& request)
+{
+    if (request.action.isEmpty()) {
+        openWindow(request.activationToken);
+        return true;
+    }
+    const std::optional<MenuItem> item = menuItemFromAction(request.action);
+    if (item) {
+        _menu->choose(*item, request.activationToken);
+    }
+    return item.has_value();
+}
+
+void FerrobankApp::openWindow(const QString& activationToken)
+{
+    if (!_windows->mainIsVisible()) {
+        _model->setScreen(screenForOpening(_model->setupComplete(), _model->screen(), _model->uninstallState()));
+    }
+    _windows->openMain(activationToken);
+}
+
+} // namespace ferrobank

@@ -1,0 +1,50 @@
+import QtQuick
+import QtQuick.Templates as T
+import Ferrobank
+
+/// Rows of checks or setup tasks in the order of their model, which has the roles of CheckItemModel. Takes the
+/// height of its rows up to `maximumHeight`, then scrolls; only rows in sight exist.
+ListView {
+    id: list
+
+    property real maximumHeight: Infinity
+    /// Whether rows show the button for their remedy.
+    property bool offersFixes: false
+
+    signal fixWanted(int action)
+
+    implicitHeight: Math.min(contentHeight, maximumHeight)
+    height: implicitHeight
+    spacing: 14
+    cacheBuffer: 1200
+    interactive: contentHeight > height
+    boundsBehavior: Flickable.StopAtBounds
+    clip: interactive
+    // Room for what reaches beyond the first and last row: a button and its focus ring.
+    topMargin: interactive ? 6 : 0
+    bottomMargin: topMargin
+    keyNavigationEnabled: false
+
+    Accessible.role: Accessible.List
+
+    T.ScrollBar.vertical: ThinScrollBar {}
+
+    delegate: CheckRow {
+        width: ListView.view.width - (list.interactive ? 14 : 0)
+        offersFixes: list.offersFixes
+        onFixWanted: action => list.fixWanted(action)
+        onAnnouncement: words => announcer.say(words)
+    }
+
+    add: Transition {
+        enabled: !Theme.reducedMotion
+
+        NumberAnimation { property: "opacity"; from: 0; to: 1; duration: 150 }
+    }
+
+    Announcer {
+        id: announcer
+
+        objectName: "announcer"
+    }
+}

@@ -1,0 +1,95 @@
+import QtQuick
+import Ferrobank
+
+/// One check or setup task: its state, its words and, where the list offers remedies, the button for its own.
+Item {
+    id: row
+
+    required property string title
+    required property int checkState
+    required property string detail
+    required property bool hasDetail
+    required property string fix
+    required property bool hasFix
+    required property int action
+    required property bool hasAction
+    property bool offersFixes: false
+
+    readonly property string stateWord: CheckRowStyle.word(checkState)
+    /// Middle of the icon, of the title's first line and of the button.
+    readonly property real firstLine: icon.y + icon.height / 2
+
+    signal fixWanted(int action)
+    signal announcement(string words)
+
+    implicitHeight: Math.ceil(Math.max(words.y + words.implicitHeight, remedy.visible ? remedy.y + remedy.height : 0,
+        icon.y + icon.height))
+
+    onCheckStateChanged: announcement(qsTr("%1: %2").arg(title).arg(CheckRowStyle.word(checkState)))
+
+    Accessible.role: Accessible.ListItem
+    Accessible.name: qsTr("%1: %2").arg(row.title).arg(row.stateWord)
+    Accessible.description: [row.detail, row.fix].filter(text => text !== "").join(" ")
+
+    StateIcon {
+        id: icon
+
+        objectName: "stateIcon"
+        anchors.left: parent.left
+        y: 3
+        checkState: row.checkState
+    }
+
+    FontMetrics {
+        id: metrics
+
+        font: Theme.body
+    }
+
+    Column {
+        id: words
+
+        y: Math.round(row.firstLine - metrics.height / 2)
+        anchors.left: icon.right
+        anchors.leftMargin: 10
+        anchors.right: remedy.visible ? remedy.left : parent.right
+        anchors.rightMargin: remedy.visible ? 16 : 0
+        spacing: 2
+
+        BodyText {
+            objectName: "rowTitle"
+            width: parent.width
+            text: row.title
+        }
+
+        SelectableText {
+            objectName: "rowDetail"
+            width: parent.width
+            visible: row.hasDetail
+            text: row.detail
+            font: Theme.callout
+            color: Theme.secondary
+        }
+
+        SelectableText {
+            objectName: "rowAdvice"
+            width: parent.width
+            visible: row.hasFix
+            text: row.fix
+            font: Theme.callout
+            color: Theme.secondary
+        }
+    }
+
+    PushButton {
+        id: remedy
+
+        objectName: "rowFix"
+        anchors.right: parent.right
+        y: Math.round(row.firstLine - height / 2)
+        visible: row.hasAction && row.offersFixes
+        compact: true
+        text: CheckRowStyle.fixTitle(row.action)
+        onClicked: row.fixWanted(row.action)
+    }
+}

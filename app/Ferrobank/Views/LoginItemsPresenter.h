@@ -1,0 +1,80 @@
+#pragma once
+
+#include "Ferrobank/Views/MainWindow.h"
+#include "Platform/LoginItemRegistry.h"
+
+#include <QtCore/QObject>
+#include <QtCore/QString>
+#include <QtQml/qqmlregistration.h>
+
+namespace ferrobank {
+
+/// One switch of the Login Items window. Main thread; owned by the LoginItemsPresenter.
+class LoginItemRow : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("made by the window")
+
+    Q_PROPERTY(bool on READ isOn NOTIFY changed)
+    Q_PROPERTY(bool available READ isAvailable NOTIFY changed)
+    Q_PROPERTY(QString state READ state NOTIFY changed)
+    Q_PROPERTY(QString failure READ failure NOTIFY changed)
+
+public:
+    LoginItemRow(LoginItemRegistry& registry, LoginService service);
+
+    [[nodiscard]] bool isOn() const { return _status == LoginServiceStatus::Enabled; }
+
+    /// There is something that could be switched.
+    [[nodiscard]] bool isAvailable() const { return _status != LoginServiceStatus::NotFound; }
+
+    /// In words what is on.
+    [[nodiscard]] QString state() const;
+
+    /// Why the last switch did not work; empty otherwise.
+    [[nodiscard]] QString failure() const { return _failure; }
+
+    /// The user's own click: may undo an earlier switch-off.
+    Q_INVOKABLE void setOn(bool on);
+
+    void refresh();
+
+Q_SIGNALS:
+    void changed();
+
+private:
+    [[nodiscard]] QString stateOfAgent() const;
+    [[nodiscard]] QString stateOfMenu() const;
+
+    LoginItemRegistry& _registry;
+    LoginService _service;
+    LoginServiceStatus _status;
+    QString _failure;
+};
+
+/// The Login Items window: both services of this application and a switch for each. Main thread; lives as
+/// long as the window. Asks the registry anew whenever the window becomes active and at every poll of the
+/// drive.
+class LoginItemsPresenter : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("made by the window")
+
+    Q_PROPERTY(ferrobank::LoginItemRow* agent READ agent CONSTANT)
+    Q_PROPERTY(ferrobank::LoginItemRow* menu READ menu CONSTANT)
+
+public:
+    explicit LoginItemsPresenter(const WindowCollaborators& with);
+
+    [[nodiscard]] LoginItemRow* agent() { return &_agent; }
+
+    [[nodiscard]] LoginItemRow* menu() { return &_menu; }
+
+    Q_INVOKABLE void refresh();
+
+private:
+    LoginItemRow _agent;
+    LoginItemRow _menu;
+};
+
+} // namespace ferrobank

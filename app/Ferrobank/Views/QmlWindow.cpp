@@ -1,0 +1,174 @@
+#include "Ferrobank/Views/QmlWindow.h"
+
+#include "Ferrobank/Components/Theme.h"
+#include "Ferrobank/Views/LoginItemsPresenter.h"
+#include "Ferrobank/Views/RootPresenter.h"
+
+#include <QtCore/QEvent>
+#include <QtGui/QGuiApplication>
+#include <QtGui/QPalette>
+#include <QtQuick/QQuickWindow>
+
+namespace ferrobank {
+
+namespace {
+
+using namespace Qt::StringLiterals;
+
+// Where no theme sets one, Qt's own palette carries this blue; it says nothing about the desktop.
+constexpr QRgb kQtHighlight = 0xff308cc6;
+
+bool isDark(const QPalette& palette)
+{
+    return palette.color(QPalette::WindowText).lightness() > palette.color(QPalette::Window).lightness();
+}
+
+// A running spinner takes a whole core where no graphics card helps; the software renderer needs next to nothing
+// for screens like these. Can be said only once in a process.
+void chooseRenderer()
+{
+    static const bool chosen = [] {
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+        QQuickWindow::setDefaultAlphaBuffer(true);
+        return true;
+    }();
+    Q_UNUSED(chosen)
+}
+
+QColor accentOf(const QPalette& palette)
+{
+    const QColor highlight = palette.color(QPalette::Highlight);
+    return highlight.rgb() == kQtHighlight ? QColor() : highlight;
+}
+
+} // namespace
+
+QmlWindow::QmlWindow(Scene scene, WindowHost& host)
+    : _scene(std::move(scene)), _host(host), _desktop(DesktopAppearance::make())
+{
+    chooseRenderer();
+    qGuiApp->installEventFilter(this);
+}
+
+QmlWindow::~QmlWindow()
+{
+    _engine.reset();
+}
+
+QmlWindow::Scene QmlWindow::mainScene(const WindowCollaborators& with)
+{
+    return {QUrl(u"qrc:/qt/qml/Ferrobank/Main.qml"_s),
+            [with] { return std::unique_ptr<QObject>(new RootPresenter(with)); }};
+}
+
+QmlWindow::Scene QmlWindow::loginItemsScene(const WindowCollaborators& with)
+{
+    return {QUrl(u"qrc:/qt/qml/Ferrobank/Views/LoginItems.qml"_s),
+            [with] { return std::unique_ptr<QObject>(new LoginItemsPresenter(with)); }};
+}
+
+void QmlWindow::open(const QString& activationToken)
+{
+    if (_window != nullptr && !_window->isVisible()) {
+        tearDown();
+    }
+    if (_window == nullptr) {
+        build();
+    }
+    if (!activationToken.isEmpty()) {
+        // Where Qt's Wayland plugin looks for the token that lets a window take the focus.
+        qputenv("XDG_ACTIVATION_TOKEN", activationToken.toUtf8());
+    }
+    if (_window->visibility() == QWindow::Minimized) {
+        _window->showNormal();
+    } else {
+        _window->show();
+    }
+    _window->raise();
+    _window->requestActivate();
+}
+
+void QmlWindow::build()
+{
+    _presenter = _scene.makePresenter();
+    _engine = std::make_unique<QQmlApplicationEngine>();
+    _engine->addImportPath(u"qrc:/qt/qml"_s);
+    _engine->setInitialProperties({{u"presenter"_s, QVariant::fromValue(_presenter.get())}});
+    _engine->load(_scene.document);
+    const auto roots = _engine->rootObjects();
+    _window = roots.isEmpty() ? nullptr : qobject_cast<QQuickWindow*>(roots.constFirst());
+    if (_window == nullptr) {
+        qFatal("The window's QML could not be loaded");
+    }
+    followDesktop(Theme::of(*_engine));
+    connect(_window, &QWindow::visibleChanged, this, [this](bool visible) {
+        if (!visible) {
+            QMetaObject::invokeMethod(this, &QmlWindow::tearDown, Qt::QueuedConnection);
+        }
+    });
+}
+
+void QmlWindow::tearDown()
+{
+    if (_window == nullptr || _window->isVisible()) {
+        return;
+    }
+    _window = nullptr;
+    _engine.reset();
+    _presenter.reset();
+    _host.windowClosed();
+}
+
+void QmlWindow::close()
+{
+    if (_window != nullptr) {
+        _window->close();
+    }
+}
+
+bool QmlWindow::isVisible() const
+{
+    return _window != nullptr && _window->isVisible() && _window->visibility() != QWindow::Minimized;
+}
+
+QWindow* QmlWindow::window() const
+{
+    return _window;
+}
+
+void QmlWindow::followDesktop(Theme& theme)
+{
+    _desktop->settle();
+    applyDesktop(theme);
+    connect(_desktop.get(), &DesktopAppearance::changed, &theme, [this, &theme] { applyDesktop(theme); });
+}
+
+void QmlWindow::applyDesktop(Theme& theme) const
+{
+    const auto& wishes = _desktop->wishes();
+    const QPalette palette = QGuiApplication::palette();
+    theme.setDark(wishes.dark.value_or(isDark(palette)));
+    theme.setAccent(wishes.accent.value_or(accentOf(palette)));
+    theme.setReducedMotion(wishes.reducedMotion);
+    theme.setComposited(windowsAreComposited());
+}
+
+bool QmlWindow::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == qGuiApp && event->type() == QEvent::ApplicationPaletteChange && _engine) {
+        applyDesktop(Theme::of(*_engine));
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+} // namespace ferrobank
+
+ferrobank::MainWindow* ferrobankMakeMainWindow(const ferrobank::WindowCollaborators& with)
+{
+    return new ferrobank::QmlWindow(ferrobank::QmlWindow::mainScene(with), with.host);
+}
+
+ferrobank::MainWindow* ferrobankMakeLoginItemsWindow(const ferrobank::WindowCollaborators& with)
+{
+    return new ferrobank::QmlWindow(ferrobank::QmlWindow::loginItemsScene(with), with.host);
+}

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "Ferrobank/Views/MainWindow.h"
+#include "Platform/DesktopAppearance.h"
+
+#include <QtCore/QObject>
+#include <QtCore/QUrl>
+#include <QtQml/QQmlApplicationEngine>
+
+#include <functional>
+#include <memory>
+
+class QQuickWindow;
+
+namespace ferrobank {
+
+class Theme;
+
+/// A window drawn in QML. Main thread. Engine and presenter are made by open() and are gone soon after the
+/// window has closed: not inside the close itself, because that comes from within the engine.
+class QmlWindow : public QObject, public MainWindow {
+    Q_OBJECT
+
+public:
+    struct Scene {
+        QUrl document; ///< its root is a window with a required property "presenter"
+        std::function<std::unique_ptr<QObject>()> makePresenter;
+    };
+
+    QmlWindow(Scene scene, WindowHost& host);
+    ~QmlWindow() override;
+
+    void open(const QString& activationToken) override;
+    void close() override;
+    [[nodiscard]] bool isVisible() const override;
+    [[nodiscard]] QWindow* window() const override;
+
+    /// While open, for tests and pictures; null otherwise.
+    [[nodiscard]] QQmlApplicationEngine* engine() const { return _engine.get(); }
+
+    static Scene mainScene(const WindowCollaborators& with);
+    static Scene loginItemsScene(const WindowCollaborators& with);
+
+private:
+    void build();
+    void tearDown();
+    void followDesktop(Theme& theme);
+    void applyDesktop(Theme& theme) const;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+    Scene _scene;
+    WindowHost& _host;
+    std::unique_ptr<DesktopAppearance> _desktop;
+    std::unique_ptr<QObject> _presenter;
+    std::unique_ptr<QQmlApplicationEngine> _engine; // after the presenter: its bindings read it to the last
+    QQuickWindow* _window = nullptr;
+};
+
+} // namespace ferrobank

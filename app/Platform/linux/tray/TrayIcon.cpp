@@ -1,0 +1,76 @@
+#include "Platform/linux/tray/TrayIcon.h"
+
+#include <QtCore/QString>
+#include <QtCore/QtEndian>
+#include <QtGui/QImage>
+
+#include <array>
+#include <utility>
+
+namespace ferrobank {
+
+namespace {
+
+/// Edge lengths in pixels of the pictures in the bundle: usual panels at 100 and 200 %.
+constexpr std::array kEdges{22, 24, 32, 44, 48, 64};
+
+TrayPixmap pixmapFromImage(const QImage& image)
+{
+    TrayPixmap pixmap{image.width(), image.height(), {}};
+    pixmap.argb.resize(image.width() * image.height() * 4);
+    auto* out = reinterpret_cast<uchar*>(pixmap.argb.data());
+    for (int y = 0; y < image.height(); ++y) {
+        const auto* line = reinterpret_cast<const QRgb*>(image.constScanLine(y));
+        for (int x = 0; x < image.width(); ++x, out += 4) {
+            qToBigEndian<quint32>(line[x], out);
+        }
+    }
+    return pixmap;
+}
+
+} // namespace
+
+TrayIcon::TrayIcon(std::filesystem::path resources) : _resources(std::move(resources)) {}
+
+const char* TrayIcon::name(Shape shape)
+{
+    return shape == Shape::NeedsAttention ? "org.ferrobank.Ferrobank-attention-symbolic"
+                                          : "org.ferrobank.Ferrobank-symbolic";
+}
+
+std::string TrayIcon::themePath() const
+{
+    return _resources / "icons";
+}
+
+const std::vector<TrayPixmap>& TrayIcon::pixmaps(Shape shape) const
+{
+    Pictures& pictures = shape == Shape::NeedsAttention ? _needsAttention : _normal;
+    if (!pictures.read) {
+        pictures.read = true;
+        for (const int edge : kEdges) {
+            const QImage image = QImage(file(shape, edge)).convertToFormat(QImage::Format_ARGB32);
+            if (!image.isNull()) {
+                pictures.pixmaps.push_back(pixmapFromImage(image));
+            }
+        }
+    }
+    return pictures.pixmaps;
+}
+
+QIcon TrayIcon::icon(Shape shape) const
+{
+    QIcon icon;
+    for (const int edge : kEdges) {
+        icon.addFile(file(shape, edge));
+    }
+    return icon;
+}
+
+QString TrayIcon::file(Shape shape, int edge) const
+{
+    const std::string name = std::string(TrayIcon::name(shape)) + "-" + std::to_string(edge) + ".png";
+    return QString::fromStdString(_resources / "tray" / name);
+}
+
+} // namespace ferrobank

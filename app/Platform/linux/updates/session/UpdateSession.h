@@ -1,0 +1,119 @@
+#pragma once
+
+#include "Ferrobank/Async/Lifeline.h"
+#include "Platform/UpdateController.h"
+#include "Platform/UpdateInterface.h"
+#include "Platform/linux/updates/session/SessionView.h"
+#include "Platform/linux/updates/session/UpdateState.h"
+#include "Platform/linux/updates/session/UpdateSurroundings.h"
+#include "Platform/linux/updates/session/UpdateWorker.h"
+#include "Platform/linux/updates/values/UpdateConfiguration.h"
+
+#include <QCoro/QCoroTask>
+#include <QtCore/QObject>
+
+#include <chrono>
+#include <memory>
+
+namespace ferrobank {
+class Clock;
+}
+
+namespace ferrobank::updates {
+
+/// What a session works with. References must outlive it.
+struct SessionCollaborators {
+    UpdateConfiguration configuration;
+    QString bundle; ///< real path of the running bundle
+    UpdateDelegate& delegate;
+    UpdateInterface& interface;
+    UpdateSurroundings& surroundings;
+    UpdateWorker& worker;
+    Clock& clock;
+    UpdateStateFile stateFile;
+    std::function<void()> quit;      ///< asks the application to end
+    std::function<bool()> isOnTrial; ///< whether the running version was just installed
+};
+
+/// The updater: schedule, consent, one session at a time, and the update that waits. Main thread; lives as
+/// long as the application.
+///
+/// A session runs in the background or, once the user has asked, in the window; asking during a background
+/// session brings that one up. A version that was downloaded in the background is offered to the delegate: at
+/// once, after each reconsider(), at each scheduled check and at the next start. What the delegate refuses is
+/// installed when the application quits. Failures of background sessions are silent and only delay the next
+/// check.
+class UpdateSession : public QObject {
+    Q_OBJECT
+
+public:
+    explicit UpdateSession(SessionCollaborators collaborators);
+    ~UpdateSession() override;
+
+    /// Counts the launch and starts looking after updates.
+    void start();
+
+    void checkForUpdates();
+    void reconsider();
+
+    /// To be called once when the application ends: installs what waits, without starting it again, and tells
+    /// that the running version worked.
+    void applicationQuits();
+
+    [[nodiscard]] const SessionView& view() const { return _view; }
+
+private:
+    enum class Manner { Background, InWindow };
+
+    QCoro::Task<> runStartUp();
+    QCoro::Task<> runScheduledCheck(int turn, std::chrono::milliseconds delay);
+    QCoro::Task<> reportHealthLater();
+
+    void planNextCheck();
+    void beginCheck(Manner manner);
+    void beginFetch(Manner manner);
+    void beginInstall();
+
+    void onStatus(const QJsonObject& event);
+    void onCheckEvent(const QJsonObject& event);
+    void onFetchEvent(const QJsonObject& event);
+    void onInstallEvent(const QJsonObject& event);
+
+    void rememberGenuineFeed(const QJsonObject& event);
+    void takeOffer(const QJsonObject& event);
+    void takeNothing(const QJsonObject& event);
+    void announceOffer();
+    void staged();
+    void offerToDelegate();
+    void fail(const QJsonObject& event);
+    void warnAboutSilence();
+
+    void act(UpdateAction action);
+    void skip();
+    void answerConsent(bool automatic);
+    void setAutomaticDownload(bool automatic);
+
+    void enter(Stage stage);
+    void leaveWindow(); ///< what runs goes on without it
+    void finishSession();
+    void showIfInWindow();
+    [[nodiscard]] QJsonObject request() const;
+    [[nodiscard]] QDateTime now() const;
+    void save() const;
+
+    SessionCollaborators _with;
+    UpdateState _state;
+    SessionView _view;
+    Manner _manner = Manner::Background;
+    bool _hasStaged = false;
+    Offer _stagedOffer;
+    bool _waitsForQuit = false; ///< the user said so; the delegate is not asked before the next start
+    bool _windowIsOpen = false;
+    QString _minimumForAutomatic;
+    std::unique_ptr<WorkerRun> _run;
+    std::unique_ptr<WorkerRun> _healthRun;
+    int _turn = 0; ///< of the schedule; a planned check of an earlier turn is void
+    Lifeline _lifeline;
+};
+
+} // namespace ferrobank::updates

@@ -1,0 +1,253 @@
+// The steps of a session: what the worker is told to do and what its answers lead to.
+
+#include "Platform/linux/updates/session/Schedule.h"
+#include "Platform/linux/updates/session/UpdateSession.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QPointer>
+#include <QtCore/QRandomGenerator>
+
+namespace ferrobank::updates {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int kSilentDays = 14;
+
+} // namespace
+
+QJsonObject UpdateSession::request() const
+{
+    return {{u"bundle"_s, _with.bundle},
+            {u"byUser"_s, _manner == Manner::InWindow},
+            {u"group"_s, qint64{_state.group}},
+            {u"skips"_s, QJsonObject{{u"version"_s, _state.skippedVersion},
+                                     {u"majorVersion"_s, _state.skippedMajorVersion},
+                                     {u"majorVersionRelease"_s, _state.skippedMajorRelease}}},
+            {u"highestVersionSeen"_s, _state.highestVersionSeen},
+            {u"newestDateSeen"_s, _state.newestDateSeen}};
+}
+
+// Check
+
+void UpdateSession::beginCheck(Manner manner)
+{
+    _manner = manner;
+    ++_turn;
+    _state.lastCheck = now();
+    save();
+    enter(Stage::Checking);
+    _run =
+        _with.worker.start(u"check"_s, request(), [this](const QJsonObject& event) { onCheckEvent(event); });
+}
+
+void UpdateSession::onCheckEvent(const QJsonObject& event)
+{
+    _run.reset();
+    _state.lastCheck = now();
+    if (event[u"event"_s] == "metered"_L1) {
+        // Counts like a failure for the next attempt, in an hour or more, and for nothing else.
+        ++_state.failures;
+        save();
+        finishSession();
+        return;
+    }
+    if (event[u"event"_s] != "checked"_L1) {
+        fail(event);
+        return;
+    }
+    rememberGenuineFeed(event);
+    const QJsonObject place = event[u"place"_s].toObject();
+    _view.mayReplace = place[u"mayReplace"_s].toBool();
+    _view.placeSentence = place[u"sentence"_s].toString();
+    _view.advice = place[u"advice"_s].toString();
+    if (event.contains(u"offer"_s))
+        takeOffer(event);
+    else
+        takeNothing(event);
+}
+
+void UpdateSession::rememberGenuineFeed(const QJsonObject& event)
+{
+    _state.failures = 0;
+    _state.lastGenuine = now();
+    _state.highestVersionSeen = event[u"highestVersion"_s].toString();
+    _state.newestDateSeen = event[u"newestDate"_s].toString();
+    const bool isByUser = _manner == Manner::InWindow;
+    if (isByUser && event.contains(u"offer"_s)) {
+        _state.skippedVersion.clear();
+        _state.skippedMajorVersion.clear();
+        _state.skippedMajorRelease.clear();
+    }
+    save();
+}
+
+void UpdateSession::takeOffer(const QJsonObject& event)
+{
+    const Offer offer = offerFromJson(event[u"offer"_s].toObject());
+    if (_hasStaged && offer.version == _stagedOffer.version) {
+        _manner == Manner::InWindow ? enter(Stage::Ready) : finishSession();
+        return;
+    }
+    _view.offer = offer;
+    _minimumForAutomatic = event[u"minimumForAutomatic"_s].toString();
+    if (_manner == Manner::InWindow) {
+        enter(Stage::Found);
+        return;
+    }
+    const bool isSilent = _view.mayReplace && !offer.major && !offer.informational &&
+                          downloadsAutomatically(_with.configuration, _state);
+    if (isSilent)
+        beginFetch(Manner::Background);
+    else
+        announceOffer();
+}
+
+void UpdateSession::takeNothing(const QJsonObject& event)
+{
+    if (_manner != Manner::InWindow) {
+        finishSession();
+        return;
+    }
+    _view.nothingNew = {event[u"reason"_s].toString(), event[u"latest"_s].toString(),
+                        QUrl(event[u"latestLink"_s].toString()), QUrl(event[u"history"_s].toString())};
+    enter(Stage::NothingNew);
+}
+
+void UpdateSession::announceOffer()
+{
+    const Offer& offer = _view.offer;
+    if (_state.announced != offer.version) {
+        _state.announced = offer.version;
+        save();
+        const QString title =
+            offer.critical ? tr("Important update for Ferrobank") : tr("Update for Ferrobank");
+        _with.surroundings.notify(
+            title,
+            tr("Ferrobank %1 is available. Choose \u201cCheck for Updates\u2026\u201d to see what is new.")
+                .arg(offer.displayVersion));
+    }
+    finishSession();
+}
+
+// Fetch
+
+void UpdateSession::beginFetch(Manner manner)
+{
+    _manner = manner;
+    _view.bytes = 0;
+    _hasStaged = false; // the worker drops what waited before it downloads
+    enter(Stage::Downloading);
+    QJsonObject order = request();
+    order[u"offer"_s] = offerToJson(_view.offer);
+    _run = _with.worker.start(u"fetch"_s, order, [this](const QJsonObject& event) { onFetchEvent(event); });
+}
+
+void UpdateSession::onFetchEvent(const QJsonObject& event)
+{
+    const QString name = event[u"event"_s].toString();
+    if (name == "progress"_L1) {
+        _view.bytes = event[u"bytes"_s].toInteger();
+        showIfInWindow();
+    } else if (name == "verifying"_L1)
+        enter(Stage::Preparing);
+    else if (name == "staged"_L1) {
+        _run.reset();
+        if (_view.offer.phased) {
+            _state.group = QRandomGenerator::global()->generate();
+            save();
+        }
+        staged();
+    } else
+        fail(event);
+}
+
+void UpdateSession::staged()
+{
+    _hasStaged = true;
+    _stagedOffer = _view.offer;
+    _waitsForQuit = false;
+    _state.announced.clear();
+    save();
+    enter(Stage::Ready);
+    offerToDelegate();
+    if (_view.stage != Stage::Ready || _manner == Manner::InWindow)
+        return;
+    if (_stagedOffer.critical)
+        _with.surroundings.notify(tr("Important update for Ferrobank"),
+                                  tr("Ferrobank %1 is ready. It is installed when you close the window.")
+                                      .arg(_stagedOffer.displayVersion));
+    planNextCheck();
+}
+
+void UpdateSession::offerToDelegate()
+{
+    const bool isWaiting = _hasStaged && _view.stage == Stage::Ready && _manner == Manner::Background;
+    if (!isWaiting || _waitsForQuit)
+        return;
+    const QPointer<UpdateSession> self(this);
+    _with.delegate.willInstallUpdateOnQuit({_stagedOffer.version, _stagedOffer.displayVersion}, [self] {
+        if (self && self->_view.stage == Stage::Ready)
+            self->beginInstall();
+    });
+}
+
+// Install
+
+void UpdateSession::beginInstall()
+{
+    enter(Stage::Installing);
+    QJsonObject order = request();
+    order[u"pid"_s] = qint64{QCoreApplication::applicationPid()};
+    order[u"relaunch"_s] = true;
+    _run =
+        _with.worker.start(u"install"_s, order, [this](const QJsonObject& event) { onInstallEvent(event); });
+}
+
+void UpdateSession::onInstallEvent(const QJsonObject& event)
+{
+    if (event[u"event"_s] == "waiting"_L1) {
+        // From now on it only waits for this process to end.
+        _run->release();
+        _run.reset();
+        _with.quit();
+        return;
+    }
+    // What cannot be installed is not kept: the next check begins anew.
+    const bool isBusy = problemFromWord(event[u"problem"_s].toString().toStdString()) == Problem::Busy;
+    _hasStaged = _hasStaged && isBusy;
+    fail(event);
+}
+
+// Failure
+
+void UpdateSession::fail(const QJsonObject& event)
+{
+    _run.reset();
+    _view.problem = problemFromWord(event[u"problem"_s].toString().toStdString());
+    _view.sentence = event[u"sentence"_s].toString();
+    ++_state.failures;
+    warnAboutSilence();
+    save();
+    if (_manner == Manner::InWindow)
+        enter(Stage::Failed);
+    else {
+        qInfo("Updates: %s", qUtf8Printable(_view.sentence));
+        finishSession();
+    }
+}
+
+void UpdateSession::warnAboutSilence()
+{
+    const bool isHidden = _view.problem == Problem::Stale || _view.problem == Problem::Signature;
+    const bool isLong = _state.lastGenuine.isValid() && _state.lastGenuine.daysTo(now()) >= kSilentDays;
+    if (!isHidden || !isLong || _manner == Manner::InWindow)
+        return;
+    _state.lastGenuine = now(); // says so once in a fortnight, not at every check
+    _with.surroundings.notify(
+        tr("Updates could not be confirmed"),
+        tr("For two weeks no genuine list of updates could be read. %1").arg(_view.sentence));
+}
+
+} // namespace ferrobank::updates

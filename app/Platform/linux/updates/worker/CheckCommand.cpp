@@ -1,0 +1,185 @@
+#include "Platform/linux/updates/UpdateFailure.h"
+#include "Platform/linux/updates/feed/Appcast.h"
+#include "Platform/linux/updates/feed/ItemChoice.h"
+#include "Platform/linux/updates/feed/ReleaseNotes.h"
+#include "Platform/linux/updates/feed/SignedFeed.h"
+#include "Platform/linux/updates/feed/VersionComparison.h"
+#include "Platform/linux/updates/install/Trial.h"
+#include "Platform/linux/updates/values/Offer.h"
+#include "Platform/linux/updates/worker/Commands.h"
+#include "Platform/linux/updates/worker/Metered.h"
+#include "Platform/linux/updates/worker/PlaceJson.h"
+
+#include <QtCore/QLocale>
+#include <QtCore/QSysInfo>
+
+#include <algorithm>
+
+namespace ferrobank::updates {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+constexpr std::int64_t kMostDocumentBytes = 1024 * 1024;
+
+ChoiceFacts choiceFacts(const WorkerContext& context)
+{
+    const QJsonObject& request = context.request;
+    const QJsonObject skips = request[u"skips"_s].toObject();
+    ChoiceFacts facts;
+    facts.installed = context.configuration.version.toStdString();
+    facts.systemVersion = glibcVersion();
+    facts.systemNames = QStringList{systemName(), u"linux"_s};
+    facts.processors = QStringList{QSysInfo::buildCpuArchitecture()};
+    facts.channels = context.configuration.channels;
+    facts.rolloutGroup = static_cast<unsigned>(request[u"group"_s].toInteger()) % 7;
+    facts.now = QDateTime::currentDateTimeUtc();
+    facts.kind = request[u"byUser"_s].toBool() ? CheckKind::ByUser : CheckKind::Scheduled;
+    facts.skips.version = skips[u"version"_s].toString().toStdString();
+    facts.skips.majorVersion = skips[u"majorVersion"_s].toString().toStdString();
+    facts.skips.majorVersionRelease = skips[u"majorVersionRelease"_s].toString().toStdString();
+    facts.badVersions = badVersionsAt(context.place);
+    return facts;
+}
+
+/// What a genuine feed shows of the newest release; a later feed must not show less.
+struct Freshness {
+    std::string highest;
+    QDateTime newest;
+};
+
+Freshness freshnessOf(const Appcast& appcast)
+{
+    Freshness freshness;
+    for (const AppcastItem& item : appcast.items) {
+        if (isNewer(item.version, freshness.highest))
+            freshness.highest = item.version;
+        if (item.date && (!freshness.newest.isValid() || *item.date > freshness.newest))
+            freshness.newest = *item.date;
+    }
+    return freshness;
+}
+
+void expectFresh(const Appcast& appcast, const Freshness& freshness, const QJsonObject& request)
+{
+    const std::string seen = request[u"highestVersionSeen"_s].toString().toStdString();
+    const QDateTime seenDate = QDateTime::fromString(request[u"newestDateSeen"_s].toString(), Qt::ISODate);
+    const bool isExpired = appcast.validUntil && *appcast.validUntil < QDateTime::currentDateTimeUtc();
+    const bool isOlder = !seen.empty() && isNewer(seen, freshness.highest);
+    const bool isEarlier = seenDate.isValid() && (!freshness.newest.isValid() || freshness.newest < seenDate);
+    if (isExpired || isOlder || isEarlier)
+        throw UpdateFailure(Problem::Stale,
+                            "The list of updates is an old one: newer versions may be hidden.");
+}
+
+const NotesLink* notesLinkFor(const AppcastItem& item)
+{
+    const QString language = QLocale::system().name().section(u'_', 0, 0);
+    for (const QString& wanted : {language, u"en"_s}) {
+        const auto found = std::ranges::find(item.notesLinks, wanted, &NotesLink::language);
+        if (found != item.notesLinks.end())
+            return &*found;
+    }
+    return nullptr;
+}
+
+/// Notes beside the feed are shown only with a signature of their own; without notes an update is still an
+/// update.
+QString notesOf(const AppcastItem& item, const WorkerContext& context, const TrustedKeys& keys)
+{
+    if (!item.notes.isEmpty())
+        return notesAsText(item.notes, item.notesFormat);
+    const NotesLink* link = notesLinkFor(item);
+    if (!link)
+        return {};
+    try {
+        const Document document = fetchDocument(link->url, kMostDocumentBytes, context.rules);
+        const std::span<const char> bytes(document.bytes.constData(),
+                                          static_cast<std::size_t>(document.bytes.size()));
+        const bool isGenuine =
+            document.bytes.size() == link->length && keys.haveSigned(std::as_bytes(bytes), link->signature);
+        const bool isMarkdown = link->url.path().endsWith(".md"_L1);
+        const bool isText = link->url.path().endsWith(".txt"_L1);
+        const NotesFormat format = isMarkdown ? NotesFormat::Markdown
+                                   : isText   ? NotesFormat::PlainText
+                                              : NotesFormat::Html;
+        return isGenuine ? notesAsText(QString::fromUtf8(document.bytes), format) : QString();
+    } catch (const UpdateFailure&) {
+        return {};
+    }
+}
+
+Offer offerOf(const Choice& choice, const QString& notes)
+{
+    const AppcastItem& item = *choice.item;
+    Offer offer;
+    offer.version = QString::fromStdString(item.version);
+    offer.displayVersion = item.displayVersion;
+    offer.channel = item.channel;
+    offer.notes = notes;
+    offer.link = item.link;
+    offer.archive = item.archive;
+    offer.length = item.length;
+    offer.unpackedLength = item.unpackedLength;
+    offer.signature = QString::fromStdString(item.signature);
+    offer.critical = choice.critical;
+    offer.major = choice.major;
+    offer.informational = choice.informational;
+    offer.phased = item.phasedRolloutInterval.count() > 0;
+    return offer;
+}
+
+QString reasonWord(NoUpdate reason)
+{
+    switch (reason) {
+    case NoUpdate::OnLatest:
+        return u"onLatest"_s;
+    case NoUpdate::NewerThanLatest:
+        return u"newerThanLatest"_s;
+    case NoUpdate::SystemTooOld:
+        return u"systemTooOld"_s;
+    case NoUpdate::SystemTooNew:
+        return u"systemTooNew"_s;
+    case NoUpdate::Unknown:
+        break;
+    }
+    return u"unknown"_s;
+}
+
+} // namespace
+
+void runCheck(const WorkerContext& context)
+{
+    const TrustedKeys keys = context.keys();
+    if (!context.request[u"byUser"_s].toBool() && isConnectionMetered()) {
+        context.tell(QJsonObject{{u"event"_s, u"metered"_s}});
+        return;
+    }
+    const Document document = fetchDocument(context.configuration.feed, kMostDocumentBytes, context.rules);
+    const std::string_view file(document.bytes.constData(), static_cast<std::size_t>(document.bytes.size()));
+    const Appcast appcast = readAppcast(verifiedFeedContent(file, keys), document.address);
+    const Freshness freshness = freshnessOf(appcast);
+    expectFresh(appcast, freshness, context.request);
+
+    const Choice choice = chooseItem(appcast.items, choiceFacts(context));
+    QJsonObject result{{u"event"_s, u"checked"_s},
+                       {u"installed"_s, context.configuration.version},
+                       {u"place"_s, placeToJson(context.verdict)},
+                       {u"highestVersion"_s, QString::fromStdString(freshness.highest)},
+                       {u"newestDate"_s, freshness.newest.toString(Qt::ISODate)}};
+    if (choice.item) {
+        const QString notes = notesOf(*choice.item, context, keys);
+        result[u"offer"_s] = offerToJson(offerOf(choice, notes));
+        result[u"minimumForAutomatic"_s] = QString::fromStdString(choice.item->minimumForAutomatic);
+    } else {
+        result[u"reason"_s] = reasonWord(choice.reason);
+        if (choice.latest) {
+            result[u"latest"_s] = choice.latest->displayVersion;
+            result[u"latestLink"_s] = QString::fromUtf8(choice.latest->link.toEncoded());
+            result[u"history"_s] = QString::fromUtf8(choice.latest->versionHistory.toEncoded());
+        }
+    }
+    context.tell(result);
+}
+
+} // namespace ferrobank::updates

@@ -1,0 +1,29 @@
+#include "Platform/linux/updates/worker/Metered.h"
+
+#include <systemd/sd-bus.h>
+
+#include <cstdint>
+
+namespace ferrobank::updates {
+namespace {
+
+constexpr std::uint64_t kBusLimit = 2'000'000; ///< microseconds
+constexpr std::uint32_t kYes = 1;
+constexpr std::uint32_t kGuessYes = 3;
+
+} // namespace
+
+bool isConnectionMetered()
+{
+    sd_bus* bus = nullptr;
+    if (sd_bus_open_system(&bus) < 0)
+        return false;
+    sd_bus_set_method_call_timeout(bus, kBusLimit);
+    std::uint32_t metered = 0;
+    sd_bus_get_property_trivial(bus, "org.freedesktop.NetworkManager", "/org/freedesktop/NetworkManager",
+                                "org.freedesktop.NetworkManager", "Metered", nullptr, 'u', &metered);
+    sd_bus_flush_close_unref(bus);
+    return metered == kYes || metered == kGuessYes;
+}
+
+} // namespace ferrobank::updates

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "Platform/linux/updates/install/InstallPlace.h"
+
+#include <QtCore/QJsonObject>
+
+namespace ferrobank::updates {
+
+/// The verdict on a place as it travels to the application.
+[[nodiscard]] inline QJsonObject placeToJson(const PlaceVerdict& verdict)
+{
+    return {{QStringLiteral("mayReplace"), verdict.mayReplace},
+            {QStringLiteral("sentence"), QString::fromStdString(verdict.sentence)},
+            {QStringLiteral("advice"), QString::fromStdString(verdict.kind.advice)}};
+}
+
+} // namespace ferrobank::updates

@@ -1,0 +1,112 @@
+// The application's windows on fakes, without a drive: for trying a screen by hand and for taking pictures.
+//
+//   ferrobank-offline --list
+//   ferrobank-offline --scene dashboard [--dark] [--rtl] [--long] [--font "Inter,10"] [--picture file.png]
+
+#include "Ferrobank/Components/Theme.h"
+#include "support/offline/LongTexts.h"
+#include "support/offline/Scenes.h"
+
+#include <QtCore/QCommandLineParser>
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QTextStream>
+#include <QtGui/QGuiApplication>
+#include <QtQuick/QQuickItem>
+#include <QtQuick/QQuickWindow>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+using namespace ferrobank;
+
+namespace {
+
+QmlWindow& windowOf(Stage& stage, const OfflineScene& scene)
+{
+    return scene.window == OfflineScene::Window::Main ? stage.mainWindow() : stage.loginItems();
+}
+
+void call(const std::function<void(Stage&)>& step, Stage& stage)
+{
+    if (step) {
+        step(stage);
+    }
+}
+
+// Long enough for layouts to settle and for every animation to end.
+void letSettle()
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (timer.elapsed() < 600) {
+        QGuiApplication::processEvents(QEventLoop::AllEvents, 20);
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QGuiApplication app(argc, argv);
+    QGuiApplication::setApplicationName(u"ferrobank-offline"_s);
+
+    QCommandLineParser parser;
+    const QCommandLineOption list(u"list"_s, u"Print the names of all scenes."_s);
+    const QCommandLineOption sceneName(u"scene"_s, u"The scene to show."_s, u"name"_s, u"dashboard"_s);
+    const QCommandLineOption dark(u"dark"_s, u"Dark colours."_s);
+    const QCommandLineOption light(u"light"_s, u"Light colours."_s);
+    const QCommandLineOption rightToLeft(u"rtl"_s, u"Mirrored."_s);
+    const QCommandLineOption longTexts(u"long"_s, u"Longer words."_s);
+    const QCommandLineOption font(u"font"_s, u"Family and size in points."_s, u"family,size"_s);
+    const QCommandLineOption picture(u"picture"_s, u"Take a picture and end."_s, u"file"_s);
+    parser.addOptions({list, sceneName, dark, light, rightToLeft, longTexts, font, picture});
+    parser.addHelpOption();
+    parser.process(app);
+
+    const auto& scenes = offlineScenes();
+    if (parser.isSet(list)) {
+        QTextStream out(stdout);
+        for (const auto& scene : scenes) {
+            out << scene.name << '\n';
+        }
+        return 0;
+    }
+    const auto found = std::ranges::find(scenes, parser.value(sceneName), &OfflineScene::name);
+    if (found == scenes.end()) {
+        qCritical("There is no scene named %s", qPrintable(parser.value(sceneName)));
+        return 1;
+    }
+    if (parser.isSet(rightToLeft)) {
+        QGuiApplication::setLayoutDirection(Qt::RightToLeft);
+    }
+    if (parser.isSet(font)) {
+        const QStringList parts = parser.value(font).split(u',');
+        QGuiApplication::setFont(QFont(parts.constFirst(), parts.constLast().toInt()));
+    }
+    LongTexts words;
+    if (parser.isSet(longTexts)) {
+        QGuiApplication::installTranslator(&words);
+    }
+
+    Stage stage;
+    call(found->before, stage);
+    stage.start();
+    QGuiApplication::processEvents();
+    call(found->ready, stage);
+    QmlWindow& window = windowOf(stage, *found);
+    window.open({});
+    call(found->shown, stage);
+    Theme& theme = Theme::of(*window.engine());
+    if (parser.isSet(dark) || parser.isSet(light)) {
+        theme.setDark(parser.isSet(dark));
+    }
+    if (!parser.isSet(picture)) {
+        QObject::connect(window.window(), &QWindow::visibleChanged, &app, &QGuiApplication::quit,
+                         Qt::QueuedConnection);
+        return QGuiApplication::exec();
+    }
+    theme.setComposited(true);
+    letSettle();
+    auto* shown = qobject_cast<QQuickWindow*>(window.window());
+    return shown->grabWindow().save(parser.value(picture)) ? 0 : 1;
+}

@@ -1,0 +1,158 @@
+import QtQuick
+import QtTest
+import Ferrobank
+
+/// The smaller components.
+TestCase {
+    id: test
+
+    name: "Pieces"
+    when: windowShown
+    width: 520
+    height: 300
+    visible: true
+
+    Component {
+        id: tile
+
+        Tile {
+            width: 146
+            label: "Files on drive"
+            value: "48.6 GB"
+        }
+    }
+
+    Component {
+        id: settingsRow
+
+        SettingsRow {
+            width: 520
+
+            Rectangle {
+                objectName: "one"
+                width: 50
+                height: 10
+            }
+
+            Rectangle {
+                objectName: "two"
+                width: 50
+                height: 10
+            }
+        }
+    }
+
+    Component {
+        id: pill
+
+        Pill {
+            symbol: "clock.fill"
+            text: "Starting…"
+            tint: "#804000"
+        }
+    }
+
+    Component {
+        id: notice
+
+        Notice {
+            width: 300
+            symbol: "key"
+            text: "word ".repeat(40)
+        }
+    }
+
+    Component {
+        id: spinner
+
+        Spinner {}
+    }
+
+    Component {
+        id: stateIcon
+
+        StateIcon { checkState: CheckItem.Pending }
+    }
+
+    function test_aTileTellsLabelAndValue() {
+        const item = createTemporaryObject(tile, test);
+        compare(item.Accessible.name, "Files on drive: 48.6 GB");
+        compare(item.radius, 12);
+    }
+
+    function test_aLongValueShrinksToFourFifthsAndNeverWraps() {
+        const item = createTemporaryObject(tile, test, { value: "1,234,567,890,123.45 GB" });
+        const value = findChild(item, "value");
+        waitForRendering(item);
+        compare(value.lineCount, 1);
+        verify(value.contentWidth <= value.width + 1);
+        verify(value.minimumPixelSize > 10);
+    }
+
+    function test_aSettingsRowIsAtLeastTwentyEightHighInside() {
+        const row = createTemporaryObject(settingsRow, test);
+        compare(row.implicitHeight, 28 + 16);
+        const one = findChild(row, "one");
+        const two = findChild(row, "two");
+        compare(row.mapFromItem(one, 0, 0).x, 16);
+        compare(two.x - (one.x + one.width), 10);
+    }
+
+    function test_aPillIsPaddedAndOnItsOwnColour() {
+        const item = createTemporaryObject(pill, test);
+        verify(item.implicitWidth > 20);
+        fuzzyCompare(item.color.a, 0.15, 0.01);
+        compare(item.Accessible.name, "Starting…");
+    }
+
+    function test_aNoticeShowsItsWholeSentence() {
+        const item = createTemporaryObject(notice, test);
+        verify(item.implicitHeight > 60);
+        compare(item.width, 300);
+    }
+
+    function test_aSpinnerStopsWhenHidden() {
+        const item = createTemporaryObject(spinner, test);
+        verify(item.stepping);
+        item.visible = false;
+        verify(!item.stepping);
+        item.visible = true;
+        verify(item.stepping);
+    }
+
+    function test_aSpinnerStandsStillUnderReducedMotion() {
+        const item = createTemporaryObject(spinner, test);
+        Theme.reducedMotion = true;
+        verify(!item.stepping);
+        Theme.reducedMotion = false;
+        verify(item.stepping);
+    }
+
+    function test_aStateIconSpinsOnlyWhileRunning() {
+        const item = createTemporaryObject(stateIcon, test);
+        compare(item.symbol, "circle.dotted");
+        verify(!item.running);
+        item.checkState = CheckItem.Running;
+        verify(item.running);
+        verify(!findChild(item, "symbol").visible);
+        compare(item.Accessible.name, "in progress");
+    }
+
+    function test_coloursFollowDarkAndBack() {
+        const light = Theme.window.toString();
+        Theme.dark = true;
+        verify(Theme.window.toString() !== light);
+        Theme.dark = false;
+        compare(Theme.window.toString(), light);
+    }
+
+    function test_fontsKeepTheirProportions() {
+        const body = Theme.body.pointSize;
+        fuzzyCompare(Theme.title.pointSize / body, 22 / 13, 0.01);
+        fuzzyCompare(Theme.title2Bold.pointSize / body, 17 / 13, 0.01);
+        fuzzyCompare(Theme.callout.pointSize / body, 12 / 13, 0.01);
+        fuzzyCompare(Theme.caption.pointSize / body, 10 / 13, 0.01);
+        compare(Theme.hero.pixelSize, 52);
+        compare(Theme.heroQuiet.pixelSize, 30);
+    }
+}
