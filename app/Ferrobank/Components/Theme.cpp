@@ -3,6 +3,7 @@
 #include <QtCore/QEvent>
 #include <QtGui/QFontDatabase>
 #include <QtGui/QGuiApplication>
+#include <QtGui/QScreen>
 #include <QtQml/QQmlEngine>
 
 #include <cmath>
@@ -26,7 +27,9 @@ void scale(QFont& font, const QFont& base, double factor)
 
 } // namespace
 
-Theme::Theme(QObject* parent) : QObject(parent), _base(QGuiApplication::font())
+Theme::Theme(QObject* parent)
+    : QObject(parent), _base(QGuiApplication::font()),
+      _displayHeight(QGuiApplication::primaryScreen()->availableGeometry().height())
 {
     qGuiApp->installEventFilter(this);
     rebuild();
@@ -73,6 +76,14 @@ void Theme::setComposited(bool composited)
     if (_composited != composited) {
         _composited = composited;
         Q_EMIT compositedChanged();
+    }
+}
+
+void Theme::setDisplayHeight(int height)
+{
+    if (_displayHeight != height) {
+        _displayHeight = height;
+        Q_EMIT displayHeightChanged();
     }
 }
 
