@@ -40,7 +40,7 @@ Window {
     }
 
     Shortcut {
-        sequences: [StandardKey.Close]
+        sequence: "Ctrl+W"
         onActivated: frame.close()
     }
 
@@ -63,7 +63,7 @@ Window {
         border.width: 1
         border.color: Theme.hairline
 
-        LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
+        LayoutMirroring.enabled: Theme.mirrored
         LayoutMirroring.childrenInherit: true
 
         DragHandler {

@@ -87,6 +87,11 @@ void Theme::setDisplayHeight(int height)
     }
 }
 
+bool Theme::isMirrored() const
+{
+    return QGuiApplication::isRightToLeft();
+}
+
 void Theme::rebuild()
 {
     const QColor accent = _accent.isValid() ? _accent : Palette::defaultAccent();
@@ -140,6 +145,9 @@ bool Theme::eventFilter(QObject* watched, QEvent* event)
     if (watched == qGuiApp && event->type() == QEvent::ApplicationFontChange) {
         _base = QGuiApplication::font();
         Q_EMIT fontsChanged();
+    }
+    if (watched == qGuiApp && event->type() == QEvent::ApplicationLayoutDirectionChange) {
+        Q_EMIT mirroredChanged();
     }
     return QObject::eventFilter(watched, event);
 }

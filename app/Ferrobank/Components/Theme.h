@@ -24,6 +24,8 @@ class Theme : public QObject {
     Q_PROPERTY(bool dark READ isDark WRITE setDark NOTIFY colorsChanged)
     Q_PROPERTY(bool reducedMotion READ reducedMotion WRITE setReducedMotion NOTIFY reducedMotionChanged)
     Q_PROPERTY(bool composited READ composited WRITE setComposited NOTIFY compositedChanged)
+    /// The language reads from right to left.
+    Q_PROPERTY(bool mirrored READ isMirrored NOTIFY mirroredChanged)
     /// The height that a window may have on its display, in device-independent pixels.
     Q_PROPERTY(int displayHeight READ displayHeight WRITE setDisplayHeight NOTIFY displayHeightChanged)
     /// Around every screen, in device-independent pixels.
@@ -84,6 +86,8 @@ public:
     [[nodiscard]] bool composited() const { return _composited; }
 
     void setComposited(bool composited);
+
+    [[nodiscard]] bool isMirrored() const;
 
     [[nodiscard]] int displayHeight() const { return _displayHeight; }
 
@@ -157,6 +161,7 @@ Q_SIGNALS:
     void reducedMotionChanged();
     void compositedChanged();
     void displayHeightChanged();
+    void mirroredChanged();
 
 private:
     [[nodiscard]] QFont styled(double size, QFont::Weight weight) const;

@@ -31,7 +31,7 @@ Item {
 
     Accessible.role: Accessible.ListItem
     Accessible.name: qsTr("%1: %2").arg(row.title).arg(row.stateWord)
-    Accessible.description: [row.detail, row.fix].filter(text => text !== "").join(" ")
+    Accessible.description: row.detail + (row.hasDetail && row.hasFix ? " " : "") + row.fix
 
     StateIcon {
         id: icon
