@@ -13,6 +13,8 @@
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QFileDialog>
 
+#include <memory>
+
 namespace ferrobank {
 
 using namespace Qt::StringLiterals;
@@ -164,16 +166,32 @@ private Q_SLOTS:
         QTRY_VERIFY(ownDialog() == nullptr);
     }
 
+    void portalThatEndsWithItsDialogOpenAllowsAnother()
+    {
+        {
+            FakePortal portal(_bus.connect());
+            choose();
+            QTRY_VERIFY(portal.isAsked());
+        }
+        QTRY_VERIFY((choose(), QCoreApplication::processEvents(), ownDialog() != nullptr));
+        QVERIFY(_chosen.isEmpty());
+        ownDialog()->reject();
+        QTRY_VERIFY(ownDialog() == nullptr);
+    }
+
     void init()
     {
-        QVERIFY(_bus.isUp());
+        if (!_bus.isUp()) {
+            QSKIP("There is no dbus-daemon to start");
+        }
+        _chooser = std::make_unique<DesktopFolderChooser>();
         _chosen.clear();
     }
 
 private:
     void choose(const QString& folder = u"/home/anna"_s)
     {
-        _chooser.choose({.title = u"Choose a Folder"_s, .confirm = u"Copy Here"_s, .folder = folder, .parent = nullptr},
+        _chooser->choose({.title = u"Choose a Folder"_s, .confirm = u"Copy Here"_s, .folder = folder, .parent = nullptr},
                         [this](const QString& path) { _chosen << path; });
     }
 
@@ -188,7 +206,7 @@ private:
     }
 
     PrivateBus _bus;
-    DesktopFolderChooser _chooser;
+    std::unique_ptr<DesktopFolderChooser> _chooser;
     QStringList _chosen;
 };
 

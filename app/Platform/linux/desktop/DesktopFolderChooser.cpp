@@ -62,6 +62,14 @@ DesktopFolderChooser::DesktopFolderChooser()
         leavePortal();
         showOwnDialog();
     });
+    _portalEnd.setWatchMode(QDBusServiceWatcher::WatchForUnregistration);
+    connect(&_portalEnd, &QDBusServiceWatcher::serviceUnregistered, this, [this] {
+        // Its dialog has gone with it.
+        if (!_portalRequest.isEmpty()) {
+            leavePortal();
+            end({});
+        }
+    });
 }
 
 void DesktopFolderChooser::choose(const Request& request, std::function<void(QString)> chosen)
@@ -84,6 +92,10 @@ void DesktopFolderChooser::askPortal()
     if (!bus.isConnected()) {
         showOwnDialog();
         return;
+    }
+    if (_portalEnd.watchedServices().isEmpty()) {
+        _portalEnd.setConnection(bus);
+        _portalEnd.addWatchedService(kPortal);
     }
     const QString token = u"ferrobank%1"_s.arg(++_count);
     QString sender = bus.baseService().mid(1);

@@ -6,6 +6,7 @@
 #include <QtCore/QPointer>
 #include <QtCore/QTimer>
 #include <QtCore/QVariantMap>
+#include <QtDBus/QDBusServiceWatcher>
 
 class QDBusMessage;
 class QFileDialog;
@@ -35,6 +36,7 @@ private:
     std::function<void(QString)> _chosen; ///< set while a dialog is open
     QString _portalRequest;               ///< object path, while the portal is asked
     QTimer _portalAnswers;
+    QDBusServiceWatcher _portalEnd;
     QPointer<QFileDialog> _dialog;
     unsigned _count = 0;
 };
