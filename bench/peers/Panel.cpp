@@ -1,15 +1,14 @@
-// A panel that draws nothing: it takes tray items of both kinds and says when each came, so that starts can be measured
-// without the noise of drawing. Ends when its standard input does.
+// A panel that draws nothing: it takes tray items of both kinds and says when each came, so that starts can
+// be measured without the noise of drawing. Ends when its standard input does.
 //
 //   item <nanoseconds of the monotonic clock>     a status notifier item registered
 //   dock <nanoseconds of the monotonic clock>     an X11 window asked to be embedded
 
-#include <systemd/sd-bus.h>
-#include <xcb/xcb.h>
-
 #include <poll.h>
+#include <systemd/sd-bus.h>
 #include <time.h>
 #include <unistd.h>
+#include <xcb/xcb.h>
 
 #include <array>
 #include <cstdio>
@@ -38,10 +37,10 @@ int ignore(sd_bus_message*, void*, sd_bus_error*)
 /// As a panel does with a new item: reads how it looks, and its menu.
 void readItem(sd_bus* bus, const char* service, const char* path)
 {
-    sd_bus_call_method_async(bus, nullptr, service, path, "org.freedesktop.DBus.Properties", "GetAll", ignore, nullptr,
-                             "s", kItem);
-    sd_bus_call_method_async(bus, nullptr, service, "/MenuBar", "com.canonical.dbusmenu", "GetLayout", ignore, nullptr,
-                             "iias", 0, -1, 0);
+    sd_bus_call_method_async(bus, nullptr, service, path, "org.freedesktop.DBus.Properties", "GetAll", ignore,
+                             nullptr, "s", kItem);
+    sd_bus_call_method_async(bus, nullptr, service, "/MenuBar", "com.canonical.dbusmenu", "GetLayout", ignore,
+                             nullptr, "iias", 0, -1, 0);
 }
 
 int registerItem(sd_bus_message* call, void*, sd_bus_error*)
@@ -107,7 +106,8 @@ xcb_window_t ownTray(xcb_connection_t* display)
     event.data.data32[0] = XCB_CURRENT_TIME;
     event.data.data32[1] = selection;
     event.data.data32[2] = window;
-    xcb_send_event(display, 0, screen->root, XCB_EVENT_MASK_STRUCTURE_NOTIFY, reinterpret_cast<const char*>(&event));
+    xcb_send_event(display, 0, screen->root, XCB_EVENT_MASK_STRUCTURE_NOTIFY,
+                   reinterpret_cast<const char*>(&event));
     xcb_flush(display);
     return window;
 }

@@ -1,5 +1,4 @@
 #include "Platform/linux/desktop/DesktopFolderChooser.h"
-
 #include "support/PrivateBus.h"
 
 #include <QtCore/QDir>
@@ -48,6 +47,7 @@ public:
     [[nodiscard]] bool isAsked() const { return !_request.isEmpty(); }
 
 public Q_SLOTS:
+
     QDBusObjectPath OpenFile(const QString&, const QString& ofTitle, const QVariantMap& with) // NOLINT
     {
         if (refuses) {
@@ -58,7 +58,8 @@ public Q_SLOTS:
         options = with;
         QString sender = message().service().mid(1);
         sender.replace(u'.', u'_');
-        _request = u"/org/freedesktop/portal/desktop/request/"_s + sender + u'/' + with.value(u"handle_token"_s).toString();
+        _request = u"/org/freedesktop/portal/desktop/request/"_s + sender + u'/' +
+                   with.value(u"handle_token"_s).toString();
         return QDBusObjectPath(_request);
     }
 
@@ -71,6 +72,7 @@ class FolderChooserTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+
     void portalIsAskedForOneFolderInOurWords()
     {
         FakePortal portal(_bus.connect());
@@ -191,8 +193,9 @@ private Q_SLOTS:
 private:
     void choose(const QString& folder = u"/home/anna"_s)
     {
-        _chooser->choose({.title = u"Choose a Folder"_s, .confirm = u"Copy Here"_s, .folder = folder, .parent = nullptr},
-                        [this](const QString& path) { _chosen << path; });
+        _chooser->choose(
+            {.title = u"Choose a Folder"_s, .confirm = u"Copy Here"_s, .folder = folder, .parent = nullptr},
+            [this](const QString& path) { _chosen << path; });
     }
 
     static QFileDialog* ownDialog()

@@ -13,8 +13,8 @@ class QFileDialog;
 
 namespace ferrobank {
 
-/// Asks the desktop's portal, which shows the desktop's own dialog; without one, or when it does not answer, Qt's
-/// dialog.
+/// Asks the desktop's portal, which shows the desktop's own dialog; without one, or when it does not answer,
+/// Qt's dialog.
 class DesktopFolderChooser : public QObject, public FolderChooser {
     Q_OBJECT
 
