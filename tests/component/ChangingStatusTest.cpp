@@ -19,7 +19,8 @@ constexpr int kPolls = 100;
 
 int openDescriptors()
 {
-    return static_cast<int>(QDir(u"/proc/self/fd"_s).entryList(QDir::NoDotAndDotDot | QDir::System | QDir::Files).size());
+    return static_cast<int>(
+        QDir(u"/proc/self/fd"_s).entryList(QDir::NoDotAndDotDot | QDir::System | QDir::Files).size());
 }
 
 /// KiB of the process's own memory.
@@ -44,9 +45,11 @@ class ChangingStatusTest : public QObject {
     Q_OBJECT
 
 public Q_SLOTS:
+
     void note(const QDBusMessage& signal) { _told << signal.member(); }
 
 private Q_SLOTS:
+
     void initTestCase()
     {
         if (!_bus.isUp()) {
@@ -79,8 +82,8 @@ private Q_SLOTS:
         const char* name = nullptr;
         sd_bus_get_unique_name(bus->get(), &name);
         for (const QString& signal : {u"ItemsPropertiesUpdated"_s, u"LayoutUpdated"_s}) {
-            QVERIFY(panel.connect(QString::fromLatin1(name), u"/MenuBar"_s, u"com.canonical.dbusmenu"_s, signal, this,
-                                  SLOT(note(QDBusMessage))));
+            QVERIFY(panel.connect(QString::fromLatin1(name), u"/MenuBar"_s, u"com.canonical.dbusmenu"_s,
+                                  signal, this, SLOT(note(QDBusMessage))));
         }
         poll(seam, model, 1); // what is made at the first change stays
         QTRY_COMPARE(_told.size(), 1);
@@ -93,7 +96,8 @@ private Q_SLOTS:
         QTRY_COMPARE(_told.size(), kPolls);
         QCOMPARE(_told.count(u"LayoutUpdated"_s), 0);
         QCOMPARE(openDescriptors(), descriptors);
-        QVERIFY2(ownMemory() < memory + 512, qPrintable(u"%1 KiB, then %2 KiB"_s.arg(memory).arg(ownMemory())));
+        QVERIFY2(ownMemory() < memory + 512,
+                 qPrintable(u"%1 KiB, then %2 KiB"_s.arg(memory).arg(ownMemory())));
     }
 
 private:

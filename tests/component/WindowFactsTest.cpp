@@ -12,6 +12,7 @@ class WindowFactsTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+
     void withoutWindowsThereAreNoFacts() { QVERIFY(presentWindows().empty()); }
 
     void windowOfTheProgramCanBecomeMain()

@@ -310,8 +310,13 @@ class ProgramTest(unittest.TestCase):
     def wait_for_no_window(self):
         wait_until(lambda: not self.windows(), "no window is on the screen")
 
-    @staticmethod
-    def key(*keys):
+    def has_focus(self):
+        active = subprocess.run(["xdotool", "getactivewindow"], capture_output=True, text=True)
+        return active.stdout.strip() in self.windows()
+
+    def key(self, *keys):
+        """Real keys, once the window has the focus."""
+        wait_until(self.has_focus, "the window has the focus")
         subprocess.run(["xdotool", "key", *keys], check=True)
 
 

@@ -26,8 +26,7 @@ QIcon applicationIcon()
 
 WindowLibrary::WindowLibrary()
     : _library(QString::fromStdString(Bundle::main().executable().parent_path() / "libferrobank-window.so"))
-{
-}
+{}
 
 QFunctionPointer WindowLibrary::resolve(const char* entryPoint)
 {
