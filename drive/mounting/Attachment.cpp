@@ -205,11 +205,20 @@ void Attachment::detach(const Volume& volume)
     if (_backEnd->mountsAtHome()) {
         _home.removeIfOwn();
     }
-    if (loopsOf(_paths.image, Recognise::ByFile).empty()) {
-        ::chmod(_paths.image.c_str(), kDetachedMode);
-        removeIfPresent(_paths.openMarker);
-    }
+    settleAfterEjection();
     _log.write("The drive was unmounted.");
+}
+
+void Attachment::settleAfterEjection() const
+{
+    // While any loop device still works on the image, it stays protected and counts as open.
+    if (!loopsOf(_paths.image, Recognise::ByFile).empty()) {
+        return;
+    }
+    if (::chmod(_paths.image.c_str(), kDetachedMode) != 0 && errno != ENOENT) {
+        _log.write("The image could not be made writable again.");
+    }
+    removeIfPresent(_paths.openMarker);
 }
 
 } // namespace ferrobank::drive

@@ -93,7 +93,7 @@ State decode(const json& root)
     integrity.at("unreadable").get_to(state.integrity.unreadable);
     root.at("readonly").get_to(state.readOnly);
     if (const json& progress = root.at("export"); !progress.is_null()) {
-        state.exportProgress = ExportProgress{.done = progress.at("done"), .total = progress.at("total")};
+        state.exportState = ExportState{.done = progress.at("done"), .total = progress.at("total")};
     }
     return state;
 }
@@ -134,7 +134,7 @@ std::string State::toJson() const
     root["integrity"] = {{"device_errors", integrity.deviceErrors}, {"unreadable", integrity.unreadable}};
     root["readonly"] = readOnly;
     root["export"] =
-        exportProgress ? json{{"done", exportProgress->done}, {"total", exportProgress->total}} : json(nullptr);
+        exportState ? json{{"done", exportState->done}, {"total", exportState->total}} : json(nullptr);
     // Names of files are arbitrary bytes; a state that cannot be written would be worse than a replaced letter.
     return root.dump(-1, ' ', false, json::error_handler_t::replace);
 }

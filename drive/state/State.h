@@ -50,11 +50,11 @@ struct IntegrityState {
     bool operator==(const IntegrityState&) const = default;
 };
 
-struct ExportProgress {
+struct ExportState {
     std::uint64_t done = 0;
     std::uint64_t total = 0;
 
-    bool operator==(const ExportProgress&) const = default;
+    bool operator==(const ExportState&) const = default;
 };
 
 /// What the serving process tells the one-shot commands, in `state.json` of the runtime folder. Written by the
@@ -80,7 +80,7 @@ struct State {
     SpaceState space;
     IntegrityState integrity;
     bool readOnly = false;
-    std::optional<ExportProgress> exportProgress;
+    std::optional<ExportState> exportState;
 
     bool operator==(const State&) const = default;
 

@@ -1,0 +1,100 @@
+#include "commands/UninstallCommand.h"
+
+#include "commands/RestartCommand.h"
+#include "control/ControlClient.h"
+#include "login/LoginStart.h"
+#include "mounting/Attachment.h"
+#include "mounting/BackEndChoice.h"
+#include "platform/Failure.h"
+#include "platform/Files.h"
+#include "serving/Locks.h"
+#include "state/ServerProbe.h"
+
+#include <unistd.h>
+
+#include <chrono>
+#include <thread>
+
+namespace ferrobank::drive {
+
+namespace {
+
+constexpr std::chrono::seconds kEndLimit{20};
+constexpr std::chrono::milliseconds kEndStep{20};
+
+/// Waits until no process serves the drive any more, and takes its place.
+Locks takePlace(const Paths& paths)
+{
+    const auto limit = std::chrono::steady_clock::now() + kEndLimit;
+    for (;;) {
+        if (std::optional<Locks> locks = Locks::tryTake(paths)) {
+            return std::move(*locks);
+        }
+        if (std::chrono::steady_clock::now() >= limit) {
+            throw Failure("The drive's background process does not end.", "not-ended");
+        }
+        std::this_thread::sleep_for(kEndStep);
+    }
+}
+
+void askToUnmount(const ServerProbe& server)
+{
+    const std::optional<Reply> reply = ask(server.socket(), {.operation = Operation::Stop}, kRestartLimit);
+    if (!reply) {
+        throw Failure("The drive's background process did not answer. The log may name the reason.", "no-answer");
+    }
+    if (!reply->ok) {
+        throw Failure(reply->text, reply->code);
+    }
+}
+
+void deleteStore(const Paths& paths, const Log& log)
+{
+    for (const std::filesystem::path& file : {paths.image, paths.unprepared, paths.openMarker, paths.figures,
+                                              paths.reserve}) {
+        removeIfPresent(file);
+    }
+    std::error_code error;
+    std::filesystem::remove_all(paths.index, error);
+    removeIfPresent(paths.storeLock);
+    // A folder with files that are not ours stays, with them.
+    std::filesystem::remove(paths.store, error);
+    log.write("The drive's store was deleted.");
+}
+
+bool isInstalled(const Paths& paths)
+{
+    return ::access(paths.store.c_str(), F_OK) == 0;
+}
+
+} // namespace
+
+void uninstall(const Paths& paths, const Log& log, const UninstallWishes& wishes)
+{
+    const LoginStart login(paths, log);
+    if (!isInstalled(paths)) {
+        login.takeAway();
+        return;
+    }
+    const ServerProbe server = ServerProbe::probe(paths);
+    if (server.running) {
+        askToUnmount(server);
+    }
+    login.takeAway();
+    if (server.running) {
+        // The login service has ended the process by now; one that was started otherwise is told to.
+        static_cast<void>(ask(server.socket(), {.operation = Operation::Quit}, kPingLimit));
+    }
+    const Locks locks = takePlace(paths);
+    Attachment attachment(paths, log, chooseBackEnd(paths, log));
+    if (const std::optional<Volume> volume = attachment.current()) {
+        attachment.detach(*volume);
+    }
+    attachment.home().removeIfOwn();
+    if (wishes.store == StoreFate::Delete) {
+        deleteStore(paths, log);
+    }
+    log.write("Ferrobank was uninstalled.");
+}
+
+} // namespace ferrobank::drive
