@@ -146,10 +146,11 @@ CheckRow checkIntegrity(const CheckRow& row, const Context& context)
 {
     const char* advice = "Restore them from a copy; see the log.";
     if (context.server.state && !context.server.state->integrity.unreadable.empty()) {
-        const std::vector<std::string>& files = context.server.state->integrity.unreadable;
-        return row.failed(std::to_string(files.size()) +
-                              (files.size() == 1 ? " file could not be read: " : " files could not be read: ") +
-                              files.front() + (files.size() == 1 ? "" : " and others"),
+        const IntegrityState& found = context.server.state->integrity;
+        const bool single = found.unreadableFiles == 1;
+        return row.failed(std::to_string(found.unreadableFiles) +
+                              (single ? " file could not be read: " : " files could not be read: ") +
+                              found.unreadable.front() + (single ? "" : " and others") + ".",
                           advice);
     }
     if (context.server.state && context.server.state->attachError &&

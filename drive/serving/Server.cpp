@@ -1,7 +1,7 @@
 #include "serving/Server.h"
 
+#include "figures/DeviceCounters.h"
 #include "platform/Failure.h"
-#include "state/Figures.h"
 #include "store/Superblock.h"
 
 #include <fcntl.h>
@@ -75,11 +75,41 @@ Server::Server(Paths paths, Log log, ServingProgram program, Locks locks, std::u
     _state.executable = _program.identity;
     _state.backEnd = _attachment.backEndName();
     if (const std::optional<Figures> known = Figures::read(_paths.figures)) {
-        _state.volumeUsed = known->volumeUsed;
-        _state.walkGeneration = known->walkGeneration;
-        _state.since = known->since;
-        _state.sharing.last = known->lastSharing;
-        _state.space.guard = known->guard;
+        remember(*known);
+    }
+}
+
+void Server::remember(const Figures& known)
+{
+    _knownFigures = known;
+    _state.volumeUsed = known.volumeUsed;
+    _state.walkGeneration = known.walkGeneration;
+    _state.since = known.since;
+    _state.sharing.last = known.lastSharing;
+    _state.space.guard = known.guard;
+    _state.integrity.lastReading = known.lastReading;
+    _state.integrity.unreadableFiles = known.unreadableFiles;
+    _state.integrity.unreadable = known.unreadable;
+}
+
+void Server::keepFigures()
+{
+    // Before the first mount there is no drive yet whose figures these could be.
+    if (_state.since == 0) {
+        return;
+    }
+    const Figures figures{.uuid = _state.uuid,
+                          .volumeUsed = _state.volumeUsed,
+                          .walkGeneration = _state.walkGeneration,
+                          .guard = _state.space.guard,
+                          .since = _state.since,
+                          .lastReading = _state.integrity.lastReading,
+                          .lastSharing = _state.sharing.last,
+                          .unreadableFiles = _state.integrity.unreadableFiles,
+                          .unreadable = _state.integrity.unreadable};
+    if (figures != _knownFigures) {
+        figures.write(_paths.figures);
+        _knownFigures = figures;
     }
 }
 
@@ -147,11 +177,8 @@ void Server::becomeMounted(const Volume& volume)
     }
     if (_state.since == 0) {
         _state.since = ::time(nullptr);
-        Figures figures;
-        figures.uuid = _state.uuid;
-        figures.since = _state.since;
-        figures.write(_paths.figures);
     }
+    lookAtDevice();
     startWorkers();
     publish();
 }
@@ -172,7 +199,7 @@ void Server::becomeFailed(const Problem& problem)
 void Server::startWorkers()
 {
     if (_volume && !_volume->readOnly) {
-        _workers = std::make_unique<Workers>(_paths, _log, *_volume, _mailbox);
+        _workers = std::make_unique<Workers>(_paths, _log, *_volume, _state, _mailbox);
     }
 }
 
@@ -190,6 +217,7 @@ void Server::publish()
         }
         replaceFile(_paths.state(), _state.toJson());
         _published = _state;
+        keepFigures();
     }
     catch (const Failure& failure) {
         _log.write(failure.text());
@@ -225,6 +253,9 @@ void Server::waitForEvents()
     if (_exportLimit && now >= *_exportLimit) {
         _exportLimit.reset();
         _state.exportState.reset();
+        if (_workers) {
+            _workers->setSharing(Housekeeping::Sharing::Allowed);
+        }
     }
     if (_retryAt && now >= *_retryAt) {
         tryAttach(Interaction::Silent);
@@ -272,7 +303,23 @@ void Server::lookAtMounts(MountsChanged mountsChanged)
     }
 }
 
-void Server::lookAtDevice() {}
+void Server::lookAtDevice()
+{
+    if (!_volume) {
+        return;
+    }
+    const FileDescriptor folder(::open(_volume->mountPoint.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const std::optional<DeviceErrors> errors = folder ? deviceErrors(folder.get()) : std::nullopt;
+    if (!errors) {
+        return;
+    }
+    const std::uint64_t sum =
+        errors->write + errors->read + errors->flush + errors->corruption + errors->generation;
+    if (sum > _state.integrity.deviceErrors) {
+        _log.write("The drive's store has shown " + std::to_string(sum) + " read or write errors.");
+    }
+    _state.integrity.deviceErrors = sum;
+}
 
 void Server::handleSignals()
 {
@@ -319,6 +366,9 @@ void Server::handle(PendingRequest request)
     case Operation::PauseDedup:
         _state.exportState = {.done = request.request.done, .total = request.request.total};
         _exportLimit = Clock::now() + kExportPause;
+        if (_workers) {
+            _workers->setSharing(Housekeeping::Sharing::Paused);
+        }
         request.answer(Reply::success());
         return;
     case Operation::Stop:

@@ -7,6 +7,7 @@
 #include "serving/Locks.h"
 #include "serving/Mailbox.h"
 #include "serving/Workers.h"
+#include "state/Figures.h"
 #include "state/State.h"
 
 #include <chrono>
@@ -65,6 +66,8 @@ private:
     void waitForEvents();
     void handleSignals();
     void publish();
+    void remember(const Figures& known);
+    void keepFigures();
     [[nodiscard]] Reply attachReply() const;
     [[nodiscard]] int pollTimeout() const;
 
@@ -75,6 +78,7 @@ private:
     Attachment _attachment;
     State _state;
     State _published;
+    Figures _knownFigures;
     Mailbox _mailbox;
     FileDescriptor _signals;
     FileDescriptor _mountTable;

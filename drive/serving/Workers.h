@@ -3,10 +3,9 @@
 #include "mounting/Volume.h"
 #include "platform/Log.h"
 #include "platform/Paths.h"
+#include "serving/Housekeeping.h"
 #include "serving/Mailbox.h"
 #include "space/SpaceKeeper.h"
-
-#include <chrono>
 
 namespace ferrobank::drive {
 
@@ -14,10 +13,13 @@ namespace ferrobank::drive {
 /// files open on it, so they must be gone before it is unmounted: made after a mount, destroyed before an unmount.
 class Workers {
 public:
-    Workers(const Paths& paths, const Log& log, const Volume& volume, Mailbox& mailbox);
+    Workers(const Paths& paths, const Log& log, const Volume& volume, const State& state, Mailbox& mailbox);
+
+    void setSharing(Housekeeping::Sharing sharing) { _housekeeping.setSharing(sharing); }
 
 private:
     SpaceKeeper _space;
+    Housekeeping _housekeeping;
 };
 
 } // namespace ferrobank::drive

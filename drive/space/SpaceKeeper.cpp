@@ -154,13 +154,16 @@ int SpaceKeeper::look(const std::stop_token& stop)
     figures = hostFigures(store);
     figures.driveFree = static_cast<std::uint64_t>(drive.f_bavail) * drive.f_frsize;
     figures.guard = guard.size();
+    SpaceState space{.hostFree = figures.hostFree,
+                     .reserve = reserveFor(figures),
+                     .guard = figures.guard,
+                     .level = levelFor(figures)};
+    _report(space);
     if ((drive.f_flag & ST_RDONLY) == 0 && needsCorrection(figures)) {
         guard.resize(guardTarget(figures), stop);
+        space.guard = guard.size();
+        _report(space);
     }
-    _report({.hostFree = figures.hostFree,
-             .reserve = reserveFor(figures),
-             .guard = guard.size(),
-             .level = levelFor(figures)});
     return pollSeconds(figures);
 }
 

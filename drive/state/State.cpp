@@ -90,7 +90,9 @@ State decode(const json& root)
                    .level = valueOf(kLevels, space.at("level"))};
     const json& integrity = root.at("integrity");
     integrity.at("device_errors").get_to(state.integrity.deviceErrors);
+    integrity.at("unreadable_files").get_to(state.integrity.unreadableFiles);
     integrity.at("unreadable").get_to(state.integrity.unreadable);
+    integrity.at("last_reading").get_to(state.integrity.lastReading);
     root.at("readonly").get_to(state.readOnly);
     if (const json& progress = root.at("export"); !progress.is_null()) {
         state.exportState = ExportState{.done = progress.at("done"), .total = progress.at("total")};
@@ -131,7 +133,10 @@ std::string State::toJson() const
                      {"reserve", space.reserve},
                      {"guard", space.guard},
                      {"level", wordOf(kLevels, space.level)}};
-    root["integrity"] = {{"device_errors", integrity.deviceErrors}, {"unreadable", integrity.unreadable}};
+    root["integrity"] = {{"device_errors", integrity.deviceErrors},
+                         {"unreadable_files", integrity.unreadableFiles},
+                         {"unreadable", integrity.unreadable},
+                         {"last_reading", integrity.lastReading}};
     root["readonly"] = readOnly;
     root["export"] =
         exportState ? json{{"done", exportState->done}, {"total", exportState->total}} : json(nullptr);

@@ -44,8 +44,11 @@ struct SpaceState {
 /// Errors that the drive has shown while it was mounted.
 struct IntegrityState {
     std::uint64_t deviceErrors = 0;
-    /// Paths of files that could not be read in the last reading pass, ready for display.
+    /// How many files could not be read in the last reading pass, and the first three of them, ready for display.
+    std::uint64_t unreadableFiles = 0;
     std::vector<std::string> unreadable;
+    /// Seconds since the epoch of the last complete reading pass.
+    std::int64_t lastReading = 0;
 
     bool operator==(const IntegrityState&) const = default;
 };
