@@ -1,12 +1,12 @@
 #include "commands/Checks.h"
 
+#include "commands/ServedVolume.h"
 #include "commands/WriteTrial.h"
 #include "control/ControlClient.h"
 #include "figures/DeviceCounters.h"
 #include "figures/DisplayText.h"
 #include "login/LoginStart.h"
 #include "mounting/Attachment.h"
-#include "mounting/Volume.h"
 #include "platform/Failure.h"
 #include "platform/FileDescriptor.h"
 #include "space/SpaceKeeper.h"
@@ -215,10 +215,11 @@ void runChecks(const Paths& paths, const Log& log, const std::function<void(cons
         report(row);
         try {
             // Asked anew for each row: the state may change while an earlier one takes its time.
+            const ServerProbe server = ServerProbe::probe(paths);
             const Context context{.paths = paths,
                                   .log = log,
-                                  .server = ServerProbe::probe(paths),
-                                  .volume = findVolume(paths.image, Recognise::ByName)};
+                                  .server = server,
+                                  .volume = findServedVolume(paths, server)};
             report(named.check(row, context));
         }
         catch (const Failure& failure) {

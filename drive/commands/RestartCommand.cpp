@@ -1,9 +1,9 @@
 #include "commands/RestartCommand.h"
 
 #include "commands/ServeCommand.h"
+#include "commands/ServedVolume.h"
 #include "control/ControlClient.h"
 #include "login/LoginStart.h"
-#include "mounting/Volume.h"
 #include "platform/Failure.h"
 #include "state/ServerProbe.h"
 
@@ -93,7 +93,7 @@ void waitUntilMounted(const Paths& paths)
     const auto limit = std::chrono::steady_clock::now() + kMountLimit;
     for (;;) {
         const ServerProbe probe = ServerProbe::probe(paths);
-        const std::optional<Volume> volume = findVolume(paths.image, Recognise::ByName);
+        const std::optional<Volume> volume = findServedVolume(paths, probe);
         if (probe.state && probe.state->phase == Phase::Mounted && volume && !volume->readOnly) {
             return;
         }

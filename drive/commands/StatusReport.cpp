@@ -1,8 +1,8 @@
 #include "commands/StatusReport.h"
 
+#include "commands/ServedVolume.h"
 #include "commands/Words.h"
 #include "figures/DeviceCounters.h"
-#include "mounting/Volume.h"
 #include "state/Figures.h"
 #include "store/Superblock.h"
 
@@ -24,11 +24,11 @@ StatusReport StatusReport::gather(const Paths& paths)
 
     const std::optional<Superblock> superblock = readSuperblock(paths.image);
     report.installed = superblock.has_value();
-    const std::optional<Volume> volume = findVolume(paths.image, Recognise::ByName);
+    const ServerProbe server = ServerProbe::probe(paths);
+    const std::optional<Volume> volume = findServedVolume(paths, server);
     report.mounted = volume && !volume->readOnly;
     report.store_bytes = allocatedBytes(paths.image);
 
-    const ServerProbe server = ServerProbe::probe(paths);
     const std::optional<Figures> figures = Figures::read(paths.figures);
     std::uint64_t guard = figures ? figures->guard : 0;
     if (figures && report.installed) {

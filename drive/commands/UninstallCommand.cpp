@@ -48,15 +48,29 @@ void askToUnmount(const ServerProbe& server)
     }
 }
 
+/// Our files, and what a kill left of their making: the same names with something after them.
+bool isOurs(const std::string& name, const Paths& paths)
+{
+    for (const std::filesystem::path& file :
+         {paths.image, paths.unprepared, paths.openMarker, paths.figures, paths.reserve, paths.storeLock}) {
+        const std::string own = file.filename().string();
+        if (name == own || name.starts_with(own + ".")) {
+            return true;
+        }
+    }
+    return name == "skeleton.new";
+}
+
 void deleteStore(const Paths& paths, const Log& log)
 {
-    for (const std::filesystem::path& file : {paths.image, paths.unprepared, paths.openMarker, paths.figures,
-                                              paths.reserve}) {
-        removeIfPresent(file);
-    }
+    removeIfPresent(paths.image);
     std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(paths.store, error)) {
+        if (isOurs(entry.path().filename().string(), paths)) {
+            std::filesystem::remove_all(entry.path(), error);
+        }
+    }
     std::filesystem::remove_all(paths.index, error);
-    removeIfPresent(paths.storeLock);
     // A folder with files that are not ours stays, with them.
     std::filesystem::remove(paths.store, error);
     log.write("The drive's store was deleted.");

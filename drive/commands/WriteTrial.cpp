@@ -5,8 +5,10 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <linux/magic.h>
 #include <signal.h>
 #include <sys/stat.h>
+#include <sys/statfs.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -45,7 +47,14 @@ int writeSyncAndReadBack(int folder, const char* name)
 int trial(const char* mountPoint, const char* name)
 {
     const FileDescriptor root(::open(mountPoint, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!root || (::mkdirat(root.get(), ".ferrobank", 0700) != 0 && errno != EEXIST)) {
+    struct statfs volume {};
+    if (!root || ::fstatfs(root.get(), &volume) != 0) {
+        return errno;
+    }
+    if (volume.f_type != BTRFS_SUPER_MAGIC) {
+        return ENODEV;
+    }
+    if (::mkdirat(root.get(), ".ferrobank", 0700) != 0 && errno != EEXIST) {
         return errno;
     }
     const FileDescriptor folder(

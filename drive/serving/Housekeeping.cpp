@@ -9,6 +9,8 @@
 #include "sharing/ReadingPass.h"
 #include "sharing/Scanner.h"
 
+#include <fcntl.h>
+
 #include <algorithm>
 #include <ctime>
 #include <utility>
@@ -159,7 +161,12 @@ void Housekeeping::walk(std::uint64_t generation, const std::stop_token& stop)
 {
     const auto begin = std::chrono::steady_clock::now();
     UsageSum sum;
-    const WalkEnd end = walkTree(_root, sum, stop);
+    FileDescriptor root(::open(_root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const std::optional<VolumeState> volume = root ? volumeState(root.get()) : std::nullopt;
+    if (!volume || volume->uuid != _uuid) {
+        return;
+    }
+    const WalkEnd end = walkTree(std::move(root), sum, stop);
     _walkEnd = std::chrono::steady_clock::now();
     _lastWalk.duration = _walkEnd - begin;
     if (end != WalkEnd::Cancelled) {

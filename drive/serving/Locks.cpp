@@ -2,6 +2,7 @@
 
 #include "platform/Failure.h"
 #include "platform/Files.h"
+#include "state/ServerProbe.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -14,10 +15,10 @@ namespace ferrobank::drive {
 
 namespace {
 
-void writeRuntimeFolder(int file, const std::string& folder)
+void writeLockText(int file, const std::string& text)
 {
     if (::ftruncate(file, 0) != 0 ||
-        ::pwrite(file, folder.data(), folder.size(), 0) != static_cast<ssize_t>(folder.size())) {
+        ::pwrite(file, text.data(), text.size(), 0) != static_cast<ssize_t>(text.size())) {
         throw systemFailure("Cannot write the store's lock", errno);
     }
 }
@@ -57,7 +58,7 @@ std::optional<Locks> Locks::tryTake(const Paths& paths)
     if (!store) {
         return std::nullopt;
     }
-    writeRuntimeFolder(store->descriptor(), paths.runtime.string());
+    writeLockText(store->descriptor(), LockText{.process = ::getpid(), .runtime = paths.runtime}.toText());
     return Locks{.serve = std::move(*serve), .store = std::move(*store)};
 }
 

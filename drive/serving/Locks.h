@@ -29,8 +29,8 @@ struct Locks {
     FileLock serve;
     FileLock store;
 
-    /// Nothing when another process serves. Makes the folders, and writes the runtime folder's path into the
-    /// store's lock for the commands. Throws Failure.
+    /// Nothing when another process serves. Makes the folders, and writes this process and its runtime folder
+    /// into the store's lock for the commands. Throws Failure.
     [[nodiscard]] static std::optional<Locks> tryTake(const Paths& paths);
     [[nodiscard]] static Locks inherit(const Inheritance& inheritance);
 };

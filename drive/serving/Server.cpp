@@ -273,7 +273,7 @@ void Server::lookAtMounts(MountsChanged mountsChanged)
     if (_state.phase == Phase::Starting || _state.phase == Phase::Stopping) {
         return;
     }
-    const std::optional<Volume> found = findVolume(_paths.image, Recognise::ByName);
+    const std::optional<Volume> found = findVolume(_paths.image, Recognise::ByFile);
     if (_volume && !found) {
         _workers.reset();
         _attachment.settleAfterEjection();

@@ -19,7 +19,7 @@ HousekeepingMemory memoryOf(const State& state)
 } // namespace
 
 Workers::Workers(const Paths& paths, const Log& log, const Volume& volume, const State& state, Mailbox& mailbox)
-    : _space(volume.mountPoint, paths.reserve, log,
+    : _space(volume.mountPoint, state.uuid, paths.reserve, log,
              [&mailbox](const SpaceState& space) {
                  mailbox.post([space](State& changed) { changed.space = space; });
              })
