@@ -33,7 +33,10 @@ Failure mountFailure(int error)
     if (error == ENODEV || !kernelHasBtrfs()) {
         return Failure("This system's kernel has no Btrfs support.", "no-btrfs");
     }
-    return systemFailure("The drive could not be mounted", error);
+    const Failure failure = systemFailure("The drive could not be mounted", error);
+    // A loop device that a killed process used is neither free nor usable for a moment.
+    const bool passing = error == EBUSY || error == ENXIO;
+    return Failure(failure.text(), passing ? "device-busy" : failure.code());
 }
 
 /// False when the kernel refuses direct I/O on this host file system and the caller should do without.

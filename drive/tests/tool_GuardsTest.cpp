@@ -194,7 +194,7 @@ TEST_F(Guards, ejectedDriveIsReportedAndComesBackOnlyOnRequest)
 {
     makeDrive();
     ASSERT_TRUE(host->serveAndMount());
-    ASSERT_TRUE(waitUntil([&] { return ::umount2(host->paths().drive.c_str(), 0) == 0; }));
+    ASSERT_TRUE(waitUntil([&] { return ::umount2(host->paths().drive.c_str(), 0) == 0; }, std::chrono::seconds(60)));
     EXPECT_TRUE(waitUntil([&] { return !host->attachError().empty(); }));
     EXPECT_EQ(host->attachError(), "The drive was ejected. Restart Ferrobank to mount it again.");
     EXPECT_FALSE(host->isMounted());
@@ -206,7 +206,7 @@ TEST_F(Guards, driveMountedAgainByHandIsAdopted)
 {
     makeDrive();
     ASSERT_TRUE(host->serveAndMount());
-    ASSERT_TRUE(waitUntil([&] { return ::umount2(host->paths().drive.c_str(), 0) == 0; }));
+    ASSERT_TRUE(waitUntil([&] { return ::umount2(host->paths().drive.c_str(), 0) == 0; }, std::chrono::seconds(60)));
     ASSERT_TRUE(waitUntil([&] { return !host->attachError().empty(); }));
     ASSERT_EQ(runProgram({"mount", "-o", "loop,subvol=u/files", host->paths().image.string(),
                           host->paths().drive.string()}),

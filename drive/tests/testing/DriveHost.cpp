@@ -47,6 +47,15 @@ std::string readToEnd(int descriptor)
     }
 }
 
+/// Whether a process has gone so far that its files are closed: a killed one first finishes its system call.
+bool hasLetGo(pid_t process)
+{
+    const std::string facts =
+        readSmallFile("/proc/" + std::to_string(process) + "/stat").value_or(std::string());
+    const std::size_t state = facts.rfind(") ");
+    return state == std::string::npos || facts[state + 2] == 'Z' || facts[state + 2] == 'X';
+}
+
 std::string hashOf(const std::filesystem::path& file)
 {
     std::ifstream stream(file, std::ios::binary);
@@ -172,12 +181,10 @@ void DriveHost::endServing(int signal)
 {
     for (const pid_t process : ownProcesses()) {
         ::kill(process, signal);
+        EXPECT_TRUE(waitUntil([process] { return hasLetGo(process); }, std::chrono::seconds(30)))
+            << "a serving process does not end";
+        ::waitpid(process, nullptr, WNOHANG);
     }
-    EXPECT_TRUE(waitUntil([this] {
-        while (::waitpid(-1, nullptr, WNOHANG) > 0) {
-        }
-        return ownProcesses().empty();
-    }, std::chrono::seconds(30))) << "a serving process does not end";
 }
 
 void DriveHost::dropDrive()
