@@ -1,6 +1,6 @@
 #include "commands/UninstallCommand.h"
 
-#include "commands/RestartCommand.h"
+#include "commands/ExportRun.h"
 #include "control/ControlClient.h"
 #include "login/LoginStart.h"
 #include "mounting/Attachment.h"
@@ -10,6 +10,7 @@
 #include "serving/Locks.h"
 #include "state/ServerProbe.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -76,6 +77,13 @@ void deleteStore(const Paths& paths, const Log& log)
     log.write("The drive's store was deleted.");
 }
 
+/// An image that cannot be used is still worth the refusal: only without any file is there nothing to copy.
+bool hasImage(const Paths& paths)
+{
+    struct stat status {};
+    return ::lstat(paths.image.c_str(), &status) == 0 || ::access(paths.figures.c_str(), F_OK) == 0;
+}
+
 bool isInstalled(const Paths& paths)
 {
     return ::access(paths.store.c_str(), F_OK) == 0;
@@ -89,6 +97,9 @@ void uninstall(const Paths& paths, const Log& log, const UninstallWishes& wishes
     if (!isInstalled(paths)) {
         login.takeAway();
         return;
+    }
+    if (wishes.exportTo && hasImage(paths)) {
+        exportBeforeUninstall(paths, log, *wishes.exportTo);
     }
     const ServerProbe server = ServerProbe::probe(paths);
     if (server.running) {

@@ -119,6 +119,8 @@ void prepareOnLoop(const std::string& device, const std::filesystem::path& scrat
     if (::mkdir(scratch.c_str(), 0700) != 0 && errno != EEXIST) {
         throw systemFailure("Cannot make " + scratch.string(), errno);
     }
+    // A killed preparation leaves its mount, and the kernel refuses the same one twice on a folder.
+    ::umount2(scratch.c_str(), UMOUNT_NOFOLLOW);
     if (::mount(device.c_str(), scratch.c_str(), "btrfs", MS_NOSUID | MS_NODEV | MS_NOEXEC | MS_NOATIME,
                 "discard=sync") != 0) {
         const int error = errno;
