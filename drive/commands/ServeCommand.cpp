@@ -48,7 +48,7 @@ int serve(const Paths& paths, const Log& log)
     const ServingProgram program{.path = ownPath(),
                                  .identity = identityOf("/proc/self/exe").value_or(FileIdentity()),
                                  .version = ownVersion()};
-    Server server(paths, log, program, std::move(*locks), chooseBackEnd(paths, log));
+    Server server(paths, log, program, std::move(*locks), chooseBackEnd(paths));
     return server.run(FileDescriptor(inheritance ? inheritance->reply : -1));
 }
 

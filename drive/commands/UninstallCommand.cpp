@@ -1,12 +1,15 @@
 #include "commands/UninstallCommand.h"
 
 #include "commands/ExportRun.h"
+#include "commands/ServeCommand.h"
 #include "control/ControlClient.h"
 #include "login/LoginStart.h"
 #include "mounting/Attachment.h"
 #include "mounting/BackEndChoice.h"
+#include "mounting/FstabLine.h"
 #include "platform/Failure.h"
 #include "platform/Files.h"
+#include "platform/Program.h"
 #include "serving/Locks.h"
 #include "state/ServerProbe.h"
 
@@ -22,6 +25,7 @@ namespace {
 
 constexpr std::chrono::seconds kEndLimit{20};
 constexpr std::chrono::milliseconds kEndStep{20};
+constexpr std::chrono::seconds kHelperLimit{120};
 
 /// Waits until no process serves the drive any more, and takes its place.
 Locks takePlace(const Paths& paths)
@@ -84,6 +88,19 @@ bool hasImage(const Paths& paths)
     return ::lstat(paths.image.c_str(), &status) == 0 || ::access(paths.figures.c_str(), F_OK) == 0;
 }
 
+/// Only an administrator may, so a refusal is no reason to stop: the line does nothing without its store.
+void removeFstabLine(const Paths& paths, const Log& log)
+{
+    if (!holdsFstabLine(readSmallFile(kFstab).value_or(std::string()), fstabLine(paths))) {
+        return;
+    }
+    const ProgramOutcome outcome =
+        runSystemProgram("pkexec", {ownPath(), "helper-fstab", "remove"}, kHelperLimit);
+    if (!outcome.succeeded()) {
+        log.write("The drive's line stays in /etc/fstab: " + outcome.output);
+    }
+}
+
 bool isInstalled(const Paths& paths)
 {
     return ::access(paths.store.c_str(), F_OK) == 0;
@@ -111,11 +128,12 @@ void uninstall(const Paths& paths, const Log& log, const UninstallWishes& wishes
         static_cast<void>(ask(server.socket(), {.operation = Operation::Quit}, kPingLimit));
     }
     const Locks locks = takePlace(paths);
-    Attachment attachment(paths, log, chooseBackEnd(paths, log));
+    Attachment attachment(paths, log, chooseBackEnd(paths));
     if (const std::optional<Volume> volume = attachment.current()) {
         attachment.detach(*volume);
     }
     attachment.home().removeIfOwn();
+    removeFstabLine(paths, log);
     if (wishes.store == StoreFate::Delete) {
         deleteStore(paths, log);
     }
