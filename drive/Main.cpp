@@ -1,4 +1,6 @@
-int main()
+#include "commands/CommandLine.h"
+
+int main(int argumentCount, char** arguments)
 {
-    return 0;
+    return ferrobank::drive::runCommandLine(argumentCount, arguments);
 }

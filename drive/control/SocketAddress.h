@@ -2,6 +2,7 @@
 
 #include "platform/FileDescriptor.h"
 
+#include <sys/socket.h>
 #include <sys/un.h>
 
 #include <filesystem>

@@ -13,7 +13,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
+#include <thread>
 #include <utility>
 
 namespace ferrobank::drive {
@@ -22,6 +24,8 @@ namespace {
 
 constexpr mode_t kDetachedMode = 0600;
 constexpr mode_t kAttachedMode = 0400;
+constexpr int kBusyAttempts = 20;
+constexpr std::chrono::milliseconds kBusyStep{100};
 
 std::string fileSystemIdentifier(const std::filesystem::path& mountPoint)
 {
@@ -73,11 +77,21 @@ std::optional<Volume> Attachment::current() const
 Volume Attachment::attach(Interaction interaction)
 {
     ensurePrivateFolder(_paths.store);
-    const std::vector<LoopDevice> loops = loopsOf(_paths.image, Recognise::ByFile);
-    if (const std::optional<Volume> mounted = findVolume(loops, readMountTable())) {
-        return adopt(*mounted);
+    for (int attempt = 1;; ++attempt) {
+        const std::vector<LoopDevice> loops = loopsOf(_paths.image, Recognise::ByFile);
+        if (const std::optional<Volume> mounted = findVolume(loops, readMountTable())) {
+            return adopt(*mounted);
+        }
+        try {
+            return mountAnew(interaction, loops);
+        }
+        catch (const Failure& failure) {
+            if (failure.code() != "device-busy" || attempt == kBusyAttempts) {
+                throw;
+            }
+        }
+        std::this_thread::sleep_for(kBusyStep);
     }
-    return mountAnew(interaction, loops);
 }
 
 Volume Attachment::adopt(const Volume& volume)
@@ -205,11 +219,20 @@ void Attachment::detach(const Volume& volume)
     if (_backEnd->mountsAtHome()) {
         _home.removeIfOwn();
     }
-    if (loopsOf(_paths.image, Recognise::ByFile).empty()) {
-        ::chmod(_paths.image.c_str(), kDetachedMode);
-        removeIfPresent(_paths.openMarker);
-    }
+    settleAfterEjection();
     _log.write("The drive was unmounted.");
+}
+
+void Attachment::settleAfterEjection() const
+{
+    // While any loop device still works on the image, it stays protected and counts as open.
+    if (!loopsOf(_paths.image, Recognise::ByFile).empty()) {
+        return;
+    }
+    if (::chmod(_paths.image.c_str(), kDetachedMode) != 0 && errno != ENOENT) {
+        _log.write("The image could not be made writable again.");
+    }
+    removeIfPresent(_paths.openMarker);
 }
 
 } // namespace ferrobank::drive

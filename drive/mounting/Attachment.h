@@ -25,6 +25,8 @@ public:
     Volume attach(Interaction interaction);
     /// Unmounts and makes the image writable again for the next attach. "busy" when programs use the drive.
     void detach(const Volume& volume);
+    /// To be called when somebody else has unmounted the drive: makes the store ready for the next attach.
+    void settleAfterEjection() const;
     /// Refuses ("store-deleted") when unmounting now would destroy the files for good.
     void requireStoreInPlace() const;
 

@@ -33,7 +33,10 @@ Failure mountFailure(int error)
     if (error == ENODEV || !kernelHasBtrfs()) {
         return Failure("This system's kernel has no Btrfs support.", "no-btrfs");
     }
-    return systemFailure("The drive could not be mounted", error);
+    const Failure failure = systemFailure("The drive could not be mounted", error);
+    // A loop device that a killed process used is neither free nor usable for a moment.
+    const bool passing = error == EBUSY || error == ENXIO;
+    return Failure(failure.text(), passing ? "device-busy" : failure.code());
 }
 
 /// False when the kernel refuses direct I/O on this host file system and the caller should do without.
@@ -44,6 +47,13 @@ bool configure(int loop, int image, std::uint32_t extraFlags)
     settings.block_size = kSectorBytes;
     settings.info.lo_flags = LO_FLAGS_AUTOCLEAR | extraFlags;
     return ::ioctl(loop, LOOP_CONFIGURE, &settings) == 0;
+}
+
+bool hasBackingFile(const std::string& device)
+{
+    const std::filesystem::path backing =
+        "/sys/block" / std::filesystem::path(device).filename() / "loop/backing_file";
+    return ::access(backing.c_str(), F_OK) == 0;
 }
 
 /// Unmounts when it goes, whatever happened in between.
@@ -84,6 +94,11 @@ FreshLoop makeLoop(const std::filesystem::path& image)
     if (!file) {
         throw systemFailure("The drive's store could not be opened", errno);
     }
+    return makeLoop(file);
+}
+
+FreshLoop makeLoop(const FileDescriptor& file)
+{
     const FileDescriptor control(::open("/dev/loop-control", O_RDWR | O_CLOEXEC));
     if (!control) {
         throw Failure("This system has no loop devices, which the drive needs.", "no-loop");
@@ -116,6 +131,8 @@ void prepareOnLoop(const std::string& device, const std::filesystem::path& scrat
     if (::mkdir(scratch.c_str(), 0700) != 0 && errno != EEXIST) {
         throw systemFailure("Cannot make " + scratch.string(), errno);
     }
+    // A killed preparation leaves its mount, and the kernel refuses the same one twice on a folder.
+    ::umount2(scratch.c_str(), UMOUNT_NOFOLLOW);
     if (::mount(device.c_str(), scratch.c_str(), "btrfs", MS_NOSUID | MS_NODEV | MS_NOEXEC | MS_NOATIME,
                 "discard=sync") != 0) {
         const int error = errno;
@@ -126,21 +143,28 @@ void prepareOnLoop(const std::string& device, const std::filesystem::path& scrat
     ensureFilesSubvolume(scratch, owner, group);
 }
 
-bool releaseLoop(const std::string& device)
+bool awaitLoopGone(const std::string& device)
 {
-    const std::filesystem::path backing =
-        "/sys/block" / std::filesystem::path(device).filename() / "loop/backing_file";
     const auto limit = std::chrono::steady_clock::now() + kReleaseLimit;
-    bool told = false;
-    while (::access(backing.c_str(), F_OK) == 0) {
+    while (hasBackingFile(device)) {
         if (std::chrono::steady_clock::now() > limit) {
             return false;
         }
         std::this_thread::sleep_for(kReleaseStep);
-        const FileDescriptor loop(told ? -1 : ::open(device.c_str(), O_RDWR | O_CLOEXEC));
-        told = told || (loop && ::ioctl(loop.get(), LOOP_CLR_FD) == 0);
     }
     return true;
+}
+
+bool releaseLoop(const std::string& device)
+{
+    if (hasBackingFile(device)) {
+        // One that was not made by us may not let go by itself.
+        const FileDescriptor loop(::open(device.c_str(), O_RDWR | O_CLOEXEC));
+        if (loop) {
+            ::ioctl(loop.get(), LOOP_CLR_FD);
+        }
+    }
+    return awaitLoopGone(device);
 }
 
 void unmountOrName(const std::filesystem::path& mountPoint)

@@ -37,6 +37,9 @@ void unmountOrName(const std::filesystem::path& mountPoint);
 /// lets go by itself when it was set to at its last unmount, and is told to otherwise.
 bool releaseLoop(const std::string& device);
 
+/// The same for a user who may only wait for it.
+bool awaitLoopGone(const std::string& device);
+
 /// Mounts a loop device for the time of a preparation and makes the `files` subvolume for `owner`.
 void prepareOnLoop(const std::string& device, const std::filesystem::path& scratch, uid_t owner, gid_t group);
 
@@ -47,5 +50,7 @@ struct FreshLoop {
 };
 
 [[nodiscard]] FreshLoop makeLoop(const std::filesystem::path& image);
+/// The same on an open file, for a caller who must be sure which one it is.
+[[nodiscard]] FreshLoop makeLoop(const FileDescriptor& image);
 
 } // namespace ferrobank::drive

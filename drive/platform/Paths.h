@@ -15,7 +15,7 @@ struct Paths {
     std::filesystem::path support;
     std::filesystem::path store;
     std::filesystem::path image;
-    /// Held with flock by the serving process; holds the path of its runtime folder as text.
+    /// Held with flock by the serving process; names it and its runtime folder.
     std::filesystem::path storeLock;
     std::filesystem::path figures;
     std::filesystem::path reserve;

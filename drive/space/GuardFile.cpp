@@ -1,7 +1,8 @@
 #include "space/GuardFile.h"
 
+#include "figures/DeviceCounters.h"
+#include "figures/TreeWalk.h"
 #include "platform/Failure.h"
-#include "platform/FileDescriptor.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -9,6 +10,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <optional>
+#include <utility>
 
 namespace ferrobank::drive {
 
@@ -16,19 +19,28 @@ namespace {
 
 constexpr std::uint64_t kStep = 256ULL << 30;
 constexpr std::uint64_t kBlock = 4096;
+constexpr const char* kGuardPath = ".ferrobank/guard";
 
 } // namespace
 
-GuardFile::GuardFile(const std::filesystem::path& mountPoint)
-    : _folder(mountPoint / ".ferrobank")
-    , _file(_folder / "guard")
+GuardFile::GuardFile(std::filesystem::path mountPoint, std::string uuid)
+    : _mountPoint(std::move(mountPoint))
+    , _uuid(std::move(uuid))
 {
+}
+
+FileDescriptor GuardFile::openDrive() const
+{
+    FileDescriptor root(::open(_mountPoint.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const std::optional<VolumeState> volume = root ? volumeState(root.get()) : std::nullopt;
+    return volume && volume->uuid == _uuid ? std::move(root) : FileDescriptor();
 }
 
 std::uint64_t GuardFile::size() const
 {
+    const FileDescriptor root = openDrive();
     struct stat status {};
-    if (::lstat(_file.c_str(), &status) != 0) {
+    if (!root || ::fstatat(root.get(), kGuardPath, &status, AT_SYMLINK_NOFOLLOW) != 0) {
         return 0;
     }
     return static_cast<std::uint64_t>(status.st_blocks) * 512;
@@ -36,10 +48,14 @@ std::uint64_t GuardFile::size() const
 
 void GuardFile::resize(std::uint64_t bytes, const std::stop_token& stop) const
 {
-    if (::mkdir(_folder.c_str(), 0700) != 0 && errno != EEXIST) {
+    const FileDescriptor root = openDrive();
+    if (!root) {
+        return;
+    }
+    if (::mkdirat(root.get(), kToolFolder, 0700) != 0 && errno != EEXIST) {
         throw systemFailure("Cannot make the drive's own folder", errno);
     }
-    const FileDescriptor file(::open(_file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+    const FileDescriptor file(::openat(root.get(), kGuardPath, O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
     if (!file) {
         throw systemFailure("Cannot open the space guard", errno);
     }

@@ -3,7 +3,6 @@
 #include "platform/Failure.h"
 #include "platform/FileDescriptor.h"
 #include "platform/Files.h"
-#include "space/GuardFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -94,8 +93,10 @@ SpaceFigures hostFigures(const std::filesystem::path& store)
     return figures;
 }
 
-SpaceKeeper::SpaceKeeper(std::filesystem::path mountPoint, std::filesystem::path reserve, Log log, Report report)
+SpaceKeeper::SpaceKeeper(std::filesystem::path mountPoint, const std::string& uuid, std::filesystem::path reserve,
+                         Log log, Report report)
     : _mountPoint(std::move(mountPoint))
+    , _guard(_mountPoint, uuid)
     , _reserve(std::move(reserve))
     , _log(std::move(log))
     , _report(std::move(report))
@@ -146,21 +147,23 @@ int SpaceKeeper::look(const std::stop_token& stop)
         break;
     }
 
-    const GuardFile guard(_mountPoint);
     struct statvfs drive {};
     if (::statvfs(_mountPoint.c_str(), &drive) != 0) {
         throw systemFailure("Cannot look at the drive", errno);
     }
     figures = hostFigures(store);
     figures.driveFree = static_cast<std::uint64_t>(drive.f_bavail) * drive.f_frsize;
-    figures.guard = guard.size();
+    figures.guard = _guard.size();
+    SpaceState space{.hostFree = figures.hostFree,
+                     .reserve = reserveFor(figures),
+                     .guard = figures.guard,
+                     .level = levelFor(figures)};
+    _report(space);
     if ((drive.f_flag & ST_RDONLY) == 0 && needsCorrection(figures)) {
-        guard.resize(guardTarget(figures), stop);
+        _guard.resize(guardTarget(figures), stop);
+        space.guard = _guard.size();
+        _report(space);
     }
-    _report({.hostFree = figures.hostFree,
-             .reserve = reserveFor(figures),
-             .guard = guard.size(),
-             .level = levelFor(figures)});
     return pollSeconds(figures);
 }
 

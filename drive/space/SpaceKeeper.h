@@ -1,11 +1,13 @@
 #pragma once
 
 #include "platform/Log.h"
+#include "space/GuardFile.h"
 #include "space/SpacePolicy.h"
 #include "state/State.h"
 
 #include <filesystem>
 #include <functional>
+#include <string>
 #include <thread>
 
 namespace ferrobank::drive {
@@ -18,7 +20,8 @@ public:
     /// Called on the keeper's thread after every look.
     using Report = std::function<void(const SpaceState&)>;
 
-    SpaceKeeper(std::filesystem::path mountPoint, std::filesystem::path reserve, Log log, Report report);
+    SpaceKeeper(std::filesystem::path mountPoint, const std::string& uuid, std::filesystem::path reserve, Log log,
+                Report report);
     SpaceKeeper(const SpaceKeeper&) = delete;
     SpaceKeeper& operator=(const SpaceKeeper&) = delete;
     /// Waits for the step at work, a fraction of a second.
@@ -29,6 +32,7 @@ private:
     int look(const std::stop_token& stop);
 
     std::filesystem::path _mountPoint;
+    GuardFile _guard;
     std::filesystem::path _reserve;
     Log _log;
     Report _report;

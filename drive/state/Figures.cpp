@@ -26,6 +26,8 @@ std::optional<Figures> Figures::read(const std::filesystem::path& file)
         root.at("since").get_to(figures.since);
         root.at("last_reading").get_to(figures.lastReading);
         root.at("last_sharing").get_to(figures.lastSharing);
+        root.at("unreadable_files").get_to(figures.unreadableFiles);
+        root.at("unreadable").get_to(figures.unreadable);
         return figures;
     }
     catch (const std::exception&) {
@@ -44,7 +46,9 @@ void Figures::write(const std::filesystem::path& file) const
     root["since"] = since;
     root["last_reading"] = lastReading;
     root["last_sharing"] = lastSharing;
-    replaceFile(file, root.dump(), Durability::Synced);
+    root["unreadable_files"] = unreadableFiles;
+    root["unreadable"] = unreadable;
+    replaceFile(file, root.dump(-1, ' ', false, json::error_handler_t::replace), Durability::Synced);
 }
 
 } // namespace ferrobank::drive

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace ferrobank::drive {
 
@@ -21,6 +22,9 @@ struct Figures {
     /// Seconds since the epoch of the last complete reading pass, and of the last sharing pass.
     std::int64_t lastReading = 0;
     std::int64_t lastSharing = 0;
+    /// Of the last reading pass: how many files could not be read, and the first three for display.
+    std::uint64_t unreadableFiles = 0;
+    std::vector<std::string> unreadable;
 
     bool operator==(const Figures&) const = default;
 

@@ -90,10 +90,12 @@ State decode(const json& root)
                    .level = valueOf(kLevels, space.at("level"))};
     const json& integrity = root.at("integrity");
     integrity.at("device_errors").get_to(state.integrity.deviceErrors);
+    integrity.at("unreadable_files").get_to(state.integrity.unreadableFiles);
     integrity.at("unreadable").get_to(state.integrity.unreadable);
+    integrity.at("last_reading").get_to(state.integrity.lastReading);
     root.at("readonly").get_to(state.readOnly);
     if (const json& progress = root.at("export"); !progress.is_null()) {
-        state.exportProgress = ExportProgress{.done = progress.at("done"), .total = progress.at("total")};
+        state.exportState = ExportState{.done = progress.at("done"), .total = progress.at("total")};
     }
     return state;
 }
@@ -131,10 +133,13 @@ std::string State::toJson() const
                      {"reserve", space.reserve},
                      {"guard", space.guard},
                      {"level", wordOf(kLevels, space.level)}};
-    root["integrity"] = {{"device_errors", integrity.deviceErrors}, {"unreadable", integrity.unreadable}};
+    root["integrity"] = {{"device_errors", integrity.deviceErrors},
+                         {"unreadable_files", integrity.unreadableFiles},
+                         {"unreadable", integrity.unreadable},
+                         {"last_reading", integrity.lastReading}};
     root["readonly"] = readOnly;
     root["export"] =
-        exportProgress ? json{{"done", exportProgress->done}, {"total", exportProgress->total}} : json(nullptr);
+        exportState ? json{{"done", exportState->done}, {"total", exportState->total}} : json(nullptr);
     // Names of files are arbitrary bytes; a state that cannot be written would be worse than a replaced letter.
     return root.dump(-1, ' ', false, json::error_handler_t::replace);
 }

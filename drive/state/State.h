@@ -44,17 +44,20 @@ struct SpaceState {
 /// Errors that the drive has shown while it was mounted.
 struct IntegrityState {
     std::uint64_t deviceErrors = 0;
-    /// Paths of files that could not be read in the last reading pass, ready for display.
+    /// How many files could not be read in the last reading pass, and the first three of them, ready for display.
+    std::uint64_t unreadableFiles = 0;
     std::vector<std::string> unreadable;
+    /// Seconds since the epoch of the last complete reading pass.
+    std::int64_t lastReading = 0;
 
     bool operator==(const IntegrityState&) const = default;
 };
 
-struct ExportProgress {
+struct ExportState {
     std::uint64_t done = 0;
     std::uint64_t total = 0;
 
-    bool operator==(const ExportProgress&) const = default;
+    bool operator==(const ExportState&) const = default;
 };
 
 /// What the serving process tells the one-shot commands, in `state.json` of the runtime folder. Written by the
@@ -80,7 +83,7 @@ struct State {
     SpaceState space;
     IntegrityState integrity;
     bool readOnly = false;
-    std::optional<ExportProgress> exportProgress;
+    std::optional<ExportState> exportState;
 
     bool operator==(const State&) const = default;
 

@@ -1,11 +1,14 @@
 #include "testing/TestVolume.h"
 
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <fstream>
 #include <stdexcept>
+#include <thread>
 #include <vector>
 
 namespace ferrobank::drive::testing {
@@ -65,7 +68,14 @@ TestVolume::TestVolume(const std::filesystem::path& folder, const std::string& n
 
 TestVolume::~TestVolume()
 {
-    if (_mounted && runProgram({"umount", _mountPoint.string()}) != 0) {
+    // What a killed process had open is let go a moment after its end.
+    for (int attempt = 0; _mounted && attempt < 100; ++attempt) {
+        if (::umount2(_mountPoint.c_str(), 0) == 0) {
+            return;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    if (_mounted) {
         ADD_FAILURE() << _mountPoint << " was still busy at the end of the test";
         runProgram({"umount", "-l", _mountPoint.string()});
     }
