@@ -80,11 +80,12 @@ public:
 
     WalkEnd run()
     {
-        FileDescriptor copy(::fcntl(_root.get(), F_DUPFD_CLOEXEC, 0));
-        if (!copy) {
+        // Opened anew: a duplicate would share the place up to which somebody has read the folder.
+        FileDescriptor folder(::openat(_root.get(), ".", kOpenFolder));
+        if (!folder) {
             throw systemFailure("Cannot read the drive", errno);
         }
-        enter(std::move(copy), std::string());
+        enter(std::move(folder), std::string());
         while (!_levels.empty() && !_cancelled) {
             Level& level = _levels.back();
             if (level.next == level.subfolders.size()) {
@@ -227,7 +228,7 @@ private:
 
     FileDescriptor reopenFromRoot() const
     {
-        FileDescriptor folder(::fcntl(_root.get(), F_DUPFD_CLOEXEC, 0));
+        FileDescriptor folder(::openat(_root.get(), ".", kOpenFolder));
         for (std::size_t depth = 1; folder && depth < _levels.size(); ++depth) {
             folder = FileDescriptor(::openat(folder.get(), _levels[depth].name.c_str(), kOpenFolder));
         }

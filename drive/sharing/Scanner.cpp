@@ -13,6 +13,7 @@
 #include <ctime>
 #include <memory>
 #include <utility>
+#include <vector>
 
 namespace ferrobank::drive {
 
@@ -20,11 +21,19 @@ namespace {
 
 constexpr std::size_t kMostUnreadableNamed = 100;
 
-/// Which of several rounds files of a size belong to: all files of one size come together.
-std::uint64_t roundOf(std::uint64_t size, std::uint64_t rounds)
-{
-    return (size * 0x9e3779b97f4a7c15U >> 32U) % rounds;
-}
+/// A share of all files by their size, so that files of one size come together: number `number` of `of`.
+struct Round {
+    std::uint64_t of = 1;
+    std::uint64_t number = 0;
+
+    [[nodiscard]] bool takes(std::uint64_t size) const
+    {
+        return (size * 0x9e3779b97f4a7c15U >> 32U) % of == number;
+    }
+};
+
+/// More rounds do not help: so many files of one size are left for a larger table.
+constexpr std::uint64_t kMostRounds = 4096;
 
 FileDescriptor openRoot(const std::filesystem::path& root)
 {
@@ -50,11 +59,11 @@ public:
         }
         _context.result.usage = table->usage();
         _context.result.filesLookedAt = table->wantedFiles();
-        const std::uint64_t rounds = table->wantedFiles() / _limits.mostFiles + 1;
-        if (shareWholeFiles(table, rounds) == StageEnd::PassOver) {
+        const bool allAtOnce = !table->overflowed();
+        if (shareWholeFiles(table) == StageEnd::PassOver) {
             return;
         }
-        if (rounds > 1) {
+        if (!allAtOnce) {
             const std::uint64_t smallest = _context.settings.blockFile;
             table = collect([smallest](std::uint64_t size) { return size >= smallest; });
         }
@@ -75,31 +84,46 @@ private:
         return end == WalkEnd::Cancelled ? nullptr : std::move(table);
     }
 
-    StageEnd shareWholeFiles(std::unique_ptr<FileTable>& table, std::uint64_t rounds)
+    /// Takes the files of the table or, if there are more than fit, all files in as many rounds as it takes.
+    StageEnd shareWholeFiles(std::unique_ptr<FileTable>& table)
     {
-        const ScanSettings& settings = _context.settings;
-        const auto writer = HashIndex::startWriting(settings.indexFolder, _context.uuid);
+        const auto writer = HashIndex::startWriting(_context.settings.indexFolder, _context.uuid);
         StageEnd end = StageEnd::Done;
-        for (std::uint64_t round = 0; round < rounds; ++round) {
-            const Choice inRound = [=](std::uint64_t size) { return roundOf(size, rounds) == round; };
-            const HashIndex known(settings.indexFolder, _context.uuid, rounds > 1 ? inRound : Choice());
-            if (rounds > 1 && end == StageEnd::Done) {
+        std::vector<Round> rounds(1);
+        while (!rounds.empty()) {
+            const Round round = rounds.back();
+            rounds.pop_back();
+            const Choice inRound = [round](std::uint64_t size) { return round.takes(size); };
+            if (round.of > 1 && end == StageEnd::Done) {
                 table = collect(inRound);
                 end = table ? StageEnd::Done : StageEnd::PassOver;
             }
-            if (end == StageEnd::PassOver) {
-                known.appendAll(*writer);
+            if (end == StageEnd::Done && table->overflowed() && round.of < kMostRounds) {
+                rounds.push_back({round.of * 2, round.number});
+                rounds.push_back({round.of * 2, round.number + round.of});
                 continue;
             }
-            std::vector<FileFacts> facts;
-            facts.reserve(table->files().size());
-            for (const FileRecord& file : table->files()) {
-                facts.push_back(known.factsOf(file));
-            }
-            end = WholeFilePass(_context, *table, facts, _followers).run();
-            HashIndex::append(*writer, *table, facts);
+            end = takeRound(inRound, end == StageEnd::Done ? table.get() : nullptr, *writer);
         }
         writer->commit();
+        return end;
+    }
+
+    /// Without a table the pass is over, and only what is known of the round is kept.
+    StageEnd takeRound(const Choice& inRound, const FileTable* table, IndexWriter& writer)
+    {
+        const HashIndex known(_context.settings.indexFolder, _context.uuid, inRound);
+        if (table == nullptr) {
+            known.appendAll(writer);
+            return StageEnd::PassOver;
+        }
+        std::vector<FileFacts> facts;
+        facts.reserve(table->files().size());
+        for (const FileRecord& file : table->files()) {
+            facts.push_back(known.factsOf(file));
+        }
+        const StageEnd end = WholeFilePass(_context, *table, facts, _followers).run();
+        HashIndex::append(writer, *table, facts);
         return end;
     }
 

@@ -175,6 +175,18 @@ TEST(TreeWalk, unreadableFolderIsReportedAndTheRestIsSeen)
     }));
 }
 
+TEST(TreeWalk, openFolderMayBeWalkedTwice)
+{
+    const TemporaryFolder root;
+    writeFile(root.path() / "a", "1");
+    const FileDescriptor folder(::open(root.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    for (int turn = 0; turn < 2; ++turn) {
+        Recorder seen;
+        walkTree(FileDescriptor(::fcntl(folder.get(), F_DUPFD_CLOEXEC, 0)), seen, {});
+        EXPECT_EQ(seen.files.size(), 1U) << turn;
+    }
+}
+
 TEST(TreeWalk, missingRootIsAFailure)
 {
     const TemporaryFolder root;

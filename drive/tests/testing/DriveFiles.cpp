@@ -8,10 +8,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstring>
 #include <fstream>
-#include <iterator>
 #include <random>
 #include <stdexcept>
+#include <string_view>
 
 namespace ferrobank::drive::testing {
 
@@ -19,12 +21,15 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// FNV-1a: independent of the hash that the tool itself uses.
+/// Independent of the hash that the tool itself uses; every byte counts.
 std::uint64_t hashOf(const std::string& bytes)
 {
-    std::uint64_t hash = 0xcbf29ce484222325U;
-    for (const char byte : bytes) {
-        hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001b3U;
+    std::uint64_t hash = 0xcbf29ce484222325U ^ bytes.size();
+    for (std::size_t position = 0; position < bytes.size(); position += sizeof(std::uint64_t)) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, bytes.data() + position, std::min(sizeof word, bytes.size() - position));
+        hash = (hash ^ word) * 0x9e3779b97f4a7c15U;
+        hash ^= hash >> 29U;
     }
     return hash;
 }
@@ -41,8 +46,19 @@ std::string randomBytes(std::size_t size, std::uint64_t seed)
 {
     std::mt19937_64 generator(seed);
     std::string bytes(size, '\0');
-    for (std::size_t position = 0; position < size; ++position) {
-        bytes[position] = static_cast<char>(generator() & 0xFFU);
+    for (std::size_t position = 0; position < size; position += sizeof(std::uint64_t)) {
+        const std::uint64_t word = generator();
+        std::memcpy(bytes.data() + position, &word, std::min(sizeof word, size - position));
+    }
+    return bytes;
+}
+
+std::string plainBytes(std::size_t size, std::uint64_t seed)
+{
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    std::string bytes = randomBytes(size, seed);
+    for (char& byte : bytes) {
+        byte = kDigits[static_cast<unsigned char>(byte) & 15U];
     }
     return bytes;
 }
@@ -62,10 +78,11 @@ void writeFile(const fs::path& path, const std::string& content)
 std::string readFile(const fs::path& path)
 {
     std::ifstream stream(path, std::ios::binary);
-    if (!stream) {
+    std::string content(fs::file_size(path), '\0');
+    if (!stream.read(content.data(), static_cast<std::streamsize>(content.size()))) {
         throw std::runtime_error("cannot read " + path.string());
     }
-    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    return content;
 }
 
 std::map<std::string, std::string> inventory(const fs::path& folder)

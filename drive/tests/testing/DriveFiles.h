@@ -11,6 +11,10 @@ namespace ferrobank::drive::testing {
 /// Bytes that neither compress nor repeat, the same for the same seed.
 [[nodiscard]] std::string randomBytes(std::size_t size, std::uint64_t seed);
 
+/// Bytes that do not repeat but compress to about a half, so that the drive keeps them in extents of
+/// at most 128 KiB as it does with most of what people have.
+[[nodiscard]] std::string plainBytes(std::size_t size, std::uint64_t seed);
+
 /// Writes a file, its folders included, and sees to it that the bytes are on the device: places of blocks are
 /// known only then.
 void writeFile(const std::filesystem::path& path, const std::string& content);
