@@ -11,7 +11,7 @@ skip() { echo "skipped: $1"; exit 77; }
 [ -e /dev/loop-control ] || skip "this machine has no loop devices"
 [ -x /lib/systemd/systemd ] || skip "systemd is not installed"
 if [ "${2:-}" != --inner ]; then
-    exec unshare -m --propagation private "$0" "$tool" --inner
+    exec unshare -m --propagation slave "$0" "$tool" --inner
 fi
 
 T=$(mktemp -d /tmp/ferrobank-login.XXXXXX)

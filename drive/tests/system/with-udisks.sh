@@ -22,7 +22,7 @@ done
 if [ "${1:-}" != --inner ]; then
     T=$(mktemp -d /tmp/ferrobank-udisks.XXXXXX)
     chmod 755 "$T"
-    unshare -m -n --propagation private "$0" --inner "$T" "$@"
+    unshare -m -n --propagation slave "$0" --inner "$T" "$@"
     result=$?
     rm -rf --one-file-system "$T"
     exit $result

@@ -5,6 +5,7 @@
 #include "mounting/Volume.h"
 #include "platform/FileDescriptor.h"
 #include "platform/Files.h"
+#include "testing/DriveFiles.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -137,9 +138,10 @@ bool writeRandomFile(const std::filesystem::path& file, std::size_t bytes, unsig
 }
 
 DriveHost::DriveHost(const std::string& kind, std::uint64_t bytes)
-    : _disk(std::make_unique<TestVolume>(_folder.path(), "disk", kind, bytes))
-    , _program(FERROBANK_TOOL)
+    : _program(FERROBANK_TOOL)
 {
+    enterPrivateMounts();
+    _disk = std::make_unique<TestVolume>(_folder.path(), "disk", kind, bytes);
     const std::filesystem::path home = _disk->mountPoint() / "home";
     const std::filesystem::path runtime = _folder.path() / "runtime";
     std::filesystem::create_directories(home);
@@ -311,7 +313,8 @@ std::string DriveHost::attachError() const
 
 std::string DriveHost::logText() const
 {
-    return readSmallFile(_paths.log).value_or(std::string());
+    return readSmallFile(_paths.log).value_or(std::string("no log\n")) +
+           readSmallFile(_folder.path() / "serve-errors").value_or(std::string());
 }
 
 } // namespace ferrobank::drive::testing
