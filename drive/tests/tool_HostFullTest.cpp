@@ -32,6 +32,7 @@ protected:
             GTEST_SKIP() << volumesUnavailable();
         }
         host = std::make_unique<DriveHost>("ext4", kHostBytes);
+        host->makeSmallStore();
         ASSERT_TRUE(host->serveAndMount()) << host->logText();
         ASSERT_TRUE(guardHasSettled()) << "the guard did not reach its size";
     }

@@ -71,6 +71,7 @@ protected:
             GTEST_SKIP() << volumesUnavailable();
         }
         host = std::make_unique<DriveHost>(GetParam());
+        host->makeSmallStore();
     }
 
     void cutPower() const

@@ -273,6 +273,22 @@ ToolRun DriveHost::run(const std::vector<std::string>& arguments) const
     return result;
 }
 
+void DriveHost::makeSmallStore() const
+{
+    std::filesystem::create_directories(_paths.store);
+    std::filesystem::create_directories(_folder.path() / "skeleton/u");
+    for (const std::filesystem::path& folder : {_paths.store, _folder.path() / "skeleton/u"}) {
+        ::chmod(folder.c_str(), 0700);
+    }
+    const FileDescriptor image(::open(_paths.image.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+    const FileDescriptor mark(::open(_paths.unprepared.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+    if (!mark || ::ftruncate(image.get(), off_t{64} << 30U) != 0 ||
+        runProgram({"mkfs.btrfs", "-q", "-L", "Ferrobank", "--rootdir", (_folder.path() / "skeleton").string(),
+                    _paths.image.string()}) != 0) {
+        throw std::runtime_error("cannot make a store");
+    }
+}
+
 pid_t DriveHost::startServing()
 {
     const FileDescriptor nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
