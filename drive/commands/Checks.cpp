@@ -51,7 +51,7 @@ CheckRow notMounted(const CheckRow& row, const Context& context)
     }
     const Problem& problem = *context.server.state->attachError;
     if (problem.code == "not-authorized") {
-        return row.failed(problem.text,
+        return row.failed("This login session may not mount the drive.",
                           "Log in at this computer's own screen, or run: pkexec ferrobank helper-fstab add",
                           kRestartAction);
     }
@@ -179,7 +179,8 @@ CheckRow checkSharing(const CheckRow& row, const Context& context)
     }
     // A clock that was set back makes both ages negative, which says nothing against the drive.
     const std::int64_t now = ::time(nullptr);
-    const std::int64_t driveAge = now - context.server.state->since;
+    const std::int64_t since = context.server.state->since;
+    const std::int64_t driveAge = since == 0 ? 0 : now - since;
     const std::int64_t passAge = now - sharing.last;
     if (driveAge > kSharingDays * kDaySeconds && passAge > kSharingDays * kDaySeconds) {
         return row.failed("Repeated data was last looked for more than seven days ago.", kRestartAdvice,

@@ -112,6 +112,8 @@ void restart(const Paths& paths, const Log& log, KeepMounted keepMounted)
     const ServerProbe probe = ServerProbe::probe(paths);
     if (!probe.running) {
         ensureServing(paths, log);
+        // Somebody asked for it, so the desktop may ask back for a password; at login it may not.
+        require(ask(ServerProbe::probe(paths).socket(), {.operation = Operation::Attach}, kRestartLimit));
         waitUntilMounted(paths);
         return;
     }

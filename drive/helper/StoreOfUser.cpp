@@ -84,7 +84,7 @@ void prepareStore(const StoreOfUser& store)
     if (findVolume(loops, readMountTable())) {
         return;
     }
-    if (::unshare(CLONE_NEWNS) != 0 || ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
+    if (::unshare(CLONE_NEWNS) != 0 || ::mount(nullptr, "/", nullptr, MS_REC | MS_SLAVE, nullptr) != 0) {
         throw systemFailure("Cannot work apart from the system's mounts", errno);
     }
     std::string scratch = "/run/ferrobank-XXXXXX";

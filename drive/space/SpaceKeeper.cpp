@@ -135,6 +135,8 @@ int SpaceKeeper::look(const std::stop_token& stop)
 {
     const std::filesystem::path store = _reserve.parent_path();
     SpaceFigures figures = hostFigures(store);
+    _report(
+        {.hostFree = figures.hostFree, .reserve = reserveFor(figures), .guard = _guard.size(), .level = levelFor(figures)});
     switch (hostReserveAct(figures.hostFree, figures.hostTotal, ::access(_reserve.c_str(), F_OK) == 0)) {
     case HostReserveAct::Keep:
         break;
@@ -154,15 +156,12 @@ int SpaceKeeper::look(const std::stop_token& stop)
     figures = hostFigures(store);
     figures.driveFree = static_cast<std::uint64_t>(drive.f_bavail) * drive.f_frsize;
     figures.guard = _guard.size();
-    SpaceState space{.hostFree = figures.hostFree,
-                     .reserve = reserveFor(figures),
-                     .guard = figures.guard,
-                     .level = levelFor(figures)};
-    _report(space);
     if ((drive.f_flag & ST_RDONLY) == 0 && needsCorrection(figures)) {
         _guard.resize(guardTarget(figures), stop);
-        space.guard = _guard.size();
-        _report(space);
+        _report({.hostFree = figures.hostFree,
+                 .reserve = reserveFor(figures),
+                 .guard = _guard.size(),
+                 .level = levelFor(figures)});
     }
     return pollSeconds(figures);
 }

@@ -29,6 +29,7 @@ protected:
     /// A drive with some files, unmounted.
     void makeDrive()
     {
+        host->makeSmallStore();
         ASSERT_TRUE(host->serveAndMount()) << host->logText();
         for (unsigned number = 0; number < 30; ++number) {
             ASSERT_TRUE(writeRandomFile(host->paths().drive / std::to_string(number), 40'000 + number, number));
@@ -155,7 +156,7 @@ TEST_F(Guards, imageWithoutSuperblockIsNeverFormatted)
 TEST_F(Guards, imageCutInItsUnusedTailGetsItsLengthBack)
 {
     makeDrive();
-    std::filesystem::resize_file(host->paths().image, std::uint64_t{6} << 40U);
+    std::filesystem::resize_file(host->paths().image, std::uint64_t{48} << 30U);
     ASSERT_TRUE(host->serveAndMount()) << host->logText();
     EXPECT_EQ(fingerprint(host->paths().drive), files);
     EXPECT_NE(host->logText().find("had been cut short"), std::string::npos);

@@ -30,6 +30,7 @@ protected:
 
     void makeFiles()
     {
+        host->makeSmallStore();
         ASSERT_TRUE(host->serveAndMount()) << host->logText();
         const std::filesystem::path& drive = host->paths().drive;
         std::filesystem::create_directories(drive / "folder/inner");

@@ -150,8 +150,9 @@ bool asOrdinaryUser(const std::function<bool()>& work)
 
 void enterPrivateMounts()
 {
+    // As a slave it does not keep alive what others unmount meanwhile.
     static const bool entered =
-        ::unshare(CLONE_NEWNS) == 0 && ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+        ::unshare(CLONE_NEWNS) == 0 && ::mount(nullptr, "/", nullptr, MS_REC | MS_SLAVE, nullptr) == 0;
     static_cast<void>(entered);
 }
 

@@ -5,6 +5,7 @@
 #include "mounting/Volume.h"
 #include "platform/FileDescriptor.h"
 #include "platform/Files.h"
+#include "testing/DriveFiles.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -137,9 +138,10 @@ bool writeRandomFile(const std::filesystem::path& file, std::size_t bytes, unsig
 }
 
 DriveHost::DriveHost(const std::string& kind, std::uint64_t bytes)
-    : _disk(std::make_unique<TestVolume>(_folder.path(), "disk", kind, bytes))
-    , _program(FERROBANK_TOOL)
+    : _program(FERROBANK_TOOL)
 {
+    enterPrivateMounts();
+    _disk = std::make_unique<TestVolume>(_folder.path(), "disk", kind, bytes);
     const std::filesystem::path home = _disk->mountPoint() / "home";
     const std::filesystem::path runtime = _folder.path() / "runtime";
     std::filesystem::create_directories(home);
@@ -271,6 +273,22 @@ ToolRun DriveHost::run(const std::vector<std::string>& arguments) const
     return result;
 }
 
+void DriveHost::makeSmallStore() const
+{
+    std::filesystem::create_directories(_paths.store);
+    std::filesystem::create_directories(_folder.path() / "skeleton/u");
+    for (const std::filesystem::path& folder : {_paths.store, _folder.path() / "skeleton/u"}) {
+        ::chmod(folder.c_str(), 0700);
+    }
+    const FileDescriptor image(::open(_paths.image.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+    const FileDescriptor mark(::open(_paths.unprepared.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+    if (!mark || ::ftruncate(image.get(), off_t{64} << 30U) != 0 ||
+        runProgram({"mkfs.btrfs", "-q", "-L", "Ferrobank", "--rootdir", (_folder.path() / "skeleton").string(),
+                    _paths.image.string()}) != 0) {
+        throw std::runtime_error("cannot make a store");
+    }
+}
+
 pid_t DriveHost::startServing()
 {
     const FileDescriptor nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
@@ -311,7 +329,8 @@ std::string DriveHost::attachError() const
 
 std::string DriveHost::logText() const
 {
-    return readSmallFile(_paths.log).value_or(std::string());
+    return readSmallFile(_paths.log).value_or(std::string("no log\n")) +
+           readSmallFile(_folder.path() / "serve-errors").value_or(std::string());
 }
 
 } // namespace ferrobank::drive::testing

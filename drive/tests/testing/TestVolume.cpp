@@ -13,6 +13,22 @@
 
 namespace ferrobank::drive::testing {
 
+namespace {
+
+/// What a killed process had open, and loop devices on it, are let go a moment after their end.
+bool unmountPatiently(const std::filesystem::path& mountPoint)
+{
+    for (int attempt = 0; attempt < 200; ++attempt) {
+        if (::umount2(mountPoint.c_str(), 0) == 0) {
+            return true;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    return false;
+}
+
+} // namespace
+
 int runProgram(std::initializer_list<std::string> arguments)
 {
     std::vector<std::string> texts(arguments);
@@ -68,14 +84,7 @@ TestVolume::TestVolume(const std::filesystem::path& folder, const std::string& n
 
 TestVolume::~TestVolume()
 {
-    // What a killed process had open is let go a moment after its end.
-    for (int attempt = 0; _mounted && attempt < 100; ++attempt) {
-        if (::umount2(_mountPoint.c_str(), 0) == 0) {
-            return;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    }
-    if (_mounted) {
+    if (_mounted && !unmountPatiently(_mountPoint)) {
         ADD_FAILURE() << _mountPoint << " was still busy at the end of the test";
         runProgram({"umount", "-l", _mountPoint.string()});
     }
@@ -99,7 +108,7 @@ void TestVolume::remount(const std::string& options)
 
 void TestVolume::unmount()
 {
-    if (runProgram({"umount", _mountPoint.string()}) != 0) {
+    if (!unmountPatiently(_mountPoint)) {
         throw std::runtime_error("cannot unmount " + _mountPoint.string());
     }
     _mounted = false;
