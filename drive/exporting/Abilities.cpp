@@ -91,10 +91,11 @@ Abilities tryAbilities(const std::filesystem::path& folder, const std::filesyste
     abilities.hardLinks = ::linkat(trial.folder(), "file", trial.folder(), "hard", 0) == 0;
     abilities.fileMode = modeOf(file.get());
     abilities.folderMode = modeOf(trial.folder());
+    // Before the file gets permissions that forbid it.
+    abilities.attributes = ::fsetxattr(file.get(), "user.ferrobank", "1", 1, 0) == 0;
     abilities.modes = keepsModes(file.get());
     abilities.anyName = bool(
         FileDescriptor(::openat(trial.folder(), kHardName, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600)));
-    abilities.attributes = ::fsetxattr(file.get(), "user.ferrobank", "1", 1, 0) == 0;
     abilities.holes = keepsHoles(file.get());
     struct statfs system{};
     if (::fstatfs(trial.folder(), &system) == 0 && system.f_type == MSDOS_SUPER_MAGIC) {

@@ -213,6 +213,10 @@ bool Copier::keepsEarlierCopy(int source, const WalkedEntry& entry)
     _record.contents[fileIdentity(entry.folder->volume, status.stx_ino)] = *original.hash;
     _record.bytes += status.stx_size;
     _progress.add(status.stx_blocks * 512);
+    // Whoever may not write a file may not give it attributes either.
+    if (::fchmod(earlier.get(), 0600) != 0) {
+        return false;
+    }
     copyAttributes(source, status, earlier.get(), pathOf(entry.name), _differences);
     return true;
 }

@@ -79,7 +79,8 @@ std::string incompleteMark(const std::string& driveUuid)
 ExportStart checkDestination(const ExportRequest& request, const std::stop_token& stop)
 {
     const std::string shown = displayName(request.destination.string());
-    const fs::path destination = fs::absolute(request.destination).lexically_normal();
+    // Not tidied up: what `..` means depends on where a link before it leads.
+    const fs::path destination = fs::absolute(request.destination);
     const bool missing = !fs::exists(destination) && !fs::is_symlink(destination);
     const fs::path parent =
         (destination.has_filename() ? destination : destination.parent_path()).parent_path();

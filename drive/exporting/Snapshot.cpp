@@ -4,6 +4,7 @@
 #include "figures/TreeWalk.h"
 #include "platform/Failure.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <linux/btrfs.h>
 #include <linux/btrfs_tree.h>
@@ -14,6 +15,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <string_view>
 #include <system_error>
 
 namespace ferrobank::drive {
@@ -67,6 +69,29 @@ void makeWritable(int volume)
     }
 }
 
+/// Removes a folder of the caller's with all it holds, also where its permissions forbid that.
+bool removeFolder(int parent, const char* name)
+{
+    ::fchmodat(parent, name, 0700, 0);
+    const int opened = ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    DIR* const folder = opened < 0 ? nullptr : ::fdopendir(opened);
+    if (folder == nullptr) {
+        return false;
+    }
+    bool empty = true;
+    while (const dirent64* const entry = ::readdir64(folder)) {
+        const std::string_view entryName = entry->d_name;
+        if (entryName == "." || entryName == "..") {
+            continue;
+        }
+        if (::unlinkat(opened, entry->d_name, 0) != 0) {
+            empty = (errno == EISDIR || errno == EPERM) && removeFolder(opened, entry->d_name) && empty;
+        }
+    }
+    ::closedir(folder);
+    return empty && ::unlinkat(parent, name, AT_REMOVEDIR) == 0;
+}
+
 bool removeSnapshot(const fs::path& folder, const std::string& name)
 {
     const FileDescriptor parent = openFolder(folder);
@@ -82,9 +107,7 @@ bool removeSnapshot(const fs::path& folder, const std::string& name)
     if (const FileDescriptor volume = openFolder(folder / name)) {
         makeWritable(volume.get());
     }
-    std::error_code error;
-    fs::remove_all(folder / name, error);
-    return !error;
+    return removeFolder(parent.get(), name.c_str());
 }
 
 } // namespace

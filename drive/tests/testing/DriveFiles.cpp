@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <random>
@@ -134,7 +135,11 @@ bool asOrdinaryUser(const std::function<bool()>& work)
         if (::setgroups(0, nullptr) == 0 && ::setresgid(kOrdinaryUser, kOrdinaryUser, kOrdinaryUser) == 0 &&
             ::setresuid(kOrdinaryUser, kOrdinaryUser, kOrdinaryUser) == 0)
         {
-            done = work();
+            try {
+                done = work();
+            } catch (const std::exception& failure) {
+                std::fprintf(stderr, "%s\n", failure.what());
+            }
         }
         ::_exit(done ? 0 : 1);
     }
