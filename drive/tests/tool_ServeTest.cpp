@@ -143,7 +143,9 @@ TEST_F(Serve, worksWithoutRuntimeFolderInTheEnvironment)
 TEST_F(Serve, runtimeFolderThatVanishesComesBack)
 {
     ASSERT_TRUE(host->serveAndMount());
-    std::filesystem::remove_all(host->paths().runtime);
+    // Renamed first: the server writes into it while it is being emptied.
+    std::filesystem::rename(host->paths().runtime, host->folder() / "gone");
+    std::filesystem::remove_all(host->folder() / "gone");
     EXPECT_TRUE(waitUntil([&] { return std::filesystem::exists(host->paths().state()); }));
     EXPECT_EQ(host->run({"restart"}).status, 0);
 }
