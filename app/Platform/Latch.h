@@ -19,7 +19,9 @@ public:
     public:
         explicit Waiter(std::shared_ptr<State> state) : _state(std::move(state)) {}
 
-        Waiter(const Waiter&) = delete;
+        /// GCC 12 copies the operand of a wait, before the waiting begins.
+        Waiter(const Waiter& other) : _state(other._state) {}
+
         Waiter& operator=(const Waiter&) = delete;
 
         ~Waiter()
