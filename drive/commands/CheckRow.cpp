@@ -3,7 +3,6 @@
 #include "commands/Words.h"
 
 #include <nlohmann/json.hpp>
-
 #include <utility>
 
 namespace ferrobank::drive {

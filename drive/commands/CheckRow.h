@@ -5,8 +5,8 @@
 
 namespace ferrobank::drive {
 
-/// One row of `ferrobank check`. With JSON it is one object on a line; `action` is a remedy that the application
-/// knows: "restart", "login-items", "storage-settings".
+/// One row of `ferrobank check`. With JSON it is one object on a line; `action` is a remedy that the
+/// application knows: "restart", "login-items", "storage-settings".
 struct CheckRow {
     enum class State { Running, Pass, Fail };
 

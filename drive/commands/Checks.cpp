@@ -56,7 +56,8 @@ CheckRow notMounted(const CheckRow& row, const Context& context)
                           kRestartAction);
     }
     if (problem.code == "host-full") {
-        return row.failed(problem.text, "Free some space on this computer, then restart Ferrobank.", kStorageAction);
+        return row.failed(problem.text, "Free some space on this computer, then restart Ferrobank.",
+                          kStorageAction);
     }
     return row.failed(problem.text, kRestartAdvice, kRestartAction);
 }
@@ -70,9 +71,9 @@ CheckRow checkDrive(const CheckRow& row, const Context& context)
         return row.failed("The drive's store is attached twice, which would destroy files.", kRestartAdvice,
                           kRestartAction);
     }
-    const bool hostFull =
-        context.server.state && context.server.state->space.level == SpaceLevel::Critical;
-    const char* advice = hostFull ? "Free some space on this computer, then restart Ferrobank." : kRestartAdvice;
+    const bool hostFull = context.server.state && context.server.state->space.level == SpaceLevel::Critical;
+    const char* advice =
+        hostFull ? "Free some space on this computer, then restart Ferrobank." : kRestartAdvice;
     const char* action = hostFull ? kStorageAction : kRestartAction;
     if (context.volume->readOnly) {
         return row.failed("The drive is read-only.", advice, action);
@@ -94,7 +95,8 @@ CheckRow checkLogin(const CheckRow& row, const Context& context)
     if (LoginStart(context.paths, context.log).isOn()) {
         return row.passed();
     }
-    return row.failed("Ferrobank does not start at login.", "Turn on Ferrobank in the login items.", "login-items");
+    return row.failed("Ferrobank does not start at login.", "Turn on Ferrobank in the login items.",
+                      "login-items");
 }
 
 CheckRow checkSpace(const CheckRow& row, const Context& context)
@@ -107,12 +109,13 @@ CheckRow checkSpace(const CheckRow& row, const Context& context)
     case SpaceLevel::Ok:
         return row.passed(free + " free.");
     case SpaceLevel::Low:
-        return row.passed("Only " + free + " free; the drive stops taking files below " + displayBytes(reserve) +
-                          ".");
+        return row.passed("Only " + free + " free; the drive stops taking files below " +
+                          displayBytes(reserve) + ".");
     case SpaceLevel::Critical:
         break;
     }
-    return row.failed("Only " + free + " free; the drive stops taking files below " + displayBytes(reserve) + ".",
+    return row.failed("Only " + free + " free; the drive stops taking files below " + displayBytes(reserve) +
+                          ".",
                       "Free some space on this computer.", kStorageAction);
 }
 
@@ -124,8 +127,9 @@ CheckRow checkStore(const CheckRow& row, const Context& context)
     const std::vector<LoopDevice> loops = loopsOf(context.paths.image, Recognise::ByFile);
     for (const LoopDevice& loop : loops) {
         if (loop.backingDeleted) {
-            return row.failed("The drive's store was deleted while in use.",
-                              "Copy your files out of ~/Ferrobank now: they are gone once the drive is unmounted.");
+            return row.failed(
+                "The drive's store was deleted while in use.",
+                "Copy your files out of ~/Ferrobank now: they are gone once the drive is unmounted.");
         }
     }
     switch (examineStore(context.paths)) {
@@ -154,8 +158,10 @@ CheckRow checkIntegrity(const CheckRow& row, const Context& context)
                           advice);
     }
     if (context.server.state && context.server.state->attachError &&
-        context.server.state->attachError->code == "store-damaged") {
-        return row.failed(context.server.state->attachError->text, "Choose Show Log; it holds what the check found.");
+        context.server.state->attachError->code == "store-damaged")
+    {
+        return row.failed(context.server.state->attachError->text,
+                          "Choose Show Log; it holds what the check found.");
     }
     if (context.volume) {
         const FileDescriptor folder(
@@ -171,7 +177,8 @@ CheckRow checkIntegrity(const CheckRow& row, const Context& context)
 CheckRow checkSharing(const CheckRow& row, const Context& context)
 {
     if (!context.server.state) {
-        return row.failed("Nothing is being shared while the drive is not running.", kRestartAdvice, kRestartAction);
+        return row.failed("Nothing is being shared while the drive is not running.", kRestartAdvice,
+                          kRestartAction);
     }
     const SharingState& sharing = context.server.state->sharing;
     if (sharing.error) {
@@ -217,13 +224,10 @@ void runChecks(const Paths& paths, const Log& log, const std::function<void(cons
         try {
             // Asked anew for each row: the state may change while an earlier one takes its time.
             const ServerProbe server = ServerProbe::probe(paths);
-            const Context context{.paths = paths,
-                                  .log = log,
-                                  .server = server,
-                                  .volume = findServedVolume(paths, server)};
+            const Context context{
+                .paths = paths, .log = log, .server = server, .volume = findServedVolume(paths, server)};
             report(named.check(row, context));
-        }
-        catch (const Failure& failure) {
+        } catch (const Failure& failure) {
             report(row.failed(failure.text(), "Choose Show Log; the last lines name the problem."));
         }
     }

@@ -8,8 +8,8 @@
 
 namespace ferrobank::drive {
 
-/// The checks of `ferrobank check`, in the order of the application's list and then the drive's own. Each is reported
-/// twice: running, then passed or failed. None is ever skipped.
+/// The checks of `ferrobank check`, in the order of the application's list and then the drive's own. Each is
+/// reported twice: running, then passed or failed. None is ever skipped.
 ///
 /// | id        | passes when                                                                          |
 /// |-----------|--------------------------------------------------------------------------------------|

@@ -11,7 +11,6 @@
 #include "platform/Failure.h"
 
 #include <CLI/CLI.hpp>
-
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -41,8 +40,7 @@ int runStatus(const Paths& paths, const Wishes& wishes)
     const StatusReport report = StatusReport::gather(paths);
     if (wishes.json) {
         print(report.toJson());
-    }
-    else {
+    } else {
         std::fputs(report.toText().c_str(), stdout);
     }
     return EXIT_SUCCESS;
@@ -54,8 +52,7 @@ int runCheck(const Paths& paths, const Log& log, const Wishes& wishes)
     runChecks(paths, log, [&](const CheckRow& row) {
         if (wishes.json) {
             print(row.toJson());
-        }
-        else if (row.state != CheckRow::State::Running) {
+        } else if (row.state != CheckRow::State::Running) {
             print(row.toText(colours));
         }
     });
@@ -78,8 +75,7 @@ int runFstabHelper(const CLI::App& helper)
     const FstabHelper fstab(FstabHelper::callingUser(), kFstab);
     if (helper.got_subcommand("add")) {
         fstab.add();
-    }
-    else {
+    } else {
         fstab.remove();
     }
     return EXIT_SUCCESS;
@@ -112,8 +108,9 @@ void describe(CLI::App& app, Wishes& wishes)
 {
     app.set_version_flag("--version", "ferrobank " + ownVersion());
     app.require_subcommand(1);
-    app.footer("Back up ~/Ferrobank itself and leave its store out of backups: a copy of the store while the drive\n"
-               "is mounted is of no use.");
+    app.footer(
+        "Back up ~/Ferrobank itself and leave its store out of backups: a copy of the store while the drive\n"
+        "is mounted is of no use.");
     CLI::App* status = app.add_subcommand("status", "Show the drive's state and what it saves");
     status->add_flag("--json", wishes.json, "One JSON object");
     CLI::App* check = app.add_subcommand("check", "Check that everything is in order");
@@ -122,7 +119,8 @@ void describe(CLI::App& app, Wishes& wishes)
     CLI::App* restart = app.add_subcommand("restart", "Mount the drive anew, or start it");
     restart->add_flag("--keep-mounted", wishes.keepMounted, "Only take up an installed update");
     CLI::App* uninstall = app.add_subcommand("uninstall", "Remove the drive from this computer");
-    uninstall->add_option("--export", wishes.exportTo, "Copy the files to this folder first")->type_name("FOLDER");
+    uninstall->add_option("--export", wishes.exportTo, "Copy the files to this folder first")
+        ->type_name("FOLDER");
     // For pkexec only; people meet it in an advice, not in the help.
     CLI::App* helper = app.add_subcommand("helper-fstab", "")->group("");
     helper->require_subcommand(1);
@@ -141,11 +139,9 @@ int runCommandLine(int argumentCount, const char* const* arguments)
         describe(app, wishes);
         app.parse(argumentCount, arguments);
         return runChosen(app, wishes);
-    }
-    catch (const CLI::ParseError& error) {
+    } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? EXIT_SUCCESS : kWrongArguments;
-    }
-    catch (const std::exception& failure) {
+    } catch (const std::exception& failure) {
         std::fprintf(stderr, "%s\n", failure.what());
         return EXIT_FAILURE;
     }

@@ -23,18 +23,16 @@ namespace {
 class ProgressTeller {
 public:
     ProgressTeller(const Log& log, std::filesystem::path socket)
-        : _log(log)
-        , _socket(std::move(socket))
-        , _terminal(::isatty(STDOUT_FILENO) == 1)
-    {
-    }
+        : _log(log), _socket(std::move(socket)), _terminal(::isatty(STDOUT_FILENO) == 1)
+    {}
 
     void tell(const ExportProgress& progress)
     {
-        // Also keeps the serving process from sharing for another minute; without one there is nobody to keep.
-        static_cast<void>(ask(_socket,
-                              {.operation = Operation::PauseDedup, .done = progress.done, .total = progress.total},
-                              kPingLimit));
+        // Also keeps the serving process from sharing for another minute; without one there is nobody to
+        // keep.
+        static_cast<void>(
+            ask(_socket, {.operation = Operation::PauseDedup, .done = progress.done, .total = progress.total},
+                kPingLimit));
         const std::string label = progress.phase == ExportProgress::Phase::Copying ? "Copying" : "Verifying";
         const std::string line = progressLine(label, progress.done, progress.total);
         if (_terminal) {
@@ -86,14 +84,16 @@ void exportBeforeUninstall(const Paths& paths, const Log& log, const std::filesy
         log.write("Not exported: " + result.text);
         throw Failure(result.text, "export");
     }
-    log.write("Exported and verified " + std::to_string(result.files) + " files, " + displayBytes(result.bytes) +
-              ", in " + displayName(destination.string()) + ".");
+    log.write("Exported and verified " + std::to_string(result.files) + " files, " +
+              displayBytes(result.bytes) + ", in " + displayName(destination.string()) + ".");
     if (const std::optional<std::string> late =
-            findLateChange(volume->mountPoint, destination, interruption.token())) {
-        throw Failure("\u201C" + *late +
-                          "\u201D was written while the copy was made and is not in it. Close the programs that use "
-                          "the drive and export into another folder.",
-                      "late-change");
+            findLateChange(volume->mountPoint, destination, interruption.token()))
+    {
+        throw Failure(
+            "\u201C" + *late +
+                "\u201D was written while the copy was made and is not in it. Close the programs that use "
+                "the drive and export into another folder.",
+            "late-change");
     }
 }
 

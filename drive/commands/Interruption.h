@@ -5,8 +5,8 @@
 
 namespace ferrobank::drive {
 
-/// Turns SIGINT, SIGTERM and SIGHUP into a request to stop while it lives, so that a long copy ends in good order.
-/// Made on the main thread before any other thread.
+/// Turns SIGINT, SIGTERM and SIGHUP into a request to stop while it lives, so that a long copy ends in good
+/// order. Made on the main thread before any other thread.
 class Interruption {
 public:
     Interruption();

@@ -16,15 +16,13 @@ constexpr long long kRoundingSeconds = 2;
 
 class Comparison : public TreeVisitor {
 public:
-    explicit Comparison(std::filesystem::path copy)
-        : _path{std::move(copy)}
-    {
-    }
+    explicit Comparison(std::filesystem::path copy) : _path{std::move(copy)} {}
 
     bool enterFolder(const WalkedFolder& folder) override
     {
-        const std::filesystem::path place = folder.name[0] == '\0' ? _path.back() : _path.back() / folder.name;
-        struct stat there {};
+        const std::filesystem::path place =
+            folder.name[0] == '\0' ? _path.back() : _path.back() / folder.name;
+        struct stat there{};
         if (_late || ::lstat(place.c_str(), &there) != 0 || !S_ISDIR(there.st_mode)) {
             note(folder.name);
             return false;
@@ -37,7 +35,7 @@ public:
 
     void visit(const WalkedEntry& entry) override
     {
-        struct stat there {};
+        struct stat there{};
         const std::filesystem::path place = _path.back() / entry.name;
         const struct statx& here = *entry.status;
         if (::lstat(place.c_str(), &there) != 0 || (there.st_mode & S_IFMT) != (here.stx_mode & S_IFMT)) {
@@ -46,7 +44,9 @@ public:
         }
         const long long apart = here.stx_mtime.tv_sec - there.st_mtim.tv_sec;
         const bool isFile = S_ISREG(here.stx_mode);
-        if (isFile && (static_cast<std::uint64_t>(there.st_size) != here.stx_size || apart > kRoundingSeconds)) {
+        if (isFile &&
+            (static_cast<std::uint64_t>(there.st_size) != here.stx_size || apart > kRoundingSeconds))
+        {
             note(entry.name);
         }
     }
@@ -67,8 +67,8 @@ private:
 
 } // namespace
 
-std::optional<std::string> findLateChange(const std::filesystem::path& drive, const std::filesystem::path& copy,
-                                          const std::stop_token& stop)
+std::optional<std::string> findLateChange(const std::filesystem::path& drive,
+                                          const std::filesystem::path& copy, const std::stop_token& stop)
 {
     Comparison comparison(copy);
     if (walkTree(drive, comparison, stop) != WalkEnd::Complete) {

@@ -22,8 +22,8 @@ std::string progressLine(const std::string& label, std::uint64_t done, std::uint
     std::snprintf(start, sizeof start, "%-10s [", label.c_str());
     char end[32];
     std::snprintf(end, sizeof end, "] %3d %%  ", static_cast<int>(share * 100));
-    return start + std::string(filled, '#') + std::string(kCells - filled, '-') + end + displayBytes(reached) +
-           " of " + displayBytes(total);
+    return start + std::string(filled, '#') + std::string(kCells - filled, '-') + end +
+           displayBytes(reached) + " of " + displayBytes(total);
 }
 
 } // namespace ferrobank::drive

@@ -54,7 +54,8 @@ bool waitForServing(const Paths& paths, std::chrono::seconds duration)
     const auto limit = std::chrono::steady_clock::now() + duration;
     while (std::chrono::steady_clock::now() < limit) {
         if (const ServerProbe probe = ServerProbe::probe(paths);
-            probe.running && ask(probe.socket(), {.operation = Operation::Ping}, kPingLimit)) {
+            probe.running && ask(probe.socket(), {.operation = Operation::Ping}, kPingLimit))
+        {
             return true;
         }
         std::this_thread::sleep_for(kStep);
@@ -65,7 +66,8 @@ bool waitForServing(const Paths& paths, std::chrono::seconds duration)
 void require(const std::optional<Reply>& reply)
 {
     if (!reply) {
-        throw Failure("The drive's background process did not answer. The log may name the reason.", "no-answer");
+        throw Failure("The drive's background process did not answer. The log may name the reason.",
+                      "no-answer");
     }
     if (!reply->ok) {
         throw Failure(reply->text, reply->code);
@@ -84,7 +86,8 @@ void ensureServing(const Paths& paths, const Log& log)
     }
     startDetached(ownPath());
     if (!waitForServing(paths, kServingLimit)) {
-        throw Failure("The drive's background process does not start. The log may name the reason.", "not-serving");
+        throw Failure("The drive's background process does not start. The log may name the reason.",
+                      "not-serving");
     }
 }
 
@@ -101,7 +104,8 @@ void waitUntilMounted(const Paths& paths)
             throw Failure(probe.state->attachError->text, probe.state->attachError->code);
         }
         if (std::chrono::steady_clock::now() >= limit) {
-            throw Failure("The drive was not mounted within 30 seconds. The log may name the reason.", "timeout");
+            throw Failure("The drive was not mounted within 30 seconds. The log may name the reason.",
+                          "timeout");
         }
         std::this_thread::sleep_for(kStep);
     }

@@ -9,7 +9,8 @@
 
 namespace ferrobank::drive {
 
-/// What `ferrobank status` tells. The members are the keys of its JSON; sizes are bytes, and absent when unknown.
+/// What `ferrobank status` tells. The members are the keys of its JSON; sizes are bytes, and absent when
+/// unknown.
 struct StatusReport {
     bool installed = false;
     bool mounted = false;

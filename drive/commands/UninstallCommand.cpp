@@ -46,7 +46,8 @@ void askToUnmount(const ServerProbe& server)
 {
     const std::optional<Reply> reply = ask(server.socket(), {.operation = Operation::Stop}, kRestartLimit);
     if (!reply) {
-        throw Failure("The drive's background process did not answer. The log may name the reason.", "no-answer");
+        throw Failure("The drive's background process did not answer. The log may name the reason.",
+                      "no-answer");
     }
     if (!reply->ok) {
         throw Failure(reply->text, reply->code);
@@ -57,7 +58,8 @@ void askToUnmount(const ServerProbe& server)
 bool isOurs(const std::string& name, const Paths& paths)
 {
     for (const std::filesystem::path& file :
-         {paths.image, paths.unprepared, paths.openMarker, paths.figures, paths.reserve, paths.storeLock}) {
+         {paths.image, paths.unprepared, paths.openMarker, paths.figures, paths.reserve, paths.storeLock})
+    {
         const std::string own = file.filename().string();
         if (name == own || name.starts_with(own + ".")) {
             return true;
@@ -84,7 +86,7 @@ void deleteStore(const Paths& paths, const Log& log)
 /// An image that cannot be used is still worth the refusal: only without any file is there nothing to copy.
 bool hasImage(const Paths& paths)
 {
-    struct stat status {};
+    struct stat status{};
     return ::lstat(paths.image.c_str(), &status) == 0 || ::access(paths.figures.c_str(), F_OK) == 0;
 }
 

@@ -4,8 +4,8 @@
 #include "platform/FileDescriptor.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <linux/magic.h>
+#include <poll.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <sys/statfs.h>
@@ -30,14 +30,16 @@ int writeSyncAndReadBack(int folder, const char* name)
     for (std::size_t index = 0; index < written.size(); ++index) {
         written[index] = static_cast<char>(index * 31 + index / 256);
     }
-    const FileDescriptor file(::openat(folder, name, O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
+    const FileDescriptor file(
+        ::openat(folder, name, O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
     if (!file) {
         return errno;
     }
     errno = EIO;
     if (::pwrite(file.get(), written.data(), written.size(), 0) != static_cast<ssize_t>(written.size()) ||
         ::fsync(file.get()) != 0 || ::posix_fadvise(file.get(), 0, 0, POSIX_FADV_DONTNEED) != 0 ||
-        ::pread(file.get(), read.data(), read.size(), 0) != static_cast<ssize_t>(read.size())) {
+        ::pread(file.get(), read.data(), read.size(), 0) != static_cast<ssize_t>(read.size()))
+    {
         return errno;
     }
     return read == written ? 0 : EIO;
@@ -47,7 +49,7 @@ int writeSyncAndReadBack(int folder, const char* name)
 int trial(const char* mountPoint, const char* name)
 {
     const FileDescriptor root(::open(mountPoint, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    struct statfs volume {};
+    struct statfs volume{};
     if (!root || ::fstatfs(root.get(), &volume) != 0) {
         return errno;
     }

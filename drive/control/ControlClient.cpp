@@ -18,8 +18,7 @@ FileDescriptor connectTo(const std::filesystem::path& socket)
         if (connection && ::connect(connection.get(), address.get(), sizeof address.address) == 0) {
             return connection;
         }
-    }
-    catch (const Failure&) {
+    } catch (const Failure&) {
         // No runtime folder means nobody listens, which the empty result says.
         return {};
     }
@@ -28,7 +27,8 @@ FileDescriptor connectTo(const std::filesystem::path& socket)
 
 } // namespace
 
-std::optional<Reply> ask(const std::filesystem::path& socket, const Request& request, std::chrono::milliseconds limit)
+std::optional<Reply> ask(const std::filesystem::path& socket, const Request& request,
+                         std::chrono::milliseconds limit)
 {
     const FileDescriptor connection = connectTo(socket);
     if (!connection || !sendLine(connection.get(), request.toLine())) {

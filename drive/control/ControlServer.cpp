@@ -44,16 +44,17 @@ void PendingRequest::answer(const Reply& reply) const
 }
 
 ControlServer::ControlServer(const std::filesystem::path& socket)
-    : _path(socket)
-    , _listener(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))
-    , _wakeUp(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
-    , _endUp(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
+    : _path(socket),
+      _listener(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)),
+      _wakeUp(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      _endUp(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
 {
     const SocketAddress address = SocketAddress::of(_path);
     ::unlink(_path.c_str());
     if (!_listener || !_wakeUp || !_endUp ||
         ::bind(_listener.get(), address.get(), sizeof address.address) != 0 ||
-        ::chmod(_path.c_str(), 0600) != 0 || ::listen(_listener.get(), kBacklog) != 0) {
+        ::chmod(_path.c_str(), 0600) != 0 || ::listen(_listener.get(), kBacklog) != 0)
+    {
         throw systemFailure("Cannot open the control socket " + _path.string(), errno);
     }
     _thread = std::jthread([this](const std::stop_token& stop) { run(stop); });
@@ -103,7 +104,8 @@ void ControlServer::serve(FileDescriptor connection)
     const std::optional<std::string> line = readLine(connection.get(), kRequestLimit);
     const std::optional<Request> request = line ? Request::fromLine(*line) : std::nullopt;
     if (!request) {
-        sendLine(connection.get(), Reply{.ok = false, .code = "unknown", .text = "Unknown request."}.toLine());
+        sendLine(connection.get(),
+                 Reply{.ok = false, .code = "unknown", .text = "Unknown request."}.toLine());
         return;
     }
     if (request->operation == Operation::Ping) {

@@ -19,18 +19,20 @@ struct PendingRequest {
     void answer(const Reply& reply) const;
 };
 
-/// The serving side of the control socket: a thread of its own accepts, checks that the peer is the same user, and
-/// answers Ping at once even while the serving loop is busy mounting; the others queue for that loop, which sees
-/// `wakeUp()` become readable.
+/// The serving side of the control socket: a thread of its own accepts, checks that the peer is the same
+/// user, and answers Ping at once even while the serving loop is busy mounting; the others queue for that
+/// loop, which sees `wakeUp()` become readable.
 class ControlServer {
 public:
-    /// Throws Failure when the socket cannot be made. A stale socket file is replaced: the caller holds the lock.
+    /// Throws Failure when the socket cannot be made. A stale socket file is replaced: the caller holds the
+    /// lock.
     explicit ControlServer(const std::filesystem::path& socket);
     ControlServer(const ControlServer&) = delete;
     ControlServer& operator=(const ControlServer&) = delete;
     ~ControlServer();
 
     [[nodiscard]] int wakeUp() const { return _wakeUp.get(); }
+
     /// The oldest waiting request, from the serving loop.
     [[nodiscard]] std::optional<PendingRequest> next();
 

@@ -19,8 +19,8 @@ std::optional<std::string> readLine(int socket, std::chrono::milliseconds limit)
     const auto deadline = std::chrono::steady_clock::now() + limit;
     std::string line;
     while (line.size() < kLongestLine) {
-        const auto left =
-            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+            deadline - std::chrono::steady_clock::now());
         pollfd waiting{.fd = socket, .events = POLLIN, .revents = 0};
         if (left.count() <= 0) {
             return std::nullopt;

@@ -1,8 +1,7 @@
 #include "control/Message.h"
 
-#include <nlohmann/json.hpp>
-
 #include <array>
+#include <nlohmann/json.hpp>
 #include <utility>
 
 namespace ferrobank::drive {
@@ -48,8 +47,7 @@ std::optional<Request> Request::fromLine(const std::string& line)
                                .total = root.value("total", std::uint64_t{0})};
             }
         }
-    }
-    catch (const std::exception&) {
+    } catch (const std::exception&) {
         return std::nullopt;
     }
     return std::nullopt;
@@ -73,8 +71,7 @@ std::optional<Reply> Reply::fromLine(const std::string& line)
         return Reply{.ok = root.at("ok"),
                      .code = root.value("code", std::string()),
                      .text = root.value("text", std::string())};
-    }
-    catch (const std::exception&) {
+    } catch (const std::exception&) {
         return std::nullopt;
     }
 }

@@ -36,6 +36,7 @@ struct Reply {
     std::string text;
 
     [[nodiscard]] static Reply success() { return {.ok = true, .code = {}, .text = {}}; }
+
     [[nodiscard]] std::string toLine() const;
     [[nodiscard]] static std::optional<Reply> fromLine(const std::string& line);
 };

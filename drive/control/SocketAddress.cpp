@@ -18,8 +18,8 @@ SocketAddress SocketAddress::of(const std::filesystem::path& socket)
         throw systemFailure("Cannot open " + socket.parent_path().string(), errno);
     }
     made.address.sun_family = AF_UNIX;
-    std::snprintf(made.address.sun_path, sizeof made.address.sun_path, "/proc/self/fd/%d/%s", made.folder.get(),
-                  socket.filename().c_str());
+    std::snprintf(made.address.sun_path, sizeof made.address.sun_path, "/proc/self/fd/%d/%s",
+                  made.folder.get(), socket.filename().c_str());
     return made;
 }
 

@@ -9,8 +9,9 @@
 
 namespace ferrobank::drive {
 
-/// The address of a unix socket in a folder. It goes through the folder's descriptor below /proc/self/fd, because
-/// the plain path may be longer than the 107 bytes that an address can hold. Valid while this value lives.
+/// The address of a unix socket in a folder. It goes through the folder's descriptor below /proc/self/fd,
+/// because the plain path may be longer than the 107 bytes that an address can hold. Valid while this value
+/// lives.
 struct SocketAddress {
     FileDescriptor folder;
     sockaddr_un address{};

@@ -17,11 +17,7 @@
 
 namespace ferrobank::drive {
 
-FstabHelper::FstabHelper(uid_t user, std::filesystem::path fstab)
-    : _user(user)
-    , _fstab(std::move(fstab))
-{
-}
+FstabHelper::FstabHelper(uid_t user, std::filesystem::path fstab) : _user(user), _fstab(std::move(fstab)) {}
 
 uid_t FstabHelper::callingUser()
 {
@@ -36,7 +32,7 @@ uid_t FstabHelper::callingUser()
 
 std::string FstabHelper::read() const
 {
-    struct stat status {};
+    struct stat status{};
     if (::lstat(_fstab.c_str(), &status) != 0 && errno == ENOENT) {
         return {};
     }
@@ -49,7 +45,7 @@ std::string FstabHelper::read() const
 
 void FstabHelper::write(const std::string& text) const
 {
-    struct stat status {};
+    struct stat status{};
     const bool there = ::stat(_fstab.c_str(), &status) == 0;
     const std::filesystem::path fresh = _fstab.string() + ".ferrobank-new";
     removeIfPresent(fresh);

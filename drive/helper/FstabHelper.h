@@ -9,10 +9,10 @@
 
 namespace ferrobank::drive {
 
-/// The part that an administrator allows: runs as root through pkexec and writes or removes the calling user's one
-/// line in fstab. It trusts nothing of the caller but the user number that polkit vouches for: home comes from the
-/// password data base, every folder down to the image is opened without following links and must belong to that
-/// user. Throws Failure; fstab is then unchanged.
+/// The part that an administrator allows: runs as root through pkexec and writes or removes the calling
+/// user's one line in fstab. It trusts nothing of the caller but the user number that polkit vouches for:
+/// home comes from the password data base, every folder down to the image is opened without following links
+/// and must belong to that user. Throws Failure; fstab is then unchanged.
 class FstabHelper {
 public:
     /// `fstab` is another file in tests.

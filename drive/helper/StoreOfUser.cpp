@@ -32,7 +32,7 @@ const passwd& entryOf(uid_t user)
 
 void requireOwner(const FileDescriptor& file, uid_t user, mode_t kind, const std::string& name)
 {
-    struct stat status {};
+    struct stat status{};
     if (!file || ::fstat(file.get(), &status) != 0) {
         throw systemFailure("Cannot open " + name, errno);
     }

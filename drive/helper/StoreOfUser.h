@@ -25,8 +25,8 @@ struct StoreOfUser {
 /// Paths of a user by number; throws Failure when there is no such user or the home is unusable in fstab.
 [[nodiscard]] Paths pathsOfUser(uid_t user);
 
-/// Makes the `files` subvolume in the user's image unless it is there, in mounts of its own that nobody else sees,
-/// and removes the mark that it is missing. Root only.
+/// Makes the `files` subvolume in the user's image unless it is there, in mounts of its own that nobody else
+/// sees, and removes the mark that it is missing. Root only.
 void prepareStore(const StoreOfUser& store);
 
 } // namespace ferrobank::drive

@@ -46,11 +46,7 @@ bool isSwitchedOff(const std::string& entry)
     return false;
 }
 
-LoginStart::LoginStart(Paths paths, Log log)
-    : _paths(std::move(paths))
-    , _log(std::move(log))
-{
-}
+LoginStart::LoginStart(Paths paths, Log log) : _paths(std::move(paths)), _log(std::move(log)) {}
 
 bool LoginStart::isOn() const
 {

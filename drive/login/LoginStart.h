@@ -8,9 +8,9 @@
 
 namespace ferrobank::drive {
 
-/// What starts the drive at login: the unit `org.ferrobank.Ferrobank.agent.service` of the user's systemd manager,
-/// or, where there is none, the autostart entry of the same name. Both are written by the application; here they
-/// are read, started and taken away. Operations ask anew each time.
+/// What starts the drive at login: the unit `org.ferrobank.Ferrobank.agent.service` of the user's systemd
+/// manager, or, where there is none, the autostart entry of the same name. Both are written by the
+/// application; here they are read, started and taken away. Operations ask anew each time.
 class LoginStart {
 public:
     LoginStart(Paths paths, Log log);

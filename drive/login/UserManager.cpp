@@ -20,6 +20,7 @@ constexpr std::uint64_t kLimitMicroseconds = 5'000'000;
 struct MessageCloser {
     void operator()(sd_bus_message* message) const { ::sd_bus_message_unref(message); }
 };
+
 using Message = std::unique_ptr<sd_bus_message, MessageCloser>;
 
 /// The manager's own socket; its address must escape what D-Bus addresses reserve.
@@ -112,9 +113,10 @@ std::string UserManager::activeState(const std::string& unit)
 {
     const std::string path = unitPath(unit);
     char* text = nullptr;
-    if (path.empty() || ::sd_bus_get_property_string(_bus.get(), kService, path.c_str(),
-                                                     "org.freedesktop.systemd1.Unit", "ActiveState", nullptr,
-                                                     &text) < 0) {
+    if (path.empty() ||
+        ::sd_bus_get_property_string(_bus.get(), kService, path.c_str(), "org.freedesktop.systemd1.Unit",
+                                     "ActiveState", nullptr, &text) < 0)
+    {
         return {};
     }
     std::string state = text;

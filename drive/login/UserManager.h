@@ -9,8 +9,8 @@ struct sd_bus;
 
 namespace ferrobank::drive {
 
-/// A connection to the systemd manager of this user, over its own socket (which needs no session bus) or else the
-/// session bus. Used on one thread; each call gives up after five seconds.
+/// A connection to the systemd manager of this user, over its own socket (which needs no session bus) or else
+/// the session bus. Used on one thread; each call gives up after five seconds.
 class UserManager {
 public:
     /// Nothing where no manager runs for this user.
@@ -30,10 +30,9 @@ private:
     struct Closer {
         void operator()(sd_bus* bus) const;
     };
-    explicit UserManager(sd_bus* bus)
-        : _bus(bus)
-    {
-    }
+
+    explicit UserManager(sd_bus* bus) : _bus(bus) {}
+
     [[nodiscard]] std::string unitPath(const std::string& unit);
 
     std::unique_ptr<sd_bus, Closer> _bus;

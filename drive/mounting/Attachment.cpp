@@ -57,17 +57,17 @@ std::filesystem::path canonicalOrEmpty(const std::filesystem::path& path)
 
 bool hasTemporaryIdentity(const std::filesystem::path& mountPoint)
 {
-    const std::filesystem::path facts = std::filesystem::path("/sys/fs/btrfs") / fileSystemIdentifier(mountPoint);
+    const std::filesystem::path facts =
+        std::filesystem::path("/sys/fs/btrfs") / fileSystemIdentifier(mountPoint);
     return readSmallFile(facts / "temp_fsid").value_or("0").starts_with('1');
 }
 
 Attachment::Attachment(Paths paths, Log log, std::unique_ptr<BackEnd> backEnd)
-    : _paths(std::move(paths))
-    , _log(std::move(log))
-    , _backEnd(std::move(backEnd))
-    , _home(_paths.drive, loginName())
-{
-}
+    : _paths(std::move(paths)),
+      _log(std::move(log)),
+      _backEnd(std::move(backEnd)),
+      _home(_paths.drive, loginName())
+{}
 
 std::optional<Volume> Attachment::current() const
 {
@@ -84,8 +84,7 @@ Volume Attachment::attach(Interaction interaction)
         }
         try {
             return mountAnew(interaction, loops);
-        }
-        catch (const Failure& failure) {
+        } catch (const Failure& failure) {
             if (failure.code() != "device-busy" || attempt == kBusyAttempts) {
                 throw;
             }
@@ -99,7 +98,8 @@ Volume Attachment::adopt(const Volume& volume)
     refuseDoubleAttachment(volume);
     pointHomeAt(volume);
     markOpen(volume);
-    _log.write("The drive was mounted already, at " + volume.mountPoint.string() + " on " + volume.loop + ".");
+    _log.write("The drive was mounted already, at " + volume.mountPoint.string() + " on " + volume.loop +
+               ".");
     return volume;
 }
 
@@ -129,8 +129,8 @@ void Attachment::examine(const std::vector<LoopDevice>& loops)
 Volume Attachment::mountAnew(Interaction interaction, const std::vector<LoopDevice>& loops)
 {
     if (loops.size() > 1) {
-        throw Failure("The drive's store is attached more than once (" + loops[0].device + ", " + loops[1].device +
-                          "). Eject the second one, then restart Ferrobank.",
+        throw Failure("The drive's store is attached more than once (" + loops[0].device + ", " +
+                          loops[1].device + "). Eject the second one, then restart Ferrobank.",
                       "attached-twice");
     }
     if (!loops.empty() && loops[0].readOnly) {
@@ -178,9 +178,10 @@ void Attachment::refuseDoubleAttachment(const Volume& volume)
     }
     _log.write("The image is attached twice; unmounting " + volume.mountPoint.string() + ".");
     _backEnd->detach(volume);
-    throw Failure("The drive's store is attached twice, which would destroy files. Eject the other one, then restart "
-                  "Ferrobank.",
-                  "attached-twice");
+    throw Failure(
+        "The drive's store is attached twice, which would destroy files. Eject the other one, then restart "
+        "Ferrobank.",
+        "attached-twice");
 }
 
 void Attachment::markOpen(const Volume& volume) const
@@ -205,9 +206,10 @@ void Attachment::requireStoreInPlace() const
 {
     for (const LoopDevice& loop : loopsOf(_paths.image, Recognise::ByFile)) {
         if (loop.backingDeleted) {
-            throw Failure("The drive's store was deleted while in use. Copy your files out of ~/Ferrobank now: they "
-                          "are gone once the drive is unmounted.",
-                          "store-deleted");
+            throw Failure(
+                "The drive's store was deleted while in use. Copy your files out of ~/Ferrobank now: they "
+                "are gone once the drive is unmounted.",
+                "store-deleted");
         }
     }
 }

@@ -10,13 +10,13 @@
 
 namespace ferrobank::drive {
 
-/// Brings the drive from its store to `~/Ferrobank` and back, with every guard against attaching the image twice.
-/// The caller holds the store's lock, and uses it from one thread. All operations throw Failure with the sentence
-/// for the user and may be repeated after a failure or a kill at any moment.
+/// Brings the drive from its store to `~/Ferrobank` and back, with every guard against attaching the image
+/// twice. The caller holds the store's lock, and uses it from one thread. All operations throw Failure with
+/// the sentence for the user and may be repeated after a failure or a kill at any moment.
 ///
-/// The guards: whatever loop device has the image already is used, never a second one; the store's lock admits one
-/// process; the image is read-only to its owner while attached; and a kernel that mounted it as a second, foreign
-/// file system all the same ("temp_fsid") makes the attach fail and unmount.
+/// The guards: whatever loop device has the image already is used, never a second one; the store's lock
+/// admits one process; the image is read-only to its owner while attached; and a kernel that mounted it as a
+/// second, foreign file system all the same ("temp_fsid") makes the attach fail and unmount.
 class Attachment {
 public:
     Attachment(Paths paths, Log log, std::unique_ptr<BackEnd> backEnd);
@@ -31,7 +31,9 @@ public:
     void requireStoreInPlace() const;
 
     [[nodiscard]] std::optional<Volume> current() const;
+
     [[nodiscard]] const HomeEntry& home() const { return _home; }
+
     [[nodiscard]] std::string backEndName() const { return std::string(_backEnd->name()); }
 
 private:
@@ -48,8 +50,8 @@ private:
     HomeEntry _home;
 };
 
-/// Whether the kernel gave this mount an identity of its own because its image is mounted a second time (Linux 6.7
-/// and later; older kernels have no such file and refuse the second mount themselves).
+/// Whether the kernel gave this mount an identity of its own because its image is mounted a second time
+/// (Linux 6.7 and later; older kernels have no such file and refuse the second mount themselves).
 [[nodiscard]] bool hasTemporaryIdentity(const std::filesystem::path& mountPoint);
 
 } // namespace ferrobank::drive

@@ -13,9 +13,10 @@ namespace ferrobank::drive {
 /// Whether the person at the screen may be asked for a password: after a click yes, at login no.
 enum class Interaction { Silent, MayAsk };
 
-/// One way to get the image mounted without being root, or as root. Used on one thread; calls wait for the system
-/// and throw Failure with the sentence for the user. Codes that callers look at: "busy" (detach), "not-authorized"
-/// (worth trying again while a login session settles), "device-busy" (worth looking for the loop device again).
+/// One way to get the image mounted without being root, or as root. Used on one thread; calls wait for the
+/// system and throw Failure with the sentence for the user. Codes that callers look at: "busy" (detach),
+/// "not-authorized" (worth trying again while a login session settles), "device-busy" (worth looking for the
+/// loop device again).
 ///
 /// The caller has made sure that no other loop device uses the image, or passes the one that does.
 class BackEnd {

@@ -18,21 +18,26 @@ namespace {
 class NoBackEnd : public BackEnd {
 public:
     [[nodiscard]] std::string_view name() const override { return "none"; }
+
     [[nodiscard]] bool mountsAtHome() const override { return false; }
+
     void prepare(const std::optional<LoopDevice>&, Interaction) override { refuse(); }
+
     Volume attach(const std::optional<LoopDevice>&, Interaction) override
     {
         refuse();
         return {};
     }
+
     void detach(const Volume&) override { refuse(); }
 
 private:
     static void refuse()
     {
-        throw Failure("This system has no udisks2 service. Install the package udisks2 or run: pkexec ferrobank "
-                      "helper-fstab add",
-                      "no-udisks");
+        throw Failure(
+            "This system has no udisks2 service. Install the package udisks2 or run: pkexec ferrobank "
+            "helper-fstab add",
+            "no-udisks");
     }
 };
 

@@ -59,12 +59,11 @@ bool hasBackingFile(const std::string& device)
 /// Unmounts when it goes, whatever happened in between.
 class ScratchMount {
 public:
-    explicit ScratchMount(std::filesystem::path folder)
-        : _folder(std::move(folder))
-    {
-    }
+    explicit ScratchMount(std::filesystem::path folder) : _folder(std::move(folder)) {}
+
     ScratchMount(const ScratchMount&) = delete;
     ScratchMount& operator=(const ScratchMount&) = delete;
+
     ~ScratchMount()
     {
         ::umount2(_folder.c_str(), UMOUNT_NOFOLLOW);
@@ -134,7 +133,8 @@ void prepareOnLoop(const std::string& device, const std::filesystem::path& scrat
     // A killed preparation leaves its mount, and the kernel refuses the same one twice on a folder.
     ::umount2(scratch.c_str(), UMOUNT_NOFOLLOW);
     if (::mount(device.c_str(), scratch.c_str(), "btrfs", MS_NOSUID | MS_NODEV | MS_NOEXEC | MS_NOATIME,
-                "discard=sync") != 0) {
+                "discard=sync") != 0)
+    {
         const int error = errno;
         ::rmdir(scratch.c_str());
         throw mountFailure(error);
@@ -180,11 +180,8 @@ void unmountOrName(const std::filesystem::path& mountPoint)
 
 DirectBackEnd::DirectBackEnd(std::filesystem::path image, std::filesystem::path mountPoint,
                              std::filesystem::path scratch)
-    : _image(std::move(image))
-    , _mountPoint(std::move(mountPoint))
-    , _scratch(std::move(scratch))
-{
-}
+    : _image(std::move(image)), _mountPoint(std::move(mountPoint)), _scratch(std::move(scratch))
+{}
 
 void DirectBackEnd::prepare(const std::optional<LoopDevice>& existing, Interaction)
 {
@@ -206,7 +203,8 @@ Volume DirectBackEnd::attach(const std::optional<LoopDevice>& existing, Interact
     }
     Volume volume{.loop = existing ? existing->device : fresh.device, .mountPoint = _mountPoint};
     if (::mount(volume.loop.c_str(), _mountPoint.c_str(), "btrfs", MS_NOATIME | MS_NOSUID | MS_NODEV,
-                kMountOptions) != 0) {
+                kMountOptions) != 0)
+    {
         throw mountFailure(errno);
     }
     return volume;

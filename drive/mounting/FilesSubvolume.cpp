@@ -30,7 +30,8 @@ void ensureFilesSubvolume(const std::filesystem::path& topLevel, uid_t owner, gi
     }
     const FileDescriptor files(::openat(parent.get(), "files", kFolderFlags));
     if (!files || ::fchmod(files.get(), 0700) != 0 || ::fchown(files.get(), owner, group) != 0 ||
-        ::syncfs(files.get()) != 0) {
+        ::syncfs(files.get()) != 0)
+    {
         throw systemFailure(attempt, errno);
     }
 }

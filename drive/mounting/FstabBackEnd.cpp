@@ -25,15 +25,13 @@ std::string lastLine(std::string text)
 
 } // namespace
 
-FstabBackEnd::FstabBackEnd(Paths paths)
-    : _paths(std::move(paths))
-{
-}
+FstabBackEnd::FstabBackEnd(Paths paths) : _paths(std::move(paths)) {}
 
 void FstabBackEnd::prepare(const std::optional<LoopDevice>&, Interaction)
 {
-    throw Failure("The new drive has to be prepared by an administrator. Run: pkexec ferrobank helper-fstab add",
-                  "not-prepared");
+    throw Failure(
+        "The new drive has to be prepared by an administrator. Run: pkexec ferrobank helper-fstab add",
+        "not-prepared");
 }
 
 Volume FstabBackEnd::attach(const std::optional<LoopDevice>&, Interaction)
@@ -48,8 +46,9 @@ Volume FstabBackEnd::attach(const std::optional<LoopDevice>&, Interaction)
     }
     const std::optional<Volume> volume = findVolume(_paths.image, Recognise::ByFile);
     if (!volume) {
-        throw Failure("The drive's line in /etc/fstab mounts something else. Run: pkexec ferrobank helper-fstab add",
-                      "fstab");
+        throw Failure(
+            "The drive's line in /etc/fstab mounts something else. Run: pkexec ferrobank helper-fstab add",
+            "fstab");
     }
     return *volume;
 }

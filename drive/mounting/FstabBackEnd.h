@@ -12,7 +12,9 @@ public:
     explicit FstabBackEnd(Paths paths);
 
     [[nodiscard]] std::string_view name() const override { return "fstab"; }
+
     [[nodiscard]] bool mountsAtHome() const override { return true; }
+
     /// The helper has prepared the image when it wrote the line; a later image needs it once more.
     void prepare(const std::optional<LoopDevice>& existing, Interaction interaction) override;
     Volume attach(const std::optional<LoopDevice>& existing, Interaction interaction) override;

@@ -14,12 +14,14 @@ std::string escaped(std::string_view text)
 {
     std::string result;
     for (const char character : text) {
-        if (character == ' ' || character == '\t' || character == '\n' || character == '\\' || character == '#') {
+        if (character == ' ' || character == '\t' || character == '\n' || character == '\\' ||
+            character == '#')
+        {
             char code[8];
-            std::snprintf(code, sizeof code, "\\%03o", static_cast<unsigned>(static_cast<unsigned char>(character)));
+            std::snprintf(code, sizeof code, "\\%03o",
+                          static_cast<unsigned>(static_cast<unsigned char>(character)));
             result += code;
-        }
-        else {
+        } else {
             result += character;
         }
     }
@@ -54,15 +56,12 @@ std::string withoutFstabLine(const std::string& text, uid_t user)
         if (!inside && line == begin) {
             inside = true;
             held = whole;
-        }
-        else if (!inside) {
+        } else if (!inside) {
             result += whole;
-        }
-        else if (line == end) {
+        } else if (line == end) {
             inside = false;
             held.clear();
-        }
-        else {
+        } else {
             held += whole;
         }
     }

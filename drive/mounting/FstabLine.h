@@ -8,8 +8,8 @@
 
 namespace ferrobank::drive {
 
-/// The drive's one line in /etc/fstab (fstab(5)) and its place there, between two comments that name the user. Pure
-/// functions over the file's text.
+/// The drive's one line in /etc/fstab (fstab(5)) and its place there, between two comments that name the
+/// user. Pure functions over the file's text.
 
 /// The line itself. `user` brings noexec with it, which `exec` after it takes back.
 [[nodiscard]] std::string fstabLine(const Paths& paths);

@@ -12,10 +12,8 @@
 namespace ferrobank::drive {
 
 HomeEntry::HomeEntry(std::filesystem::path path, std::string user)
-    : _path(std::move(path))
-    , _user(std::move(user))
-{
-}
+    : _path(std::move(path)), _user(std::move(user))
+{}
 
 bool HomeEntry::leadsToMedia(const std::string& target) const
 {
@@ -23,7 +21,8 @@ bool HomeEntry::leadsToMedia(const std::string& target) const
         const std::string prefix = root + _user + "/Ferrobank";
         // udisks2 appends a number when the name is taken.
         if (target.starts_with(prefix) &&
-            target.find_first_not_of("0123456789", prefix.size()) == std::string::npos) {
+            target.find_first_not_of("0123456789", prefix.size()) == std::string::npos)
+        {
             return true;
         }
     }
@@ -32,7 +31,7 @@ bool HomeEntry::leadsToMedia(const std::string& target) const
 
 HomeEntry::Kind HomeEntry::kind() const
 {
-    struct stat status {};
+    struct stat status{};
     if (::lstat(_path.c_str(), &status) != 0) {
         if (errno != ENOENT) {
             throw systemFailure("Cannot look at " + _path.string(), errno);
@@ -53,8 +52,9 @@ HomeEntry::Kind HomeEntry::kind() const
 void HomeEntry::requireFree() const
 {
     if (kind() == Kind::Foreign) {
-        throw Failure("~/Ferrobank already exists and holds other files. Move it away, then restart Ferrobank.",
-                      "home-occupied");
+        throw Failure(
+            "~/Ferrobank already exists and holds other files. Move it away, then restart Ferrobank.",
+            "home-occupied");
     }
 }
 

@@ -5,8 +5,8 @@
 
 namespace ferrobank::drive {
 
-/// `~/Ferrobank` itself: a link to where the drive is mounted, or the folder it is mounted on. What belongs to
-/// somebody else there (a file, a folder with content, a link that leads elsewhere) is never touched.
+/// `~/Ferrobank` itself: a link to where the drive is mounted, or the folder it is mounted on. What belongs
+/// to somebody else there (a file, a folder with content, a link that leads elsewhere) is never touched.
 class HomeEntry {
 public:
     /// `user` names the folder below /media and /run/media whose entries count as our own link targets.

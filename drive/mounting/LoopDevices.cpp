@@ -40,8 +40,8 @@ std::optional<Backing> backingOf(const std::filesystem::path& device)
 
 bool sameFile(const std::filesystem::path& one, const std::filesystem::path& other)
 {
-    struct stat first {};
-    struct stat second {};
+    struct stat first{};
+    struct stat second{};
     return ::stat(one.c_str(), &first) == 0 && ::stat(other.c_str(), &second) == 0 &&
            first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }

@@ -16,8 +16,8 @@ struct LoopDevice {
 };
 
 /// How a backing file is recognised. ByName compares paths, and looks at other files only when they have the
-/// image's own file name, so it never waits for a foreign disk; ByFile looks at every backing file, and so finds
-/// hard links and bind mounts under any name.
+/// image's own file name, so it never waits for a foreign disk; ByFile looks at every backing file, and so
+/// finds hard links and bind mounts under any name.
 enum class Recognise { ByName, ByFile };
 
 /// All loop devices that use the image, in order. More than one is the double attachment that destroys data.

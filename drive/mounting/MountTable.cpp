@@ -21,11 +21,12 @@ std::string unescaped(std::string_view text)
     std::string plain;
     for (std::size_t at = 0; at < text.size(); ++at) {
         if (text[at] == '\\' && at + 3 < text.size() && isOctal(text[at + 1]) && isOctal(text[at + 2]) &&
-            isOctal(text[at + 3])) {
-            plain += static_cast<char>((text[at + 1] - '0') * 64 + (text[at + 2] - '0') * 8 + (text[at + 3] - '0'));
+            isOctal(text[at + 3]))
+        {
+            plain += static_cast<char>((text[at + 1] - '0') * 64 + (text[at + 2] - '0') * 8 +
+                                       (text[at + 3] - '0'));
             at += 3;
-        }
-        else {
+        } else {
             plain += text[at];
         }
     }

@@ -17,8 +17,8 @@ struct MountEntry {
     bool readOnly = false;
 };
 
-/// The mounts as this process sees them, in the kernel's order: of two on one folder the later covers the earlier.
-/// Lines that do not parse are left out.
+/// The mounts as this process sees them, in the kernel's order: of two on one folder the later covers the
+/// earlier. Lines that do not parse are left out.
 [[nodiscard]] std::vector<MountEntry> parseMountTable(std::string_view text);
 [[nodiscard]] std::vector<MountEntry> readMountTable();
 

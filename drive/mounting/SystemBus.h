@@ -12,9 +12,11 @@ namespace ferrobank::drive {
 struct BusCloser {
     void operator()(sd_bus* bus) const { ::sd_bus_flush_close_unref(bus); }
 };
+
 struct BusMessageCloser {
     void operator()(sd_bus_message* message) const { ::sd_bus_message_unref(message); }
 };
+
 using Bus = std::unique_ptr<sd_bus, BusCloser>;
 using BusMessage = std::unique_ptr<sd_bus_message, BusMessageCloser>;
 

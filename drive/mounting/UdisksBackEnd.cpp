@@ -32,15 +32,18 @@ constexpr std::chrono::milliseconds kProbeStep{50};
 Failure failureOf(const BusError& error, const std::string& attempt)
 {
     if (error.isOneOf("org.freedesktop.UDisks2.Error.NotAuthorized")) {
-        return Failure("This login session may not mount the drive. Log in at this computer's own screen, or run: "
-                       "pkexec ferrobank helper-fstab add",
-                       "not-authorized");
+        return Failure(
+            "This login session may not mount the drive. Log in at this computer's own screen, or run: "
+            "pkexec ferrobank helper-fstab add",
+            "not-authorized");
     }
     if (error.isOneOf("org.freedesktop.DBus.Error.ServiceUnknown") ||
-        error.isOneOf("org.freedesktop.DBus.Error.NameHasNoOwner")) {
-        return Failure("This system has no udisks2 service. Install the package udisks2 or run: pkexec ferrobank "
-                       "helper-fstab add",
-                       "no-udisks");
+        error.isOneOf("org.freedesktop.DBus.Error.NameHasNoOwner"))
+    {
+        return Failure(
+            "This system has no udisks2 service. Install the package udisks2 or run: pkexec ferrobank "
+            "helper-fstab add",
+            "no-udisks");
     }
     if (!kernelHasBtrfs()) {
         return Failure("This system's kernel has no Btrfs support.", "no-btrfs");
@@ -51,9 +54,7 @@ Failure failureOf(const BusError& error, const std::string& attempt)
 /// One conversation with udisks2 about one loop device.
 class Conversation {
 public:
-    explicit Conversation(Interaction interaction)
-        : _bus(openSystemBus())
-        , _interaction(interaction)
+    explicit Conversation(Interaction interaction) : _bus(openSystemBus()), _interaction(interaction)
     {
         if (!_bus) {
             throw failureOf({.name = "org.freedesktop.DBus.Error.ServiceUnknown", .text = {}}, {});
@@ -83,9 +84,8 @@ public:
         const auto limit = std::chrono::steady_clock::now() + kProbeLimit;
         for (;;) {
             sd_bus_message* answer = nullptr;
-            const int result =
-                ::sd_bus_get_property(_bus.get(), UdisksBackEnd::kService, device.c_str(), kFilesystem,
-                                      "MountPoints", nullptr, &answer, "aay");
+            const int result = ::sd_bus_get_property(_bus.get(), UdisksBackEnd::kService, device.c_str(),
+                                                     kFilesystem, "MountPoints", nullptr, &answer, "aay");
             ::sd_bus_message_unref(answer);
             if (result >= 0) {
                 return;
@@ -154,11 +154,13 @@ private:
     BusMessage newCall(const std::string& path, const char* interface, const char* member)
     {
         sd_bus_message* call = nullptr;
-        if (::sd_bus_message_new_method_call(_bus.get(), &call, UdisksBackEnd::kService, path.c_str(), interface,
-                                             member) < 0) {
+        if (::sd_bus_message_new_method_call(_bus.get(), &call, UdisksBackEnd::kService, path.c_str(),
+                                             interface, member) < 0)
+        {
             throw Failure("udisks2 cannot be asked.", "udisks");
         }
-        ::sd_bus_message_set_allow_interactive_authorization(call, _interaction == Interaction::MayAsk ? 1 : 0);
+        ::sd_bus_message_set_allow_interactive_authorization(call,
+                                                             _interaction == Interaction::MayAsk ? 1 : 0);
         return BusMessage(call);
     }
 
@@ -201,10 +203,7 @@ std::string deviceOf(const std::string& object)
 
 } // namespace
 
-UdisksBackEnd::UdisksBackEnd(std::filesystem::path image)
-    : _image(std::move(image))
-{
-}
+UdisksBackEnd::UdisksBackEnd(std::filesystem::path image) : _image(std::move(image)) {}
 
 void UdisksBackEnd::prepare(const std::optional<LoopDevice>& existing, Interaction interaction)
 {
@@ -218,8 +217,7 @@ void UdisksBackEnd::prepare(const std::optional<LoopDevice>& existing, Interacti
         }
         ensureFilesSubvolume(topLevel, ::geteuid(), ::getegid());
         udisks.letGoWhenUnmounted(object);
-    }
-    catch (const Failure&) {
+    } catch (const Failure&) {
         if (topLevel.empty()) {
             udisks.deleteLoop(object);
         }
@@ -238,8 +236,7 @@ Volume UdisksBackEnd::attach(const std::optional<LoopDevice>& existing, Interact
     Volume volume{.loop = deviceOf(object), .mountPoint = {}};
     try {
         volume.mountPoint = udisks.mount(object, std::string("noatime,") + kMountOptions);
-    }
-    catch (const Failure&) {
+    } catch (const Failure&) {
         if (!existing) {
             udisks.deleteLoop(object);
         }

@@ -17,7 +17,9 @@ public:
     explicit UdisksBackEnd(std::filesystem::path image);
 
     [[nodiscard]] std::string_view name() const override { return "udisks"; }
+
     [[nodiscard]] bool mountsAtHome() const override { return false; }
+
     void prepare(const std::optional<LoopDevice>& existing, Interaction interaction) override;
     Volume attach(const std::optional<LoopDevice>& existing, Interaction interaction) override;
     void detach(const Volume& volume) override;

@@ -16,7 +16,8 @@ std::optional<Volume> findVolume(const std::vector<LoopDevice>& loops, const std
     for (const LoopDevice& loop : loops) {
         for (const MountEntry& mount : mounts) {
             if (mount.source == loop.device && showsFiles(mount)) {
-                return Volume{.loop = loop.device, .mountPoint = mount.mountPoint, .readOnly = mount.readOnly};
+                return Volume{
+                    .loop = loop.device, .mountPoint = mount.mountPoint, .readOnly = mount.readOnly};
             }
         }
     }

@@ -25,12 +25,14 @@ struct Volume {
     bool operator==(const Volume&) const = default;
 };
 
-/// The drive's mount among `loops`, or nothing. Other mounts of the same device (its top level, say) do not count.
+/// The drive's mount among `loops`, or nothing. Other mounts of the same device (its top level, say) do not
+/// count.
 [[nodiscard]] std::optional<Volume> findVolume(const std::vector<LoopDevice>& loops,
                                                const std::vector<MountEntry>& mounts);
 
 /// Where a loop device is mounted with anything else than the drive's subvolume.
-[[nodiscard]] std::vector<MountEntry> otherMounts(const std::string& loop, const std::vector<MountEntry>& mounts);
+[[nodiscard]] std::vector<MountEntry> otherMounts(const std::string& loop,
+                                                  const std::vector<MountEntry>& mounts);
 
 /// The same, asked of the system now.
 [[nodiscard]] std::optional<Volume> findVolume(const std::filesystem::path& image, Recognise how);

@@ -47,7 +47,9 @@ bool hasOpenFileInside(const std::string& process, std::string_view folder)
 bool hasMappingInside(const std::string& process, const std::string& folder)
 {
     const std::string maps = readSmallFile(process + "/maps", kMapsLimit).value_or(std::string());
-    for (std::size_t at = maps.find(' ' + folder); at != std::string::npos; at = maps.find(' ' + folder, at + 1)) {
+    for (std::size_t at = maps.find(' ' + folder); at != std::string::npos;
+         at = maps.find(' ' + folder, at + 1))
+    {
         const std::string_view rest = std::string_view(maps).substr(at + 1);
         if (isInside(rest.substr(0, rest.find('\n')), folder)) {
             return true;
@@ -93,7 +95,8 @@ std::string busySentence(const std::vector<VolumeUser>& users)
     }
     std::string text = "The drive is in use by ";
     for (std::size_t index = 0; index < users.size() && index < kNamedAtMost; ++index) {
-        text += (index == 0 ? "" : ", ") + users[index].name + " (" + std::to_string(users[index].process) + ")";
+        text +=
+            (index == 0 ? "" : ", ") + users[index].name + " (" + std::to_string(users[index].process) + ")";
     }
     if (users.size() > kNamedAtMost) {
         text += " and " + std::to_string(users.size() - kNamedAtMost) + " more";

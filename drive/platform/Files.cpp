@@ -48,8 +48,7 @@ void replaceFile(const std::filesystem::path& path, std::string_view text, Durab
         const ssize_t put = ::write(file.get(), text.data(), text.size());
         if (put >= 0) {
             text.remove_prefix(static_cast<std::size_t>(put));
-        }
-        else if (errno != EINTR) {
+        } else if (errno != EINTR) {
             error = errno;
         }
     }
@@ -68,7 +67,7 @@ void replaceFile(const std::filesystem::path& path, std::string_view text, Durab
 
 void ensurePrivateFolder(const std::filesystem::path& folder)
 {
-    struct stat status {};
+    struct stat status{};
     if (::lstat(folder.c_str(), &status) != 0) {
         if (errno != ENOENT) {
             throw systemFailure("Cannot look at " + folder.string(), errno);
@@ -101,7 +100,7 @@ void removeIfPresent(const std::filesystem::path& path)
 
 std::optional<FileIdentity> identityOf(const std::filesystem::path& path)
 {
-    struct stat status {};
+    struct stat status{};
     if (::stat(path.c_str(), &status) != 0) {
         return std::nullopt;
     }

@@ -14,12 +14,13 @@ namespace ferrobank::drive {
 
 enum class Durability { Cached, Synced };
 
-/// Puts `text` in place of the file in one step: a reader sees the old text or the new one, never a part. The new
-/// file has mode 0600. Throws Failure; the old file is then still there.
-void replaceFile(const std::filesystem::path& path, std::string_view text, Durability durability = Durability::Cached);
+/// Puts `text` in place of the file in one step: a reader sees the old text or the new one, never a part. The
+/// new file has mode 0600. Throws Failure; the old file is then still there.
+void replaceFile(const std::filesystem::path& path, std::string_view text,
+                 Durability durability = Durability::Cached);
 
-/// Makes a folder of mode 0700, with its parents, unless it is there. Throws Failure when it cannot be made, is a
-/// link or no folder, or belongs to another user.
+/// Makes a folder of mode 0700, with its parents, unless it is there. Throws Failure when it cannot be made,
+/// is a link or no folder, or belongs to another user.
 void ensurePrivateFolder(const std::filesystem::path& folder);
 
 /// Removes a file or an empty folder; nothing there is fine. Throws Failure otherwise.

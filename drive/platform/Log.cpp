@@ -60,8 +60,8 @@ FileDescriptor openForAppending(const std::filesystem::path& path)
         if (!file || ::flock(file.get(), LOCK_EX) != 0) {
             return {};
         }
-        struct stat opened {};
-        struct stat named {};
+        struct stat opened{};
+        struct stat named{};
         const bool stillNamed = ::fstat(file.get(), &opened) == 0 && ::stat(path.c_str(), &named) == 0 &&
                                 opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
         if (stillNamed && opened.st_size < Log::kFileBytes) {
@@ -76,10 +76,7 @@ FileDescriptor openForAppending(const std::filesystem::path& path)
 
 } // namespace
 
-Log::Log(std::filesystem::path path)
-    : _path(std::move(path))
-{
-}
+Log::Log(std::filesystem::path path) : _path(std::move(path)) {}
 
 void Log::write(std::string_view text) const
 {

@@ -5,9 +5,9 @@
 
 namespace ferrobank::drive {
 
-/// The drive's log file: one dated line per event, at most five files of 1 MB (`ferrobank.log`, `.1` to `.4`).
-/// Several processes and threads may write at once. A log that cannot be written never stops the drive: the line
-/// then goes to standard error.
+/// The drive's log file: one dated line per event, at most five files of 1 MB (`ferrobank.log`, `.1` to
+/// `.4`). Several processes and threads may write at once. A log that cannot be written never stops the
+/// drive: the line then goes to standard error.
 class Log {
 public:
     explicit Log(std::filesystem::path path);

@@ -63,7 +63,8 @@ Paths Paths::of(const std::filesystem::path& home, const std::filesystem::path& 
     paths.openMarker = paths.store / "open";
     paths.index = paths.support / "index";
     paths.log = paths.support / "log/ferrobank.log";
-    paths.runtime = runtimeRoot.empty() ? home / ".cache/ferrobank" / ("run-" + bootId()) : runtimeRoot / "ferrobank";
+    paths.runtime =
+        runtimeRoot.empty() ? home / ".cache/ferrobank" / ("run-" + bootId()) : runtimeRoot / "ferrobank";
     paths.autostartEntry = (configuration.empty() ? home / ".config" : configuration) / "autostart" /
                            "org.ferrobank.Ferrobank.agent.desktop";
     return paths;
@@ -71,7 +72,8 @@ Paths Paths::of(const std::filesystem::path& home, const std::filesystem::path& 
 
 Paths Paths::fromEnvironment()
 {
-    return of(homeFolder(), absoluteFromEnvironment("XDG_RUNTIME_DIR"), absoluteFromEnvironment("XDG_CONFIG_HOME"));
+    return of(homeFolder(), absoluteFromEnvironment("XDG_RUNTIME_DIR"),
+              absoluteFromEnvironment("XDG_CONFIG_HOME"));
 }
 
 } // namespace ferrobank::drive

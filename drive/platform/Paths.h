@@ -5,8 +5,8 @@
 
 namespace ferrobank::drive {
 
-/// Where everything of one user's drive lies. Plain value, made once at start from the environment; usable on any
-/// thread. Making it touches nothing on disk.
+/// Where everything of one user's drive lies. Plain value, made once at start from the environment; usable on
+/// any thread. Making it touches nothing on disk.
 struct Paths {
     std::filesystem::path home;
     /// `~/Ferrobank`: the mount point itself or a link to it.
@@ -30,11 +30,13 @@ struct Paths {
     std::filesystem::path autostartEntry;
 
     [[nodiscard]] std::filesystem::path serveLock() const { return runtime / "serve.lock"; }
+
     [[nodiscard]] std::filesystem::path state() const { return runtime / "state.json"; }
+
     [[nodiscard]] std::filesystem::path socket() const { return runtime / "control.sock"; }
 
-    /// From HOME (else the password data base), XDG_RUNTIME_DIR and XDG_CONFIG_HOME. Throws Failure when there is
-    /// no absolute home folder.
+    /// From HOME (else the password data base), XDG_RUNTIME_DIR and XDG_CONFIG_HOME. Throws Failure when
+    /// there is no absolute home folder.
     [[nodiscard]] static Paths fromEnvironment();
     [[nodiscard]] static Paths of(const std::filesystem::path& home, const std::filesystem::path& runtimeRoot,
                                   const std::filesystem::path& configuration);

@@ -28,7 +28,8 @@ pid_t spawn(const std::filesystem::path& program, const std::vector<std::string>
     posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, output, STDERR_FILENO);
 
-    // The serving process blocks the signals it reads from a descriptor; children must get the usual ones back.
+    // The serving process blocks the signals it reads from a descriptor; children must get the usual ones
+    // back.
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
     sigset_t none;
@@ -85,8 +86,8 @@ Reading readUntilClosed(int pipe, std::chrono::steady_clock::time_point deadline
 
 std::filesystem::path findSystemProgram(const std::string& name)
 {
-    for (const char* folder :
-         {"/usr/sbin", "/usr/bin", "/sbin", "/bin", "/usr/local/sbin", "/usr/local/bin"}) {
+    for (const char* folder : {"/usr/sbin", "/usr/bin", "/sbin", "/bin", "/usr/local/sbin", "/usr/local/bin"})
+    {
         std::filesystem::path candidate = std::filesystem::path(folder) / name;
         if (::access(candidate.c_str(), X_OK) == 0) {
             return candidate;

@@ -20,10 +20,11 @@ struct ProgramOutcome {
     [[nodiscard]] bool succeeded() const { return end == End::Exited && status == 0; }
 };
 
-/// Runs a system program (`mkfs.btrfs`, `btrfs`, `mount`) by name with a list of arguments, in the C locale and
-/// with no input, and waits for it. It is looked for in the system's own folders only, which users' search paths
-/// often lack. When `limit` passes it is killed.
-[[nodiscard]] ProgramOutcome runSystemProgram(const std::string& name, const std::vector<std::string>& arguments,
+/// Runs a system program (`mkfs.btrfs`, `btrfs`, `mount`) by name with a list of arguments, in the C locale
+/// and with no input, and waits for it. It is looked for in the system's own folders only, which users'
+/// search paths often lack. When `limit` passes it is killed.
+[[nodiscard]] ProgramOutcome runSystemProgram(const std::string& name,
+                                              const std::vector<std::string>& arguments,
                                               std::chrono::seconds limit);
 
 /// The full path of a system program, or empty.

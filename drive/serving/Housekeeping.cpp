@@ -41,16 +41,15 @@ HousekeepingPace HousekeepingPace::usual()
 
 Housekeeping::Housekeeping(const Paths& paths, Log log, std::filesystem::path mountPoint, std::string uuid,
                            HousekeepingMemory memory, HousekeepingPace pace, Mailbox& mailbox)
-    : _index(paths.index)
-    , _log(std::move(log))
-    , _root(std::move(mountPoint))
-    , _uuid(std::move(uuid))
-    , _memory(memory)
-    , _pace(std::move(pace))
-    , _mailbox(mailbox)
-    , _thread([this](const std::stop_token& stop) { run(stop); })
-{
-}
+    : _index(paths.index),
+      _log(std::move(log)),
+      _root(std::move(mountPoint)),
+      _uuid(std::move(uuid)),
+      _memory(memory),
+      _pace(std::move(pace)),
+      _mailbox(mailbox),
+      _thread([this](const std::stop_token& stop) { run(stop); })
+{}
 
 Housekeeping::~Housekeeping()
 {
@@ -87,8 +86,7 @@ void Housekeeping::run(const std::stop_token& stop)
     while (!stop.stop_requested()) {
         try {
             lookOnce(stop);
-        }
-        catch (const Failure& failure) {
+        } catch (const Failure& failure) {
             _log.write(failure.text());
         }
         std::unique_lock lock(_mutex);
@@ -122,8 +120,7 @@ void Housekeeping::lookOnce(const std::stop_token& stop)
             _memory.lastSharing = now;
             _mailbox.post([now](State& state) { state.sharing.last = now; });
         }
-    }
-    else if (!stop.stop_requested() && mayWork(_memory.lastSharing)) {
+    } else if (!stop.stop_requested() && mayWork(_memory.lastSharing)) {
         share(*generation);
     }
     const std::int64_t readingStep = _memory.hadUnreadable ? kDaySeconds : 7 * kDaySeconds;
@@ -131,8 +128,7 @@ void Housekeeping::lookOnce(const std::stop_token& stop)
         // A new drive has been written just now; its first reading is due in a week.
         _memory.lastReading = now;
         _mailbox.post([now](State& state) { state.integrity.lastReading = now; });
-    }
-    else if (!stop.stop_requested() && isOlderThan(_memory.lastReading, now, readingStep) && mayWork(now)) {
+    } else if (!stop.stop_requested() && isOlderThan(_memory.lastReading, now, readingStep) && mayWork(now)) {
         read();
     }
 }

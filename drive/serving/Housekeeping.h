@@ -40,10 +40,10 @@ struct HousekeepingMemory {
     bool hadUnreadable = false;
 };
 
-/// The thread that looks after the mounted drive at idle priority: sums up the files when something changed, shares
-/// repeated data when the drive is quiet and the computer idle, and reads everything once a week to have its
-/// checksums verified (daily while some file is unreadable). It has files of the drive open while it works.
-/// Results go to the mailbox; errors too, nothing is thrown.
+/// The thread that looks after the mounted drive at idle priority: sums up the files when something changed,
+/// shares repeated data when the drive is quiet and the computer idle, and reads everything once a week to
+/// have its checksums verified (daily while some file is unreadable). It has files of the drive open while it
+/// works. Results go to the mailbox; errors too, nothing is thrown.
 class Housekeeping {
 public:
     Housekeeping(const Paths& paths, Log log, std::filesystem::path mountPoint, std::string uuid,

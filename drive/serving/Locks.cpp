@@ -18,7 +18,8 @@ namespace {
 void writeLockText(int file, const std::string& text)
 {
     if (::ftruncate(file, 0) != 0 ||
-        ::pwrite(file, text.data(), text.size(), 0) != static_cast<ssize_t>(text.size())) {
+        ::pwrite(file, text.data(), text.size(), 0) != static_cast<ssize_t>(text.size()))
+    {
         throw systemFailure("Cannot write the store's lock", errno);
     }
 }
@@ -39,8 +40,10 @@ std::optional<Inheritance> Inheritance::fromText(const std::string& text)
 {
     Inheritance found;
     char rest = 0;
-    if (std::sscanf(text.c_str(), "%d,%d,%d%c", &found.serveLock, &found.storeLock, &found.reply, &rest) != 3 ||
-        !isOpen(found.serveLock) || !isOpen(found.storeLock) || (found.reply != -1 && !isOpen(found.reply))) {
+    if (std::sscanf(text.c_str(), "%d,%d,%d%c", &found.serveLock, &found.storeLock, &found.reply, &rest) !=
+            3 ||
+        !isOpen(found.serveLock) || !isOpen(found.storeLock) || (found.reply != -1 && !isOpen(found.reply)))
+    {
         return std::nullopt;
     }
     return found;
@@ -64,7 +67,8 @@ std::optional<Locks> Locks::tryTake(const Paths& paths)
 
 Locks Locks::inherit(const Inheritance& inheritance)
 {
-    return {.serve = FileLock::inherit(inheritance.serveLock), .store = FileLock::inherit(inheritance.storeLock)};
+    return {.serve = FileLock::inherit(inheritance.serveLock),
+            .store = FileLock::inherit(inheritance.storeLock)};
 }
 
 } // namespace ferrobank::drive

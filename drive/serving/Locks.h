@@ -8,8 +8,8 @@
 
 namespace ferrobank::drive {
 
-/// What a serving process hands to the program that it becomes: its two locks, so that nobody can take its place
-/// in between, and the connection that waits for the outcome.
+/// What a serving process hands to the program that it becomes: its two locks, so that nobody can take its
+/// place in between, and the connection that waits for the outcome.
 struct Inheritance {
     int serveLock = -1;
     int storeLock = -1;
@@ -23,8 +23,8 @@ struct Inheritance {
     [[nodiscard]] static std::optional<Inheritance> fromText(const std::string& text);
 };
 
-/// The two locks of a serving process: one in the runtime folder, one beside the image, which still holds where the
-/// runtime folder was lost or two environments name different ones.
+/// The two locks of a serving process: one in the runtime folder, one beside the image, which still holds
+/// where the runtime folder was lost or two environments name different ones.
 struct Locks {
     FileLock serve;
     FileLock store;

@@ -10,8 +10,7 @@
 
 namespace ferrobank::drive {
 
-Mailbox::Mailbox()
-    : _wakeUp(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
+Mailbox::Mailbox() : _wakeUp(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
 {
     if (!_wakeUp) {
         throw systemFailure("Cannot make an event descriptor", errno);

@@ -21,6 +21,7 @@ public:
     void post(Change change);
     /// Only from the serving loop.
     void applyTo(State& state);
+
     [[nodiscard]] int wakeUp() const { return _wakeUp.get(); }
 
 private:

@@ -29,10 +29,6 @@ constexpr auto kRetryStep = 2s;
 constexpr auto kRetryTime = 60s;
 constexpr auto kDeviceLookStep = 60s;
 constexpr auto kPatienceAtEnd = 10s;
-constexpr auto kPatienceOnRequest = 3s;
-constexpr auto kBusyStep = 200ms;
-constexpr auto kStopTime = 60s;
-constexpr auto kExportPause = 60s;
 
 FileDescriptor takeSignals()
 {
@@ -45,25 +41,18 @@ FileDescriptor takeSignals()
     return FileDescriptor(::signalfd(-1, &taken, SFD_CLOEXEC | SFD_NONBLOCK));
 }
 
-void keepOverExec(int descriptor, bool keep)
-{
-    if (descriptor >= 0) {
-        ::fcntl(descriptor, F_SETFD, keep ? 0 : FD_CLOEXEC);
-    }
-}
-
 } // namespace
 
 Server::Server(Paths paths, Log log, ServingProgram program, Locks locks, std::unique_ptr<BackEnd> backEnd)
-    : _paths(std::move(paths))
-    , _log(std::move(log))
-    , _program(std::move(program))
-    , _locks(std::move(locks))
-    , _attachment(_paths, _log, std::move(backEnd))
-    , _signals(takeSignals())
-    , _mountTable(::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC))
-    , _retryUntil(Clock::now() + kRetryTime)
-    , _deviceLook(Clock::now())
+    : _paths(std::move(paths)),
+      _log(std::move(log)),
+      _program(std::move(program)),
+      _locks(std::move(locks)),
+      _attachment(_paths, _log, std::move(backEnd)),
+      _signals(takeSignals()),
+      _mountTable(::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC)),
+      _retryUntil(Clock::now() + kRetryTime),
+      _deviceLook(Clock::now())
 {
     if (!_signals || !_mountTable) {
         throw systemFailure("Cannot watch the system", errno);
@@ -152,11 +141,11 @@ void Server::tryAttach(Interaction interaction)
     publish();
     try {
         becomeMounted(_attachment.attach(interaction));
-    }
-    catch (const Failure& failure) {
+    } catch (const Failure& failure) {
         // A login session may become active a moment after this process was started.
         if (failure.code() == "not-authorized" && interaction == Interaction::Silent &&
-            Clock::now() < _retryUntil) {
+            Clock::now() < _retryUntil)
+        {
             _retryAt = Clock::now() + kRetryStep;
             return;
         }
@@ -218,8 +207,7 @@ void Server::publish()
         replaceFile(_paths.state(), _state.toJson());
         _published = _state;
         keepFigures();
-    }
-    catch (const Failure& failure) {
+    } catch (const Failure& failure) {
         _log.write(failure.text());
     }
 }
@@ -277,7 +265,8 @@ void Server::lookAtMounts(MountsChanged mountsChanged)
     if (_volume && !found) {
         _workers.reset();
         _attachment.settleAfterEjection();
-        becomeFailed({.code = "ejected", .text = "The drive was ejected. Restart Ferrobank to mount it again."});
+        becomeFailed(
+            {.code = "ejected", .text = "The drive was ejected. Restart Ferrobank to mount it again."});
         return;
     }
     if (!_volume && found && mountsChanged == MountsChanged::Yes) {
@@ -294,7 +283,8 @@ void Server::lookAtMounts(MountsChanged mountsChanged)
             const bool full = _state.space.level != SpaceLevel::Ok;
             _state.attachError =
                 full ? Problem{.code = "read-only",
-                               .text = "The drive stopped taking changes because this computer ran out of space. Free "
+                               .text = "The drive stopped taking changes because this computer ran out of "
+                                       "space. Free "
                                        "some space, then restart Ferrobank."}
                      : Problem{.code = "read-only",
                                .text = "The drive stopped taking changes after an error. Restart Ferrobank."};
@@ -327,8 +317,7 @@ void Server::handleSignals()
     while (!_ended && ::read(_signals.get(), &signal, sizeof signal) == static_cast<ssize_t>(sizeof signal)) {
         if (signal.ssi_signo == SIGHUP) {
             becomeNewProgram(FileDescriptor());
-        }
-        else {
+        } else {
             endGently();
         }
     }
@@ -345,128 +334,6 @@ void Server::handleRequests()
     }
 }
 
-void Server::handle(PendingRequest request)
-{
-    switch (request.request.operation) {
-    case Operation::Ping:
-        request.answer(Reply::success());
-        return;
-    case Operation::Attach:
-        if (!_volume) {
-            tryAttach(Interaction::MayAsk);
-        }
-        request.answer(attachReply());
-        return;
-    case Operation::Restart:
-        restart(std::move(request));
-        return;
-    case Operation::Reexec:
-        becomeNewProgram(std::move(request.connection));
-        return;
-    case Operation::PauseDedup:
-        _state.exportState = {.done = request.request.done, .total = request.request.total};
-        _exportLimit = Clock::now() + kExportPause;
-        if (_workers) {
-            _workers->setSharing(Housekeeping::Sharing::Paused);
-        }
-        request.answer(Reply::success());
-        return;
-    case Operation::Stop:
-        stop(request);
-        return;
-    case Operation::Quit:
-        request.answer(Reply::success());
-        _ended = true;
-        return;
-    }
-}
-
-void Server::detachWithin(std::chrono::seconds limit)
-{
-    const Clock::time_point deadline = Clock::now() + limit;
-    const Volume volume = *_volume;
-    _workers.reset();
-    for (;;) {
-        try {
-            _attachment.detach(volume);
-            _volume.reset();
-            return;
-        }
-        catch (const Failure& failure) {
-            if (failure.code() != "busy" || Clock::now() >= deadline) {
-                throw;
-            }
-        }
-        std::this_thread::sleep_for(kBusyStep);
-    }
-}
-
-void Server::restart(PendingRequest request)
-{
-    if (_volume) {
-        try {
-            detachWithin(kPatienceOnRequest);
-        }
-        catch (const Failure& failure) {
-            startWorkers();
-            _log.write("Not restarted: " + failure.text());
-            request.answer({.ok = false, .code = failure.code(), .text = failure.text()});
-            return;
-        }
-    }
-    becomeNewProgram(std::move(request.connection));
-    if (!_volume) {
-        tryAttach(Interaction::Silent);
-    }
-}
-
-void Server::becomeNewProgram(FileDescriptor waiting)
-{
-    _workers.reset();
-    _control.reset();
-    const Inheritance inheritance{.serveLock = _locks.serve.descriptor(),
-                                  .storeLock = _locks.store.descriptor(),
-                                  .reply = waiting.get()};
-    const std::array<int, 3> kept{inheritance.serveLock, inheritance.storeLock, inheritance.reply};
-    for (const int descriptor : kept) {
-        keepOverExec(descriptor, true);
-    }
-    ::setenv(Inheritance::kVariable, inheritance.toText().c_str(), 1);
-    _log.write("Taking up " + _program.path + ".");
-    ::execl(_program.path.c_str(), _program.path.c_str(), "serve", nullptr);
-
-    const Failure failure = systemFailure("The drive's new program cannot be started", errno);
-    ::unsetenv(Inheritance::kVariable);
-    for (const int descriptor : kept) {
-        keepOverExec(descriptor, false);
-    }
-    _log.write(failure.text());
-    _control = std::make_unique<ControlServer>(_paths.socket());
-    startWorkers();
-    if (waiting) {
-        const PendingRequest request{.request = {}, .connection = std::move(waiting)};
-        request.answer({.ok = false, .code = "exec", .text = failure.text()});
-    }
-}
-
-void Server::stop(const PendingRequest& request)
-{
-    try {
-        if (_volume) {
-            detachWithin(kPatienceOnRequest);
-        }
-        _state.phase = Phase::Stopping;
-        _state.attachError.reset();
-        _stopLimit = Clock::now() + kStopTime;
-        publish();
-        request.answer(Reply::success());
-    }
-    catch (const Failure& failure) {
-        startWorkers();
-        request.answer({.ok = false, .code = failure.code(), .text = failure.text()});
-    }
-}
-
 void Server::endGently()
 {
     _ended = true;
@@ -476,8 +343,7 @@ void Server::endGently()
     }
     try {
         detachWithin(kPatienceAtEnd);
-    }
-    catch (const Failure& failure) {
+    } catch (const Failure& failure) {
         const FileDescriptor folder(::open(_volume->mountPoint.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         if (folder) {
             ::syncfs(folder.get());

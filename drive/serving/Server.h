@@ -25,8 +25,8 @@ struct ServingProgram {
     std::string version;
 };
 
-/// The serving process: attaches the drive, keeps it so, answers commands, and unmounts at the end. One object per
-/// process, `run()` once, on the main thread, which must be the only one by then.
+/// The serving process: attaches the drive, keeps it so, answers commands, and unmounts at the end. One
+/// object per process, `run()` once, on the main thread, which must be the only one by then.
 ///
 /// | phase    | meaning                                                   | left by                         |
 /// |----------|-----------------------------------------------------------|---------------------------------|
@@ -41,8 +41,8 @@ public:
     Server& operator=(const Server&) = delete;
     ~Server();
 
-    /// Serves until SIGTERM, SIGINT or a request to end; the process's exit status. `waiting` gets the outcome of
-    /// the first attach.
+    /// Serves until SIGTERM, SIGINT or a request to end; the process's exit status. `waiting` gets the
+    /// outcome of the first attach.
     int run(FileDescriptor waiting);
 
 private:

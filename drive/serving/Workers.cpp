@@ -18,13 +18,14 @@ HousekeepingMemory memoryOf(const State& state)
 
 } // namespace
 
-Workers::Workers(const Paths& paths, const Log& log, const Volume& volume, const State& state, Mailbox& mailbox)
+Workers::Workers(const Paths& paths, const Log& log, const Volume& volume, const State& state,
+                 Mailbox& mailbox)
     : _space(volume.mountPoint, state.uuid, paths.reserve, log,
              [&mailbox](const SpaceState& space) {
                  mailbox.post([space](State& changed) { changed.space = space; });
-             })
-    , _housekeeping(paths, log, volume.mountPoint, state.uuid, memoryOf(state), HousekeepingPace::usual(), mailbox)
-{
-}
+             }),
+      _housekeeping(paths, log, volume.mountPoint, state.uuid, memoryOf(state), HousekeepingPace::usual(),
+                    mailbox)
+{}
 
 } // namespace ferrobank::drive

@@ -9,8 +9,9 @@
 
 namespace ferrobank::drive {
 
-/// The threads that work on the mounted drive: space guard, and housekeeping (figures, sharing, reading). They have
-/// files open on it, so they must be gone before it is unmounted: made after a mount, destroyed before an unmount.
+/// The threads that work on the mounted drive: space guard, and housekeeping (figures, sharing, reading).
+/// They have files open on it, so they must be gone before it is unmounted: made after a mount, destroyed
+/// before an unmount.
 class Workers {
 public:
     Workers(const Paths& paths, const Log& log, const Volume& volume, const State& state, Mailbox& mailbox);

@@ -24,10 +24,8 @@ constexpr const char* kGuardPath = ".ferrobank/guard";
 } // namespace
 
 GuardFile::GuardFile(std::filesystem::path mountPoint, std::string uuid)
-    : _mountPoint(std::move(mountPoint))
-    , _uuid(std::move(uuid))
-{
-}
+    : _mountPoint(std::move(mountPoint)), _uuid(std::move(uuid))
+{}
 
 FileDescriptor GuardFile::openDrive() const
 {
@@ -39,7 +37,7 @@ FileDescriptor GuardFile::openDrive() const
 std::uint64_t GuardFile::size() const
 {
     const FileDescriptor root = openDrive();
-    struct stat status {};
+    struct stat status{};
     if (!root || ::fstatat(root.get(), kGuardPath, &status, AT_SYMLINK_NOFOLLOW) != 0) {
         return 0;
     }
@@ -55,11 +53,12 @@ void GuardFile::resize(std::uint64_t bytes, const std::stop_token& stop) const
     if (::mkdirat(root.get(), kToolFolder, 0700) != 0 && errno != EEXIST) {
         throw systemFailure("Cannot make the drive's own folder", errno);
     }
-    const FileDescriptor file(::openat(root.get(), kGuardPath, O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+    const FileDescriptor file(
+        ::openat(root.get(), kGuardPath, O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
     if (!file) {
         throw systemFailure("Cannot open the space guard", errno);
     }
-    struct stat status {};
+    struct stat status{};
     if (::fstat(file.get(), &status) != 0) {
         throw systemFailure("Cannot look at the space guard", errno);
     }
@@ -75,8 +74,7 @@ void GuardFile::resize(std::uint64_t bytes, const std::stop_token& stop) const
                 throw systemFailure("Cannot grow the space guard", errno);
             }
             length += step;
-        }
-        else {
+        } else {
             length -= step;
             if (::ftruncate(file.get(), static_cast<off_t>(length)) != 0) {
                 throw systemFailure("Cannot shrink the space guard", errno);

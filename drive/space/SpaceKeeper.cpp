@@ -43,11 +43,13 @@ std::uint64_t dirtyLimit()
     return bytes > 0 ? bytes : availableMemory() / 100 * numberIn("/proc/sys/vm/dirty_ratio");
 }
 
-/// Really written, not only allocated: a file system that copies on write needs new room even for allocated blocks.
+/// Really written, not only allocated: a file system that copies on write needs new room even for allocated
+/// blocks.
 void makeReserve(const std::filesystem::path& path, std::uint64_t bytes, const std::stop_token& stop)
 {
     const std::filesystem::path fresh = path.string() + ".new";
-    const FileDescriptor file(::open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
+    const FileDescriptor file(
+        ::open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
     if (!file) {
         throw systemFailure("Cannot make the space reserve", errno);
     }
@@ -83,7 +85,7 @@ void makeReserve(const std::filesystem::path& path, std::uint64_t bytes, const s
 SpaceFigures hostFigures(const std::filesystem::path& store)
 {
     SpaceFigures figures;
-    struct statvfs host {};
+    struct statvfs host{};
     if (::statvfs(store.c_str(), &host) != 0) {
         throw systemFailure("Cannot look at " + store.string(), errno);
     }
@@ -93,16 +95,15 @@ SpaceFigures hostFigures(const std::filesystem::path& store)
     return figures;
 }
 
-SpaceKeeper::SpaceKeeper(std::filesystem::path mountPoint, const std::string& uuid, std::filesystem::path reserve,
-                         Log log, Report report)
-    : _mountPoint(std::move(mountPoint))
-    , _guard(_mountPoint, uuid)
-    , _reserve(std::move(reserve))
-    , _log(std::move(log))
-    , _report(std::move(report))
-    , _thread([this](const std::stop_token& stop) { run(stop); })
-{
-}
+SpaceKeeper::SpaceKeeper(std::filesystem::path mountPoint, const std::string& uuid,
+                         std::filesystem::path reserve, Log log, Report report)
+    : _mountPoint(std::move(mountPoint)),
+      _guard(_mountPoint, uuid),
+      _reserve(std::move(reserve)),
+      _log(std::move(log)),
+      _report(std::move(report)),
+      _thread([this](const std::stop_token& stop) { run(stop); })
+{}
 
 SpaceKeeper::~SpaceKeeper()
 {
@@ -119,8 +120,7 @@ void SpaceKeeper::run(const std::stop_token& stop)
         try {
             seconds = look(stop);
             _lastError.clear();
-        }
-        catch (const Failure& failure) {
+        } catch (const Failure& failure) {
             if (failure.text() != _lastError) {
                 _lastError = failure.text();
                 _log.write(_lastError);
@@ -135,8 +135,10 @@ int SpaceKeeper::look(const std::stop_token& stop)
 {
     const std::filesystem::path store = _reserve.parent_path();
     SpaceFigures figures = hostFigures(store);
-    _report(
-        {.hostFree = figures.hostFree, .reserve = reserveFor(figures), .guard = _guard.size(), .level = levelFor(figures)});
+    _report({.hostFree = figures.hostFree,
+             .reserve = reserveFor(figures),
+             .guard = _guard.size(),
+             .level = levelFor(figures)});
     switch (hostReserveAct(figures.hostFree, figures.hostTotal, ::access(_reserve.c_str(), F_OK) == 0)) {
     case HostReserveAct::Keep:
         break;
@@ -149,7 +151,7 @@ int SpaceKeeper::look(const std::stop_token& stop)
         break;
     }
 
-    struct statvfs drive {};
+    struct statvfs drive{};
     if (::statvfs(_mountPoint.c_str(), &drive) != 0) {
         throw systemFailure("Cannot look at the drive", errno);
     }

@@ -13,15 +13,15 @@
 namespace ferrobank::drive {
 
 /// The thread that keeps the drive's free space below the host's while the drive is mounted, and the written
-/// reserve beside the image, which pays for what is written between two looks. Its errors are logged, each once in
-/// a row; it goes on trying.
+/// reserve beside the image, which pays for what is written between two looks. Its errors are logged, each
+/// once in a row; it goes on trying.
 class SpaceKeeper {
 public:
     /// Called on the keeper's thread after every look.
     using Report = std::function<void(const SpaceState&)>;
 
-    SpaceKeeper(std::filesystem::path mountPoint, const std::string& uuid, std::filesystem::path reserve, Log log,
-                Report report);
+    SpaceKeeper(std::filesystem::path mountPoint, const std::string& uuid, std::filesystem::path reserve,
+                Log log, Report report);
     SpaceKeeper(const SpaceKeeper&) = delete;
     SpaceKeeper& operator=(const SpaceKeeper&) = delete;
     /// Waits for the step at work, a fraction of a second.

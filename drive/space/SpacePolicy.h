@@ -17,15 +17,16 @@ struct SpaceFigures {
     std::uint64_t guard = 0;
 };
 
-/// Bytes of the host that the drive never uses: 4 GiB, 2 % of the disk or the dirty limit, whichever is most, but
-/// never more than 10 % of the disk.
+/// Bytes of the host that the drive never uses: 4 GiB, 2 % of the disk or the dirty limit, whichever is most,
+/// but never more than 10 % of the disk.
 [[nodiscard]] std::uint64_t reserveFor(const SpaceFigures& figures);
 
-/// How large the guard file should be, so that the drive's free space is what the host has beyond the reserve.
+/// How large the guard file should be, so that the drive's free space is what the host has beyond the
+/// reserve.
 [[nodiscard]] std::uint64_t guardTarget(const SpaceFigures& figures);
 
-/// Whether the guard is so far off its target that it must be corrected now: 512 MiB, or an eighth of the reserve
-/// on a small disk, and at once when the drive offers more than the host can take.
+/// Whether the guard is so far off its target that it must be corrected now: 512 MiB, or an eighth of the
+/// reserve on a small disk, and at once when the drive offers more than the host can take.
 [[nodiscard]] bool needsCorrection(const SpaceFigures& figures);
 
 /// Low below twice the reserve, critical below it.

@@ -29,8 +29,7 @@ std::optional<Figures> Figures::read(const std::filesystem::path& file)
         root.at("unreadable_files").get_to(figures.unreadableFiles);
         root.at("unreadable").get_to(figures.unreadable);
         return figures;
-    }
-    catch (const std::exception&) {
+    } catch (const std::exception&) {
         return std::nullopt;
     }
 }

@@ -8,9 +8,9 @@
 
 namespace ferrobank::drive {
 
-/// The last known figures of the drive in `store/figures.json`, so that the first status after a login has some.
-/// Its being there also tells that this store has held a drive: an image that is gone is then never replaced by
-/// a new one. Written by the serving process.
+/// The last known figures of the drive in `store/figures.json`, so that the first status after a login has
+/// some. Its being there also tells that this store has held a drive: an image that is gone is then never
+/// replaced by a new one. Written by the serving process.
 struct Figures {
     std::string uuid;
     std::optional<std::uint64_t> volumeUsed;

@@ -32,7 +32,8 @@ ServerProbe ServerProbe::probe(const Paths& paths)
         return probe;
     }
     if (const std::optional<LockText> holder =
-            LockText::fromText(readSmallFile(paths.storeLock).value_or(std::string()))) {
+            LockText::fromText(readSmallFile(paths.storeLock).value_or(std::string())))
+    {
         probe.process = holder->process;
         probe.runtime = holder->runtime;
     }

@@ -1,8 +1,7 @@
 #include "state/State.h"
 
-#include <nlohmann/json.hpp>
-
 #include <array>
+#include <nlohmann/json.hpp>
 #include <utility>
 
 namespace ferrobank::drive {
@@ -121,7 +120,8 @@ std::string State::toJson() const
     root["loop"] = loop;
     root["mount"] = mount;
     root["uuid"] = uuid;
-    root["attach_error"] = attachError ? json{{"code", attachError->code}, {"text", attachError->text}} : json(nullptr);
+    root["attach_error"] =
+        attachError ? json{{"code", attachError->code}, {"text", attachError->text}} : json(nullptr);
     root["volume_used"] = orNull(volumeUsed);
     root["walk_generation"] = walkGeneration;
     root["since"] = since;
@@ -140,7 +140,8 @@ std::string State::toJson() const
     root["readonly"] = readOnly;
     root["export"] =
         exportState ? json{{"done", exportState->done}, {"total", exportState->total}} : json(nullptr);
-    // Names of files are arbitrary bytes; a state that cannot be written would be worse than a replaced letter.
+    // Names of files are arbitrary bytes; a state that cannot be written would be worse than a replaced
+    // letter.
     return root.dump(-1, ' ', false, json::error_handler_t::replace);
 }
 
@@ -148,8 +149,7 @@ std::optional<State> State::fromJson(const std::string& text)
 {
     try {
         return decode(json::parse(text));
-    }
-    catch (const std::exception&) {
+    } catch (const std::exception&) {
         return std::nullopt;
     }
 }

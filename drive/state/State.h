@@ -44,7 +44,8 @@ struct SpaceState {
 /// Errors that the drive has shown while it was mounted.
 struct IntegrityState {
     std::uint64_t deviceErrors = 0;
-    /// How many files could not be read in the last reading pass, and the first three of them, ready for display.
+    /// How many files could not be read in the last reading pass, and the first three of them, ready for
+    /// display.
     std::uint64_t unreadableFiles = 0;
     std::vector<std::string> unreadable;
     /// Seconds since the epoch of the last complete reading pass.
@@ -60,9 +61,9 @@ struct ExportState {
     bool operator==(const ExportState&) const = default;
 };
 
-/// What the serving process tells the one-shot commands, in `state.json` of the runtime folder. Written by the
-/// serving process only, whole files renamed into place, whenever something in it changes. It is to be believed
-/// only while the serving process holds its lock.
+/// What the serving process tells the one-shot commands, in `state.json` of the runtime folder. Written by
+/// the serving process only, whole files renamed into place, whenever something in it changes. It is to be
+/// believed only while the serving process holds its lock.
 struct State {
     int process = 0;
     std::string bootId;

@@ -26,10 +26,11 @@ namespace {
 constexpr std::array<off_t, 3> kLengths{8LL << 40, 2LL << 40, 1LL << 40};
 constexpr std::chrono::seconds kFormatLimit{120};
 
-/// A host that copies on write itself must not do so below ours; the flag only takes on an empty folder's new files.
+/// A host that copies on write itself must not do so below ours; the flag only takes on an empty folder's new
+/// files.
 void switchOffCopyOnWrite(const std::filesystem::path& folder)
 {
-    struct statfs host {};
+    struct statfs host{};
     if (::statfs(folder.c_str(), &host) != 0 || host.f_type != BTRFS_SUPER_MAGIC) {
         return;
     }
@@ -43,7 +44,7 @@ void switchOffCopyOnWrite(const std::filesystem::path& folder)
 
 void requireRoom(const std::filesystem::path& folder)
 {
-    struct statvfs host {};
+    struct statvfs host{};
     if (::statvfs(folder.c_str(), &host) != 0) {
         throw systemFailure("Cannot look at " + folder.string(), errno);
     }
@@ -57,7 +58,8 @@ void requireRoom(const std::filesystem::path& folder)
 
 void makeSparseFile(const std::filesystem::path& file)
 {
-    const FileDescriptor made(::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
+    const FileDescriptor made(
+        ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
     if (!made) {
         throw systemFailure("Cannot make " + file.string(), errno);
     }
@@ -68,13 +70,13 @@ void makeSparseFile(const std::filesystem::path& file)
         }
         error = errno;
     }
-    throw Failure("This computer's disk cannot hold a file of the drive's size (" + std::string(::strerror(error)) +
-                      ").",
+    throw Failure("This computer's disk cannot hold a file of the drive's size (" +
+                      std::string(::strerror(error)) + ").",
                   "store-size");
 }
 
-/// Formats the file with one folder `u` in it that belongs to the user: only root could make it later, because the
-/// root of a new Btrfs is root's.
+/// Formats the file with one folder `u` in it that belongs to the user: only root could make it later,
+/// because the root of a new Btrfs is root's.
 void format(const std::filesystem::path& file, const std::filesystem::path& skeleton)
 {
     const std::filesystem::path own = skeleton / "u";
@@ -84,8 +86,9 @@ void format(const std::filesystem::path& file, const std::filesystem::path& skel
     const ProgramOutcome outcome = runSystemProgram(
         "mkfs.btrfs", {"-q", "-L", "Ferrobank", "--rootdir", skeleton.string(), file.string()}, kFormatLimit);
     if (outcome.end == ProgramOutcome::End::NotFound) {
-        throw Failure("The program mkfs.btrfs is missing. Install the package btrfs-progs, then restart Ferrobank.",
-                      "no-mkfs");
+        throw Failure(
+            "The program mkfs.btrfs is missing. Install the package btrfs-progs, then restart Ferrobank.",
+            "no-mkfs");
     }
     if (!outcome.succeeded()) {
         throw Failure("The drive could not be formatted: " + outcome.output, "mkfs");
@@ -123,8 +126,7 @@ void createStore(const Paths& paths, const Log& log)
             throw systemFailure("Cannot name " + paths.image.string(), errno);
         }
         syncFile(paths.store);
-    }
-    catch (...) {
+    } catch (...) {
         sweep();
         throw;
     }

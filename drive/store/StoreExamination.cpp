@@ -55,20 +55,22 @@ bool isNetworkFileSystem(std::int64_t type)
 
 StoreState examineStore(const Paths& paths)
 {
-    struct statfs host {};
+    struct statfs host{};
     if (::statfs(paths.store.c_str(), &host) == 0 && isNetworkFileSystem(host.f_type)) {
-        throw Failure("The drive cannot lie on a network file system. Its store belongs on a disk of this computer.",
-                      "store-network");
+        throw Failure(
+            "The drive cannot lie on a network file system. Its store belongs on a disk of this computer.",
+            "store-network");
     }
-    struct stat status {};
+    struct stat status{};
     if (::lstat(paths.image.c_str(), &status) != 0) {
         if (errno != ENOENT) {
             throw systemFailure("Cannot look at " + paths.image.string(), errno);
         }
         if (::access(paths.figures.c_str(), F_OK) == 0) {
-            throw Failure("The drive's data is missing: " + paths.image.string() +
-                              " is gone. Put it back, or remove the folder that held it to start with an empty drive.",
-                          "store-missing");
+            throw Failure(
+                "The drive's data is missing: " + paths.image.string() +
+                    " is gone. Put it back, or remove the folder that held it to start with an empty drive.",
+                "store-missing");
         }
         return StoreState::Missing;
     }
@@ -93,14 +95,14 @@ void restoreLength(const Paths& paths, const Log& log)
     if (::truncate(paths.image.c_str(), static_cast<off_t>(superblock->totalBytes)) != 0) {
         throw systemFailure("Cannot give the drive's store its length back", errno);
     }
-    log.write("The store had been cut short; its length is back at " + std::to_string(superblock->totalBytes) +
-              " bytes.");
+    log.write("The store had been cut short; its length is back at " +
+              std::to_string(superblock->totalBytes) + " bytes.");
 }
 
 void checkStructures(const Paths& paths, const Log& log)
 {
-    const ProgramOutcome outcome = runSystemProgram(
-        "btrfs", {"check", "--readonly", paths.image.string()}, kStructureCheckLimit);
+    const ProgramOutcome outcome =
+        runSystemProgram("btrfs", {"check", "--readonly", paths.image.string()}, kStructureCheckLimit);
     switch (outcome.end) {
     case ProgramOutcome::End::NotFound:
         log.write("The store was not checked: the program btrfs is not installed.");
@@ -113,8 +115,9 @@ void checkStructures(const Paths& paths, const Log& log)
     }
     if (!outcome.succeeded()) {
         log.write("btrfs check ended with " + std::to_string(outcome.status) + ":\n" + outcome.output);
-        throw Failure("The drive's structures are damaged. Nothing was changed; the log holds what the check found.",
-                      "store-damaged");
+        throw Failure(
+            "The drive's structures are damaged. Nothing was changed; the log holds what the check found.",
+            "store-damaged");
     }
     log.write("The store's structures were checked after an unclean stop and are sound.");
 }

@@ -51,7 +51,8 @@ std::optional<Superblock> readSuperblock(const std::filesystem::path& image)
     const FileDescriptor file(::open(image.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
     Block block{};
     if (!file || ::pread(file.get(), block.data(), block.size(), kSuperblockOffset) !=
-                     static_cast<ssize_t>(block.size())) {
+                     static_cast<ssize_t>(block.size()))
+    {
         return std::nullopt;
     }
     if (std::memcmp(block.data() + kMagicOffset, kMagic, sizeof kMagic - 1) != 0) {

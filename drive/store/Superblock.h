@@ -7,8 +7,8 @@
 
 namespace ferrobank::drive {
 
-/// The few facts of a Btrfs superblock that the tool needs, read from the first copy at 64 KiB (on-disk format of
-/// the kernel's `struct btrfs_super_block`). Plain value.
+/// The few facts of a Btrfs superblock that the tool needs, read from the first copy at 64 KiB (on-disk
+/// format of the kernel's `struct btrfs_super_block`). Plain value.
 struct Superblock {
     /// The file system's identifier in the usual 8-4-4-4-12 form.
     std::string uuid;

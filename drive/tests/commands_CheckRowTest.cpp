@@ -10,7 +10,8 @@
 namespace ferrobank::drive::testing {
 namespace {
 
-const CheckRow kRow{.id = "drive", .title = "Drive is mounted and writable", .detail = {}, .fix = {}, .action = {}};
+const CheckRow kRow{
+    .id = "drive", .title = "Drive is mounted and writable", .detail = {}, .fix = {}, .action = {}};
 
 TEST(CheckRow, runningAndPassedHaveOnlyWhatTheyNeed)
 {
@@ -50,9 +51,10 @@ TEST(StatusReport, unknownFiguresAreAbsentAndLargeOnesExact)
     report.saved = std::numeric_limits<std::uint64_t>::max();
     report.attach_error = "Words.";
     report.update_pending = true;
-    EXPECT_EQ(report.toJson(), R"({"installed":false,"mounted":false,"mountpoint":"/home/u/Ferrobank",)"
-                               R"("saved":18446744073709551615,"attach_error":"Words.","update_pending":true,)"
-                               R"("log":"/log"})");
+    EXPECT_EQ(report.toJson(),
+              R"({"installed":false,"mounted":false,"mountpoint":"/home/u/Ferrobank",)"
+              R"("saved":18446744073709551615,"attach_error":"Words.","update_pending":true,)"
+              R"("log":"/log"})");
 }
 
 TEST(StatusReport, peopleReadWordsAndDashes)

@@ -43,8 +43,13 @@ TEST(CommandLine, helpAndVersionSucceed)
 
 TEST(CommandLine, nonsenseIsRefusedWithTwoAndWordsOnStandardError)
 {
-    for (const auto& arguments : std::vector<std::vector<const char*>>{
-             {}, {"format"}, {"status", "--xml"}, {"uninstall", "--export"}, {"restart", "now"}, {"helper-fstab"}}) {
+    for (const auto& arguments : std::vector<std::vector<const char*>>{{},
+                                                                       {"format"},
+                                                                       {"status", "--xml"},
+                                                                       {"uninstall", "--export"},
+                                                                       {"restart", "now"},
+                                                                       {"helper-fstab"}})
+    {
         const Outcome outcome = run(arguments);
         EXPECT_EQ(outcome.status, 2);
         EXPECT_EQ(outcome.output, "");

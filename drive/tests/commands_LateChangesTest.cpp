@@ -17,7 +17,8 @@ protected:
         writeFile(drive / "folder/b", "text");
         std::filesystem::create_symlink("a", drive / "link");
         std::filesystem::copy(drive, copy,
-                              std::filesystem::copy_options::recursive | std::filesystem::copy_options::copy_symlinks);
+                              std::filesystem::copy_options::recursive |
+                                  std::filesystem::copy_options::copy_symlinks);
     }
 
     [[nodiscard]] std::optional<std::string> find() const { return findLateChange(drive, copy, {}); }

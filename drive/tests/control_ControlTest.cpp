@@ -5,7 +5,6 @@
 #include "testing/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
-
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -25,8 +24,10 @@ bool becomesReadable(int descriptor)
 
 TEST(Message, everyRequestComesBackFromItsLine)
 {
-    for (const Operation operation : {Operation::Ping, Operation::Attach, Operation::Restart, Operation::Reexec,
-                                      Operation::PauseDedup, Operation::Stop, Operation::Quit}) {
+    for (const Operation operation :
+         {Operation::Ping, Operation::Attach, Operation::Restart, Operation::Reexec, Operation::PauseDedup,
+          Operation::Stop, Operation::Quit})
+    {
         const auto found = Request::fromLine(Request{.operation = operation, .done = 3, .total = 4}.toLine());
         ASSERT_TRUE(found);
         EXPECT_EQ(found->operation, operation);
@@ -134,7 +135,7 @@ TEST(ControlServer, replacesAStaleSocketAndIsPrivate)
     }
     EXPECT_FALSE(std::filesystem::exists(socket));
     const ControlServer second(socket);
-    struct stat status {};
+    struct stat status{};
     ASSERT_EQ(::stat(socket.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0600U);
 }

@@ -5,7 +5,6 @@
 #include "testing/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
-
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -28,7 +27,8 @@ protected:
         std::ofstream(store / "drive.btrfs") << "x";
         for (const std::filesystem::path& each :
              {home, home / "Library", home / "Library/Application Support", store.parent_path(), store,
-              store / "drive.btrfs"}) {
+              store / "drive.btrfs"})
+        {
             ASSERT_EQ(::chown(each.c_str(), kUser, kUser), 0);
         }
     }
@@ -76,11 +76,12 @@ TEST(FstabHelper, removesItsLineAndKeepsTheFilesMode)
 {
     const TemporaryFolder folder;
     const std::filesystem::path fstab = folder.path() / "fstab";
-    std::ofstream(fstab) << "a\n# Ferrobank drive of user 64321: begin\nx\n# Ferrobank drive of user 64321: end\nb\n";
+    std::ofstream(fstab)
+        << "a\n# Ferrobank drive of user 64321: begin\nx\n# Ferrobank drive of user 64321: end\nb\n";
     ASSERT_EQ(::chmod(fstab.c_str(), 0640), 0);
     FstabHelper(kUser, fstab).remove();
     EXPECT_EQ(readSmallFile(fstab), "a\nb\n");
-    struct stat status {};
+    struct stat status{};
     ::stat(fstab.c_str(), &status);
     EXPECT_EQ(status.st_mode & 07777, 0640U);
 }

@@ -9,10 +9,11 @@ const Paths kPaths = Paths::of("/home/u", {}, {});
 
 TEST(FstabLine, spellsSpacesAsFstabWantsThem)
 {
-    EXPECT_EQ(fstabLine(kPaths),
-              "/home/u/Library/Application\\040Support/Ferrobank/store/drive.btrfs /home/u/Ferrobank btrfs "
-              "loop,user,noauto,exec,noatime,compress=zstd:1,discard=sync,subvol=u/files,user_subvol_rm_allowed,"
-              "x-gvfs-show,x-gvfs-name=Ferrobank 0 0");
+    EXPECT_EQ(
+        fstabLine(kPaths),
+        "/home/u/Library/Application\\040Support/Ferrobank/store/drive.btrfs /home/u/Ferrobank btrfs "
+        "loop,user,noauto,exec,noatime,compress=zstd:1,discard=sync,subvol=u/files,user_subvol_rm_allowed,"
+        "x-gvfs-show,x-gvfs-name=Ferrobank 0 0");
     EXPECT_NE(fstabLine(Paths::of("/home/a#b\\c\td", {}, {})).find("/home/a\\043b\\134c\\011d/Ferrobank"),
               std::string::npos);
 }
@@ -44,7 +45,8 @@ TEST(FstabLine, removalTakesOnlyThisUsersLine)
 
 TEST(FstabLine, blockWhoseEndSomebodyRemovedStays)
 {
-    const std::string text = "a\n# Ferrobank drive of user 1000: begin\nline\n/dev/sdb1 /data ext4 defaults 0 2\n";
+    const std::string text =
+        "a\n# Ferrobank drive of user 1000: begin\nline\n/dev/sdb1 /data ext4 defaults 0 2\n";
     EXPECT_EQ(withoutFstabLine(text, 1000), text);
 }
 

@@ -3,7 +3,6 @@
 #include "testing/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
-
 #include <sys/stat.h>
 
 #include <fstream>
@@ -21,7 +20,7 @@ protected:
 TEST_F(HomeEntryTest, becomesAMountPointThatNobodyCanWriteTo)
 {
     entry.becomeMountPoint();
-    struct stat status {};
+    struct stat status{};
     ASSERT_EQ(::stat(path.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0555U);
     entry.removeIfOwn();

@@ -77,8 +77,11 @@ TEST(FindVolume, takesTheFilesSubvolumeAndNotTheTopLevel)
 {
     const std::vector<LoopDevice> loops{{.device = "/dev/loop3"}};
     const MountEntry top{.root = "/", .mountPoint = "/top", .fileSystem = "btrfs", .source = "/dev/loop3"};
-    MountEntry files{.root = "/u/files", .mountPoint = "/home/u/Ferrobank", .fileSystem = "btrfs",
-                     .source = "/dev/loop3", .readOnly = true};
+    MountEntry files{.root = "/u/files",
+                     .mountPoint = "/home/u/Ferrobank",
+                     .fileSystem = "btrfs",
+                     .source = "/dev/loop3",
+                     .readOnly = true};
     EXPECT_FALSE(findVolume(loops, {top}));
     const auto found = findVolume(loops, {top, files});
     ASSERT_TRUE(found);

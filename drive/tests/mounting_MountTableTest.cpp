@@ -7,10 +7,10 @@ namespace {
 
 TEST(MountTable, readsFieldsAroundTheOptionalOnes)
 {
-    const auto entries = parseMountTable(
-        "36 35 98:0 /u/files /home/u/My\\040Drive rw,noatime master:1 shared:7 - btrfs /dev/loop0 rw,discard\n"
-        "37 35 98:1 / /media ro,nosuid - ext4 /dev/sda1 rw\n"
-        "38 35 98:2 / /aborted rw - btrfs /dev/loop1 ro,discard\n");
+    const auto entries = parseMountTable("36 35 98:0 /u/files /home/u/My\\040Drive rw,noatime master:1 "
+                                         "shared:7 - btrfs /dev/loop0 rw,discard\n"
+                                         "37 35 98:1 / /media ro,nosuid - ext4 /dev/sda1 rw\n"
+                                         "38 35 98:2 / /aborted rw - btrfs /dev/loop1 ro,discard\n");
     ASSERT_EQ(entries.size(), 3U);
     EXPECT_EQ(entries[0].root, "/u/files");
     EXPECT_EQ(entries[0].mountPoint, "/home/u/My Drive");

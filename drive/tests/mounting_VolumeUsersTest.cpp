@@ -2,7 +2,6 @@
 #include "testing/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
-
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -29,7 +28,8 @@ TEST(VolumeUsers, findsAProcessByItsFolderAndNotOneBesideIt)
     char letter = 0;
     ASSERT_EQ(::read(ends[0], &letter, 1), 1);
     const auto has = [child](const std::vector<VolumeUser>& users) {
-        return std::any_of(users.begin(), users.end(), [child](const auto& user) { return user.process == child; });
+        return std::any_of(users.begin(), users.end(),
+                           [child](const auto& user) { return user.process == child; });
     };
     EXPECT_TRUE(has(usersOf(folder.path() / "drive")));
     EXPECT_FALSE(has(usersOf(folder.path() / "drive2")));

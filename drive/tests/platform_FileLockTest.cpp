@@ -3,7 +3,6 @@
 #include "testing/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
-
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>

@@ -3,7 +3,6 @@
 #include "testing/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
-
 #include <sys/stat.h>
 
 #include <fstream>
@@ -18,7 +17,7 @@ TEST(Files, replacedFileHasTheNewTextAndIsPrivate)
     replaceFile(file, "old");
     replaceFile(file, "new", Durability::Synced);
     EXPECT_EQ(readSmallFile(file), "new");
-    struct stat status {};
+    struct stat status{};
     ASSERT_EQ(::stat(file.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777, 0600U);
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
@@ -47,7 +46,7 @@ TEST(Files, privateFolderIsMadeWithItsParents)
 {
     const TemporaryFolder folder;
     ensurePrivateFolder(folder.path() / "a/b/c");
-    struct stat status {};
+    struct stat status{};
     ASSERT_EQ(::stat((folder.path() / "a/b/c").c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777, 0700U);
     EXPECT_NO_THROW(ensurePrivateFolder(folder.path() / "a/b/c"));

@@ -54,7 +54,8 @@ TEST(Log, linesOfManyThreadsStayWholeAlsoAcrossARotation)
     for (const auto& entry : std::filesystem::directory_iterator(folder.path())) {
         const std::string text = readSmallFile(entry.path(), 4'000'000).value_or("");
         for (std::size_t at = text.find(std::string(5000, 'y') + "\n"); at != std::string::npos;
-             at = text.find(std::string(5000, 'y') + "\n", at + 5000)) {
+             at = text.find(std::string(5000, 'y') + "\n", at + 5000))
+        {
             ++lines;
         }
     }

@@ -7,8 +7,8 @@ namespace {
 
 TEST(Program, statusAndBothOutputsComeBack)
 {
-    const ProgramOutcome outcome = runSystemProgram("sh", {"-c", "echo one; echo two >&2; exit 3"},
-                                                    std::chrono::seconds(10));
+    const ProgramOutcome outcome =
+        runSystemProgram("sh", {"-c", "echo one; echo two >&2; exit 3"}, std::chrono::seconds(10));
     EXPECT_EQ(outcome.end, ProgramOutcome::End::Exited);
     EXPECT_EQ(outcome.status, 3);
     EXPECT_EQ(outcome.output, "one\ntwo\n");
@@ -17,7 +17,8 @@ TEST(Program, statusAndBothOutputsComeBack)
 
 TEST(Program, missingOneIsNotFound)
 {
-    EXPECT_EQ(runSystemProgram("no-such-program", {}, std::chrono::seconds(1)).end, ProgramOutcome::End::NotFound);
+    EXPECT_EQ(runSystemProgram("no-such-program", {}, std::chrono::seconds(1)).end,
+              ProgramOutcome::End::NotFound);
 }
 
 TEST(Program, hangingOneIsKilledAtTheLimit)
@@ -38,7 +39,8 @@ TEST(Program, floodOfOutputIsCutAndDoesNotBlock)
 
 TEST(Program, argumentsAreNotTouchedByAnyShell)
 {
-    EXPECT_EQ(runSystemProgram("echo", {"a b", "$HOME", "'"}, std::chrono::seconds(10)).output, "a b $HOME '\n");
+    EXPECT_EQ(runSystemProgram("echo", {"a b", "$HOME", "'"}, std::chrono::seconds(10)).output,
+              "a b $HOME '\n");
 }
 
 } // namespace

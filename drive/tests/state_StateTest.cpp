@@ -1,7 +1,8 @@
+#include "state/State.h"
+
 #include "platform/Failure.h"
 #include "state/Figures.h"
 #include "state/ServerProbe.h"
-#include "state/State.h"
 #include "testing/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -61,8 +62,15 @@ TEST(State, invalidLettersInNamesDoNotStopIt)
 TEST(Figures, comeBackFromTheirFile)
 {
     const TemporaryFolder folder;
-    const Figures figures{.uuid = "u", .volumeUsed = 1, .walkGeneration = 2, .guard = 3, .since = 4, .lastReading = 5,
-                          .lastSharing = 6, .unreadableFiles = 7, .unreadable = {"a", "b"}};
+    const Figures figures{.uuid = "u",
+                          .volumeUsed = 1,
+                          .walkGeneration = 2,
+                          .guard = 3,
+                          .since = 4,
+                          .lastReading = 5,
+                          .lastSharing = 6,
+                          .unreadableFiles = 7,
+                          .unreadable = {"a", "b"}};
     figures.write(folder.path() / "figures.json");
     EXPECT_EQ(Figures::read(folder.path() / "figures.json"), figures);
 }

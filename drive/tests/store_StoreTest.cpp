@@ -6,7 +6,6 @@
 #include "testing/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
-
 #include <sys/stat.h>
 
 #include <fstream>
@@ -31,7 +30,7 @@ TEST_F(Store, newOneIsSparseSoundAndStillToBePrepared)
     ASSERT_TRUE(superblock);
     EXPECT_EQ(superblock->totalBytes, std::filesystem::file_size(paths.image));
     EXPECT_EQ(superblock->uuid.size(), 36U);
-    struct stat status {};
+    struct stat status{};
     ::stat(paths.image.c_str(), &status);
     EXPECT_EQ(status.st_mode & 07777, 0600U);
     EXPECT_LT(status.st_blocks * 512, 32 << 20);

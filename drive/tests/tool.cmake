@@ -2,8 +2,8 @@
 drive_test(NAME tool_serve SOURCES tool_ServeTest.cpp LABELS loop TIMEOUT 600)
 drive_test(NAME tool_guards SOURCES tool_GuardsTest.cpp LABELS loop TIMEOUT 600)
 drive_test(NAME tool_uninstall SOURCES tool_UninstallTest.cpp LABELS loop TIMEOUT 600)
-drive_test(NAME tool_hostfull SOURCES tool_HostFullTest.cpp LABELS "loop;slow" TIMEOUT 900)
-drive_test(NAME tool_powercut SOURCES tool_PowerCutTest.cpp LABELS "loop;slow" TIMEOUT 900)
+drive_test(NAME tool_hostfull SOURCES tool_HostFullTest.cpp LABELS "loop;long" TIMEOUT 900)
+drive_test(NAME tool_powercut SOURCES tool_PowerCutTest.cpp LABELS "loop;long" TIMEOUT 900)
 
 # The same beside the system services that it talks to, real ones in namespaces of their own.
 function(drive_system_test name)

@@ -2,16 +2,15 @@
 #include "platform/Files.h"
 #include "testing/DriveHost.h"
 
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
-
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <fstream>
+#include <nlohmann/json.hpp>
 
 namespace ferrobank::drive::testing {
 namespace {
@@ -32,7 +31,8 @@ protected:
         host->makeSmallStore();
         ASSERT_TRUE(host->serveAndMount()) << host->logText();
         for (unsigned number = 0; number < 30; ++number) {
-            ASSERT_TRUE(writeRandomFile(host->paths().drive / std::to_string(number), 40'000 + number, number));
+            ASSERT_TRUE(
+                writeRandomFile(host->paths().drive / std::to_string(number), 40'000 + number, number));
         }
         files = fingerprint(host->paths().drive);
         host->endServing(SIGTERM);
@@ -195,7 +195,8 @@ TEST_F(Guards, ejectedDriveIsReportedAndComesBackOnlyOnRequest)
 {
     makeDrive();
     ASSERT_TRUE(host->serveAndMount());
-    ASSERT_TRUE(waitUntil([&] { return ::umount2(host->paths().drive.c_str(), 0) == 0; }, std::chrono::seconds(60)));
+    ASSERT_TRUE(
+        waitUntil([&] { return ::umount2(host->paths().drive.c_str(), 0) == 0; }, std::chrono::seconds(60)));
     EXPECT_TRUE(waitUntil([&] { return !host->attachError().empty(); }));
     EXPECT_EQ(host->attachError(), "The drive was ejected. Restart Ferrobank to mount it again.");
     EXPECT_FALSE(host->isMounted());
@@ -207,7 +208,8 @@ TEST_F(Guards, driveMountedAgainByHandIsAdopted)
 {
     makeDrive();
     ASSERT_TRUE(host->serveAndMount());
-    ASSERT_TRUE(waitUntil([&] { return ::umount2(host->paths().drive.c_str(), 0) == 0; }, std::chrono::seconds(60)));
+    ASSERT_TRUE(
+        waitUntil([&] { return ::umount2(host->paths().drive.c_str(), 0) == 0; }, std::chrono::seconds(60)));
     ASSERT_TRUE(waitUntil([&] { return !host->attachError().empty(); }));
     ASSERT_EQ(runProgram({"mount", "-o", "loop,subvol=u/files", host->paths().image.string(),
                           host->paths().drive.string()}),
@@ -264,11 +266,12 @@ TEST_F(Guards, damagedStructuresAreNotMounted)
 {
     makeDrive();
     {
-        // The root tree's block, in both copies of the metadata: found by its own header, which names its address.
+        // The root tree's block, in both copies of the metadata: found by its own header, which names its
+        // address.
         std::ofstream(host->paths().openMarker) << "x";
-        const std::string command =
-            "btrfs inspect-internal dump-super '" + host->paths().image.string() +
-            "' | awk '/^chunk_root[[:space:]]/{print $2}' > '" + (host->folder() / "root").string() + "'";
+        const std::string command = "btrfs inspect-internal dump-super '" + host->paths().image.string() +
+                                    "' | awk '/^chunk_root[[:space:]]/{print $2}' > '" +
+                                    (host->folder() / "root").string() + "'";
         ASSERT_EQ(::system(command.c_str()), 0);
         const std::string text = readSmallFile(host->folder() / "root").value_or("0");
         const long long address = std::atoll(text.c_str());
@@ -293,7 +296,8 @@ TEST_F(Guards, fullHostAtCreationLeavesNothingBehind)
     EXPECT_FALSE(host->serveAndMount());
     EXPECT_NE(host->attachError().find("Free some space"), std::string::npos) << host->attachError();
     EXPECT_FALSE(std::filesystem::exists(host->paths().image));
-    EXPECT_NE(host->run({"check", "--json"}).output.find(R"("action":"storage-settings")"), std::string::npos);
+    EXPECT_NE(host->run({"check", "--json"}).output.find(R"("action":"storage-settings")"),
+              std::string::npos);
     std::filesystem::remove(filler);
     EXPECT_EQ(host->run({"restart"}).status, 0);
 }

@@ -1,15 +1,14 @@
 #include "platform/FileDescriptor.h"
 #include "testing/DriveHost.h"
 
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
-
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <nlohmann/json.hpp>
 
 namespace ferrobank::drive::testing {
 namespace {
@@ -19,7 +18,7 @@ constexpr std::uint64_t kHostBytes = 3072 * kMiB;
 
 std::uint64_t freeBytes(const std::filesystem::path& path)
 {
-    struct statvfs facts {};
+    struct statvfs facts{};
     ::statvfs(path.c_str(), &facts);
     return static_cast<std::uint64_t>(facts.f_bavail) * facts.f_frsize;
 }
@@ -48,9 +47,11 @@ protected:
     {
         const std::uint64_t free = freeBytes(host->paths().home);
         ASSERT_GT(free, left);
-        const FileDescriptor filler(::open(fillerPath().c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600));
-        ASSERT_EQ(::fallocate(filler.get(), 0, ::lseek(filler.get(), 0, SEEK_END), static_cast<off_t>(free - left)),
-                  0);
+        const FileDescriptor filler(
+            ::open(fillerPath().c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600));
+        ASSERT_EQ(
+            ::fallocate(filler.get(), 0, ::lseek(filler.get(), 0, SEEK_END), static_cast<off_t>(free - left)),
+            0);
     }
 
     [[nodiscard]] std::filesystem::path fillerPath() const { return host->disk().mountPoint() / "filler"; }
@@ -112,7 +113,8 @@ TEST_F(HostFull, hostFilledByOthersStopsTheDriveFromTakingFilesUntilThereIsRoom)
     std::filesystem::remove(drive / "large");
     EXPECT_TRUE(isWritable());
     EXPECT_TRUE(waitUntil([&] {
-        return host->run({"check", "--json"}).output.find(R"("action":"storage-settings")") != std::string::npos;
+        return host->run({"check", "--json"}).output.find(R"("action":"storage-settings")") !=
+               std::string::npos;
     }));
     EXPECT_EQ(fingerprint(drive), files);
 
@@ -132,7 +134,8 @@ TEST_F(HostFull, fullHostMakesTheReserveGiveWayAndTheDriveStaysUsable)
     std::filesystem::remove(drive / "kept");
     EXPECT_TRUE(isWritable());
     std::filesystem::remove(fillerPath());
-    EXPECT_TRUE(waitUntil([&] { return std::filesystem::exists(host->paths().reserve); }, std::chrono::seconds(60)));
+    EXPECT_TRUE(
+        waitUntil([&] { return std::filesystem::exists(host->paths().reserve); }, std::chrono::seconds(60)));
     EXPECT_TRUE(writeRandomFile(drive / "again", 5 * kMiB, 2));
 }
 

@@ -1,9 +1,8 @@
 #include "platform/FileDescriptor.h"
 #include "testing/DriveHost.h"
 
-#include <gtest/gtest.h>
-
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <linux/types.h>
 #include <signal.h>
 #include <sys/ioctl.h>
@@ -16,7 +15,8 @@
 namespace ferrobank::drive::testing {
 namespace {
 
-// The request that ext4 and XFS share: stop the file system at once, as a power cut does, without writing its log.
+// The request that ext4 and XFS share: stop the file system at once, as a power cut does, without writing its
+// log.
 constexpr unsigned long kShutdown = _IOR('X', 125, __u32);
 constexpr __u32 kWithoutLog = 2;
 constexpr int kRuns = 5;
@@ -25,11 +25,11 @@ constexpr int kRuns = 5;
 class Writer {
 public:
     explicit Writer(std::filesystem::path folder, unsigned seed)
-        : _folder(std::move(folder))
-        , _thread([this, seed] { run(seed); })
-    {
-    }
+        : _folder(std::move(folder)), _thread([this, seed] { run(seed); })
+    {}
+
     ~Writer() { _thread.join(); }
+
     Writer(const Writer&) = delete;
     Writer& operator=(const Writer&) = delete;
 
@@ -38,6 +38,7 @@ public:
         const std::lock_guard lock(_mutex);
         return _synced.size();
     }
+
     [[nodiscard]] std::vector<std::string> synced() const
     {
         const std::lock_guard lock(_mutex);
@@ -76,7 +77,8 @@ protected:
 
     void cutPower() const
     {
-        const FileDescriptor disk(::open(host->disk().mountPoint().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        const FileDescriptor disk(
+            ::open(host->disk().mountPoint().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         __u32 how = kWithoutLog;
         ASSERT_EQ(::ioctl(disk.get(), kShutdown, &how), 0);
     }

@@ -3,16 +3,15 @@
 #include "platform/Files.h"
 #include "testing/DriveHost.h"
 
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
-
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <fstream>
+#include <nlohmann/json.hpp>
 
 namespace ferrobank::drive::testing {
 namespace {
@@ -65,11 +64,11 @@ TEST_F(Serve, firstStartMakesTheDriveAndMountsIt)
 TEST_F(Serve, imageIsReadOnlyWhileAttachedAndWritableAfterwards)
 {
     ASSERT_TRUE(host->serveAndMount());
-    struct stat attached {};
+    struct stat attached{};
     ::stat(host->paths().image.c_str(), &attached);
     EXPECT_EQ(attached.st_mode & 07777, 0400U);
     host->endServing(SIGTERM);
-    struct stat detached {};
+    struct stat detached{};
     ::stat(host->paths().image.c_str(), &detached);
     EXPECT_EQ(detached.st_mode & 07777, 0600U);
     EXPECT_FALSE(std::filesystem::exists(host->paths().openMarker));
@@ -136,7 +135,8 @@ TEST_F(Serve, worksWithoutRuntimeFolderInTheEnvironment)
     const ToolRun restart = host->run({"restart"});
     EXPECT_EQ(restart.status, 0) << restart.errorText;
     EXPECT_TRUE(host->isMounted());
-    EXPECT_TRUE(std::filesystem::exists(host->paths().home / ".cache/ferrobank" / ("run-" + bootId()) / "state.json"));
+    EXPECT_TRUE(std::filesystem::exists(host->paths().home / ".cache/ferrobank" / ("run-" + bootId()) /
+                                        "state.json"));
     EXPECT_EQ(host->run({"uninstall"}).status, 0);
 }
 
@@ -224,8 +224,7 @@ TEST_F(Serve, takeoverByABrokenProgramLeavesTheOldOneAtWork)
     std::filesystem::remove(program);
     const ToolRun takeover = host->run({"restart", "--keep-mounted"});
     EXPECT_EQ(takeover.status, 1);
-    EXPECT_EQ(takeover.errorText,
-              "The drive's new program cannot be started: No such file or directory.\n");
+    EXPECT_EQ(takeover.errorText, "The drive's new program cannot be started: No such file or directory.\n");
     EXPECT_EQ(status()["mounted"], true);
     EXPECT_EQ(host->run({"check", "--json"}).output.find("not running"), std::string::npos);
 }
@@ -259,7 +258,8 @@ TEST_F(Serve, killAtAnyMomentOfTheFirstStartLeavesNothingThatTheNextCannotUse)
         host->endServing(SIGKILL);
         ASSERT_TRUE(host->serveAndMount()) << "after a kill at " << delay << " ms: " << host->logText();
         ASSERT_EQ(loopsOf(host->paths().image, Recognise::ByFile).size(), 1U);
-        ASSERT_EQ(host->run({"uninstall", "--delete-store"}).status, 0) << "after a kill at " << delay << " ms";
+        ASSERT_EQ(host->run({"uninstall", "--delete-store"}).status, 0)
+            << "after a kill at " << delay << " ms";
         ASSERT_FALSE(std::filesystem::exists(host->paths().store));
     }
 }
@@ -308,8 +308,9 @@ TEST_F(Serve, statusDoesNotTouchTheDrive)
         GTEST_SKIP() << "strace is not installed";
     }
     const std::string command = "HOME='" + host->paths().home.string() + "' XDG_RUNTIME_DIR='" +
-                                host->paths().runtime.parent_path().string() + "' strace -f -e trace=file -o '" +
-                                trace + "' " FERROBANK_TOOL " status --json >/dev/null";
+                                host->paths().runtime.parent_path().string() +
+                                "' strace -f -e trace=file -o '" + trace +
+                                "' " FERROBANK_TOOL " status --json >/dev/null";
     ASSERT_EQ(::system(command.c_str()), 0);
     const std::string calls = readSmallFile(trace).value_or(std::string());
     ASSERT_FALSE(calls.empty());

@@ -4,16 +4,15 @@
 #include "testing/DriveFiles.h"
 #include "testing/DriveHost.h"
 
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
-
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <fstream>
+#include <nlohmann/json.hpp>
 
 namespace ferrobank::drive::testing {
 namespace {
@@ -107,7 +106,8 @@ TEST_F(Uninstall, busyDriveStaysAndEverythingWithIt)
     const FileDescriptor open(::open((host->paths().drive / "link").c_str(), O_RDONLY | O_CLOEXEC));
     const ToolRun run = host->run({"uninstall", "--delete-store"});
     EXPECT_EQ(run.status, 1);
-    EXPECT_NE(run.errorText.find("The drive is in use by tool_uninstall"), std::string::npos) << run.errorText;
+    EXPECT_NE(run.errorText.find("The drive is in use by tool_uninstall"), std::string::npos)
+        << run.errorText;
     EXPECT_NE(host->servingProcess(), 0);
     EXPECT_TRUE(std::filesystem::exists(host->paths().autostartEntry));
     EXPECT_EQ(fingerprint(host->paths().drive), files);
@@ -130,8 +130,8 @@ TEST_F(Uninstall, exportCopiesEveryFileBeforeTheStoreIsDeleted)
     const ToolRun run = host->run({"uninstall", "--export", copy.string(), "--delete-store"});
     ASSERT_EQ(run.status, 0) << run.errorText;
     EXPECT_EQ(fingerprint(copy), files);
-    struct stat one {};
-    struct stat other {};
+    struct stat one{};
+    struct stat other{};
     ::stat((copy / "folder/2").c_str(), &one);
     ::stat((copy / "folder/inner/same").c_str(), &other);
     EXPECT_EQ(one.st_ino, other.st_ino);
@@ -158,7 +158,8 @@ TEST_F(Uninstall, refusedDestinationsChangeNothing)
     std::ofstream(occupied / "mine") << "text";
     for (const std::filesystem::path& refused :
          {occupied, host->paths().drive / "inside", host->paths().store / "inside",
-          host->paths().home / "missing/folder", occupied / "mine"}) {
+          host->paths().home / "missing/folder", occupied / "mine"})
+    {
         const ToolRun run = host->run({"uninstall", "--export", refused.string(), "--delete-store"});
         EXPECT_EQ(run.status, 1) << refused;
         EXPECT_FALSE(run.errorText.empty());
@@ -172,7 +173,8 @@ TEST_F(Uninstall, interruptedExportKeepsTheDriveAndGoesOnLater)
 {
     makeFiles();
     for (unsigned number = 0; number < 12; ++number) {
-        ASSERT_TRUE(writeRandomFile(host->paths().drive / ("large" + std::to_string(number)), 40'000'000, number));
+        ASSERT_TRUE(
+            writeRandomFile(host->paths().drive / ("large" + std::to_string(number)), 40'000'000, number));
     }
     files = fingerprint(host->paths().drive);
     const std::filesystem::path copy = host->paths().home / "copy";
@@ -199,7 +201,8 @@ TEST_F(Uninstall, killedExportKeepsTheDriveAndGoesOnLater)
 {
     makeFiles();
     for (unsigned number = 0; number < 12; ++number) {
-        ASSERT_TRUE(writeRandomFile(host->paths().drive / ("large" + std::to_string(number)), 40'000'000, number));
+        ASSERT_TRUE(
+            writeRandomFile(host->paths().drive / ("large" + std::to_string(number)), 40'000'000, number));
     }
     files = fingerprint(host->paths().drive);
     const std::filesystem::path copy = host->paths().home / "copy";
@@ -221,7 +224,8 @@ TEST_F(Uninstall, fileWrittenWhileTheCopyIsMadeKeepsTheDrive)
 {
     makeFiles();
     for (unsigned number = 0; number < 8; ++number) {
-        ASSERT_TRUE(writeRandomFile(host->paths().drive / ("large" + std::to_string(number)), 40'000'000, number));
+        ASSERT_TRUE(
+            writeRandomFile(host->paths().drive / ("large" + std::to_string(number)), 40'000'000, number));
     }
     const std::filesystem::path copy = host->paths().home / "copy";
     const pid_t child = ::fork();

@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Small assertions for the shell tests: each says what it expected and ends the script with 1.
 
 fail() {
@@ -20,7 +21,7 @@ expectText() {
     output=$("$@" 2>&1)
     case $output in
     *"$part"*) ;;
-    *) fail "$words: no “$part” in: $output" ;;
+    *) fail "$words: no "$part" in: $output" ;;
     esac
 }
 

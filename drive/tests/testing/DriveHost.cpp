@@ -7,10 +7,9 @@
 #include "platform/Files.h"
 #include "testing/DriveFiles.h"
 
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
-
+#include <dirent.h>
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <linux/loop.h>
 #include <signal.h>
 #include <sys/ioctl.h>
@@ -18,13 +17,12 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include <dirent.h>
 #include <xxhash.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <fstream>
+#include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <thread>
 
@@ -96,7 +94,8 @@ std::map<std::string, std::string> fingerprint(const std::filesystem::path& fold
 {
     std::map<std::string, std::string> found;
     for (auto entry = std::filesystem::recursive_directory_iterator(folder);
-         entry != std::filesystem::recursive_directory_iterator(); ++entry) {
+         entry != std::filesystem::recursive_directory_iterator(); ++entry)
+    {
         const std::string name = entry->path().lexically_relative(folder).string();
         if (name == kOwnFolder) {
             entry.disable_recursion_pending();
@@ -104,11 +103,9 @@ std::map<std::string, std::string> fingerprint(const std::filesystem::path& fold
         }
         if (entry->is_symlink()) {
             found[name] = "link " + std::filesystem::read_symlink(entry->path()).string();
-        }
-        else if (entry->is_directory()) {
+        } else if (entry->is_directory()) {
             found[name] = "folder";
-        }
-        else {
+        } else {
             found[name] = std::to_string(entry->file_size()) + " " + hashOf(entry->path());
         }
     }
@@ -137,8 +134,7 @@ bool writeRandomFile(const std::filesystem::path& file, std::size_t bytes, unsig
     return made && ::fsync(made.get()) == 0;
 }
 
-DriveHost::DriveHost(const std::string& kind, std::uint64_t bytes)
-    : _program(FERROBANK_TOOL)
+DriveHost::DriveHost(const std::string& kind, std::uint64_t bytes) : _program(FERROBANK_TOOL)
 {
     enterPrivateMounts();
     _disk = std::make_unique<TestVolume>(_folder.path(), "disk", kind, bytes);
@@ -166,7 +162,8 @@ std::vector<pid_t> DriveHost::ownProcesses() const
         const std::string process = std::string("/proc/") + entry->d_name;
         const std::string environment = readSmallFile(process + "/environ").value_or(std::string());
         const std::string arguments = readSmallFile(process + "/cmdline").value_or(std::string());
-        if (environment.find(wanted) != std::string::npos && arguments.ends_with(std::string("\0serve\0", 7))) {
+        if (environment.find(wanted) != std::string::npos && arguments.ends_with(std::string("\0serve\0", 7)))
+        {
             found.push_back(std::atoi(entry->d_name));
         }
     }
@@ -197,7 +194,9 @@ void DriveHost::dropDrive()
         for (const LoopDevice& loop : loops) {
             // A killed process may take a moment to let its files go.
             if (mount->source == loop.device &&
-                !waitUntil([&] { return ::umount2(mount->mountPoint.c_str(), 0) == 0; }, std::chrono::seconds(5))) {
+                !waitUntil([&] { return ::umount2(mount->mountPoint.c_str(), 0) == 0; },
+                           std::chrono::seconds(5)))
+            {
                 ADD_FAILURE() << mount->mountPoint << " was still busy";
                 ::umount2(mount->mountPoint.c_str(), MNT_DETACH);
             }
@@ -217,8 +216,7 @@ void DriveHost::setVariable(const std::string& name, const std::string& value)
 {
     if (value.empty()) {
         _variables.erase(name);
-    }
-    else {
+    } else {
         _variables[name] = value;
     }
 }
@@ -283,8 +281,9 @@ void DriveHost::makeSmallStore() const
     const FileDescriptor image(::open(_paths.image.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
     const FileDescriptor mark(::open(_paths.unprepared.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
     if (!mark || ::ftruncate(image.get(), off_t{64} << 30U) != 0 ||
-        runProgram({"mkfs.btrfs", "-q", "-L", "Ferrobank", "--rootdir", (_folder.path() / "skeleton").string(),
-                    _paths.image.string()}) != 0) {
+        runProgram({"mkfs.btrfs", "-q", "-L", "Ferrobank", "--rootdir",
+                    (_folder.path() / "skeleton").string(), _paths.image.string()}) != 0)
+    {
         throw std::runtime_error("cannot make a store");
     }
 }

@@ -23,9 +23,9 @@ struct ToolRun {
     std::string errorText;
 };
 
-/// A computer for the drive tool: a small disk of its own with a home folder on it, a runtime folder, and the built
-/// program. Whatever the tool still runs, mounts or attaches there is ended when this goes, also after a failure.
-/// Needs root and loop devices.
+/// A computer for the drive tool: a small disk of its own with a home folder on it, a runtime folder, and the
+/// built program. Whatever the tool still runs, mounts or attaches there is ended when this goes, also after
+/// a failure. Needs root and loop devices.
 class DriveHost {
 public:
     /// `kind` and `bytes` are those of the host's disk.
@@ -35,12 +35,15 @@ public:
     ~DriveHost();
 
     [[nodiscard]] const Paths& paths() const { return _paths; }
+
     [[nodiscard]] const std::filesystem::path& folder() const { return _folder.path(); }
+
     [[nodiscard]] TestVolume& disk() { return *_disk; }
 
     /// Runs the tool to its end.
     ToolRun run(const std::vector<std::string>& arguments) const;
-    /// Gives the home a new store of 64 GB, whose space guard is grown in no time; else the first start makes 8 TB.
+    /// Gives the home a new store of 64 GB, whose space guard is grown in no time; else the first start makes
+    /// 8 TB.
     void makeSmallStore() const;
     /// Starts `serve` as a child and returns at once.
     pid_t startServing();
@@ -59,6 +62,7 @@ public:
 
     /// Other variables, or none with an empty value, for the runs that follow.
     void setVariable(const std::string& name, const std::string& value);
+
     /// Uses another copy of the program, for updates.
     void useProgram(const std::filesystem::path& program) { _program = program; }
 
@@ -77,7 +81,8 @@ private:
 };
 
 /// Waits until the condition holds; false when it does not within the limit.
-bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit = std::chrono::seconds(20));
+bool waitUntil(const std::function<bool()>& condition,
+               std::chrono::milliseconds limit = std::chrono::seconds(20));
 
 /// Hash, size and kind of everything below a folder by relative path, without the tool's own folder.
 [[nodiscard]] std::map<std::string, std::string> fingerprint(const std::filesystem::path& folder);
