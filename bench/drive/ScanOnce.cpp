@@ -1,7 +1,6 @@
 // Runs one sharing pass over a folder and prints what it took as key=value lines, for the benchmark.
 // Usage: scan-once ROOT INDEX-FOLDER SHARE-OF-A-CORE
 
-#include "figures/IdlePriority.h"
 #include "sharing/Scanner.h"
 
 #include <sys/resource.h>
@@ -16,7 +15,6 @@ int main(int argc, char** argv)
         std::cerr << "usage: scan-once ROOT INDEX-FOLDER SHARE-OF-A-CORE\n";
         return 2;
     }
-    useIdlePriority();
     ScanSettings settings;
     settings.root = argv[1];
     settings.indexFolder = argv[2];

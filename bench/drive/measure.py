@@ -143,6 +143,7 @@ def measure_scanner(work, program, files, runs, rows):
     run("sync", "-f", source)
     plain = allocated(source)
     firsts, again, paced = [], [], []
+    # At ordinary priority: at the drive's own, idle one, other programs would be measured.
     for turn in range(runs):
         with Drive(work, f"scan{turn}") as drive:
             index = work / f"index{turn}"
