@@ -3,6 +3,7 @@
 
 #include "Ferrobank/Headless.h"
 #include "Platform/Bundle.h"
+#include "Platform/VersionOnTrial.h"
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -53,6 +54,7 @@ try {
             return ferrobank::runHeadless(*command, ferrobank::Service::shared(), stdout, stderr);
         }
     }
+    ferrobank::settleVersionToRun(argv);
     return runApplication(argc, argv);
 } catch (const std::exception& error) {
     std::fprintf(stderr, "Ferrobank cannot start: %s\n", error.what());

@@ -31,6 +31,7 @@ qt_add_qml_module(
         Components/Page.qml
         Components/Panel.qml
         Components/Pill.qml
+        Components/ProgressLine.qml
         Components/PushButton.qml
         Components/ScreenStack.qml
         Components/SelectableText.qml
@@ -57,11 +58,13 @@ qt_add_qml_module(
         Views/LoginItem.qml
         Views/LoginItems.qml
         Views/Onboarding.qml
+        Views/ReleaseNotes.qml
         Views/RootView.qml
         Views/SetupPage.qml
         Views/StateIcon.qml
         Views/UninstallForm.qml
         Views/UninstallScreen.qml
+        Views/Update.qml
         Views/VerifyPage.qml
         Views/WelcomePage.qml
     SOURCES
@@ -90,7 +93,11 @@ qt_add_qml_module(
         Views/RootPresenter.cpp
         Views/RootPresenter.h
         Views/UninstallPresenter.cpp
-        Views/UninstallPresenter.h)
+        Views/UninstallPresenter.h
+        Views/UpdatePresenter.cpp
+        Views/UpdatePresenter.h
+        Views/UpdateWindow.cpp
+        Views/UpdateWindow.h)
 
 # The generated type registration includes headers by their bare names.
 target_include_directories(ferrobank-window PRIVATE Components Dashboard Views)

@@ -8,8 +8,8 @@ class SingleInstance;
 class StatusItem;
 class SystemChanges;
 
-/// The program's place in the user's desktop session. One for the life of the process, main thread. Made before
-/// anything of the window system; attach() comes after it.
+/// The program's place in the user's desktop session. One for the life of the process, main thread. Made
+/// before anything of the window system; attach() comes after it.
 class DesktopSession {
 public:
     virtual ~DesktopSession() = default;

@@ -23,7 +23,8 @@ public:
     virtual ~FolderChooser() = default;
 
     /// Opens the dialog and returns at once; one that is open already stays the only one. `chosen` gets the
-    /// absolute path of a folder on this computer; it is not called when the user leaves the dialog otherwise.
+    /// absolute path of a folder on this computer; it is not called when the user leaves the dialog
+    /// otherwise.
     virtual void choose(const Request& request, std::function<void(QString)> chosen) = 0;
 
     static std::unique_ptr<FolderChooser> make();

@@ -4,8 +4,8 @@
 
 namespace ferrobank {
 
-/// One line of a native menu. Plain value. The id names the same entry for as long as the program runs, also while
-/// the entry comes and goes.
+/// One line of a native menu. Plain value. The id names the same entry for as long as the program runs, also
+/// while the entry comes and goes.
 struct MenuEntry {
     enum class Kind {
         Text,    ///< words only, cannot be chosen

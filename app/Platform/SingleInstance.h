@@ -13,8 +13,8 @@ struct InstanceRequest {
     QString activationToken; ///< lets a window take the focus on Wayland; empty where there is none
 };
 
-/// At most one running program for each session. Made before anything of the window system, so that a second start
-/// needs no display. Main thread.
+/// At most one running program for each session. Made before anything of the window system, so that a second
+/// start needs no display. Main thread.
 class SingleInstance {
 public:
     enum class Role {

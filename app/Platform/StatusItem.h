@@ -19,8 +19,8 @@ struct StatusItemFace {
 
 /// The program's icon in the desktop's tray, with its menu. Main thread.
 ///
-/// It shows up whenever the desktop has a place for it, however early or late that comes and however often it goes;
-/// without one it is simply not seen. Setting an equal face or menu does nothing at all.
+/// It shows up whenever the desktop has a place for it, however early or late that comes and however often it
+/// goes; without one it is simply not seen. Setting an equal face or menu does nothing at all.
 class StatusItem : public QObject {
     Q_OBJECT
 
@@ -30,12 +30,13 @@ public:
     virtual void setFace(const StatusItemFace& face) = 0;
     virtual void setMenu(const QList<MenuEntry>& entries) = 0;
 
-    /// Tells the desktop about the present menu again, although nothing changed: some desktops flip a toggle by
-    /// themselves when it is chosen.
+    /// Tells the desktop about the present menu again, although nothing changed: some desktops flip a toggle
+    /// by themselves when it is chosen.
     virtual void repeatMenu() = 0;
 
 Q_SIGNALS:
-    /// The icon itself was clicked. The token lets a window take the focus on Wayland; empty where there is none.
+    /// The icon itself was clicked. The token lets a window take the focus on Wayland; empty where there is
+    /// none.
     void activated(const QString& activationToken);
 
     /// An entry was chosen.

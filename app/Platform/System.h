@@ -19,8 +19,8 @@ class UpdateInterface;
 class Volumes;
 class Workspace;
 
-/// This system's side of every ability that the application needs, made once for the life of the process. Main
-/// thread, after the application object.
+/// This system's side of every ability that the application needs, made once for the life of the process.
+/// Main thread, after the application object.
 class System {
 public:
     /// What only the application itself can do for the system's side. May be called at any time.
@@ -33,7 +33,8 @@ public:
         /// What the user is about to be asked for, and whether to go on.
         std::function<QCoro::Task<bool>(QString text)> explain;
 
-        /// A token of the user's last click, good for the window of another program; empty where there is none.
+        /// A token of the user's last click, good for the window of another program; empty where there is
+        /// none.
         std::function<QString()> activationToken;
 
         std::function<void()> quit;
@@ -52,8 +53,8 @@ public:
     [[nodiscard]] virtual Clock& clock() = 0;
 
     /// The system's updater, started. Delegate and interface must outlive it.
-    [[nodiscard]] virtual std::unique_ptr<UpdateController> makeUpdateController(UpdateDelegate& delegate,
-                                                                                UpdateInterface& interface) = 0;
+    [[nodiscard]] virtual std::unique_ptr<UpdateController>
+    makeUpdateController(UpdateDelegate& delegate, UpdateInterface& interface) = 0;
 };
 
 } // namespace ferrobank

@@ -4,8 +4,8 @@
 
 namespace ferrobank {
 
-/// Tells when something outside the program may have changed that it shows without asking for it regularly: the
-/// login items, the command link, the settings. Main thread. Costs nothing while nothing happens.
+/// Tells when something outside the program may have changed that it shows without asking for it regularly:
+/// the login items, the command link, the settings. Main thread. Costs nothing while nothing happens.
 class SystemChanges : public QObject {
     Q_OBJECT
 

@@ -5,8 +5,8 @@
 
 namespace ferrobank {
 
-/// Requests of the system or of a terminal that the program end: SIGTERM, SIGINT and SIGHUP on systems that have
-/// them. One at a time in a process; what was set before is restored at the end.
+/// Requests of the system or of a terminal that the program end: SIGTERM, SIGINT and SIGHUP on systems that
+/// have them. One at a time in a process; what was set before is restored at the end.
 class TerminationSignals {
 public:
     virtual ~TerminationSignals() = default;

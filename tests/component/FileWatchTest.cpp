@@ -1,4 +1,5 @@
 #include "Platform/linux/desktop/FileWatch.h"
+
 #include "Platform/linux/desktop/LinuxSystemChanges.h"
 
 #include <QtCore/QDir>
@@ -27,6 +28,7 @@ class FileWatchTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+
     void init()
     {
         _folder = std::make_unique<QTemporaryDir>();
@@ -123,10 +125,13 @@ private Q_SLOTS:
         qputenv("XDG_CONFIG_HOME", "/home/anna/my config");
         qputenv("XDG_DATA_HOME", "/home/anna/data");
         const auto files = LinuxSystemChanges::filesOfUser();
-        const auto has = [&](const char* file) { return std::ranges::find(files, std::filesystem::path(file)) != files.end(); };
+        const auto has = [&](const char* file) {
+            return std::ranges::find(files, std::filesystem::path(file)) != files.end();
+        };
         QVERIFY(has("/home/anna/my config/autostart/org.ferrobank.Ferrobank.desktop"));
         QVERIFY(has("/home/anna/my config/org.ferrobank.Ferrobank.conf"));
-        QVERIFY(has("/home/anna/my config/systemd/user/default.target.wants/org.ferrobank.Ferrobank.agent.service"));
+        QVERIFY(has(
+            "/home/anna/my config/systemd/user/default.target.wants/org.ferrobank.Ferrobank.agent.service"));
         QVERIFY(has("/home/anna/data/systemd/user/org.ferrobank.Ferrobank.agent.service"));
         QVERIFY(has("/usr/local/bin/ferrobank"));
         qunsetenv("XDG_CONFIG_HOME");

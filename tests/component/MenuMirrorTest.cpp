@@ -1,9 +1,9 @@
 #include "Platform/linux/tray/MenuMirror.h"
 
 #include <QtGui/QAction>
-#include <QtWidgets/QApplication>
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
+#include <QtWidgets/QApplication>
 
 namespace ferrobank {
 
@@ -25,6 +25,7 @@ class MenuMirrorTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+
     void entriesLookAsTheyAre()
     {
         MenuMirror mirror;

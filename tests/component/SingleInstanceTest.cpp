@@ -1,6 +1,5 @@
 #include "Platform/linux/instance/BusInstance.h"
 #include "Platform/linux/instance/SocketInstance.h"
-
 #include "support/PrivateBus.h"
 
 #include <QtCore/QFile>
@@ -35,8 +34,7 @@ public:
               _role = start();
               _ended = true;
           })
-    {
-    }
+    {}
 
     ~Later() { _thread.join(); }
 
@@ -56,6 +54,7 @@ class SingleInstanceTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+
     void init()
     {
         _bus = std::make_unique<PrivateBus>();
@@ -162,13 +161,14 @@ private Q_SLOTS:
         const QDBusConnection desktop = _bus->connect();
         const QVariantMap data{{u"activation-token"_s, u"t"_s}, {u"something-else"_s, 42}};
         const auto call = [&](const QString& method, const QVariantList& arguments) {
-            return PrivateBus::call(desktop, u"org.ferrobank.Ferrobank"_s, u"/org/ferrobank/Ferrobank"_s, kApplication,
-                                    method, arguments)
+            return PrivateBus::call(desktop, u"org.ferrobank.Ferrobank"_s, u"/org/ferrobank/Ferrobank"_s,
+                                    kApplication, method, arguments)
                 .type();
         };
         QCOMPARE(call(u"Activate"_s, {data}), QDBusMessage::ReplyMessage);
         QCOMPARE(call(u"Open"_s, {QStringList{u"file:///tmp/x"_s}, data}), QDBusMessage::ReplyMessage);
-        QCOMPARE(call(u"ActivateAction"_s, {u"run-checks"_s, QVariantList(), data}), QDBusMessage::ReplyMessage);
+        QCOMPARE(call(u"ActivateAction"_s, {u"run-checks"_s, QVariantList(), data}),
+                 QDBusMessage::ReplyMessage);
         QCOMPARE(call(u"ActivateAction"_s, {u"unknown"_s, QVariantList(), data}), QDBusMessage::ErrorMessage);
         QCOMPARE(_requests.size(), 4);
         QCOMPARE(_requests.at(0).activationToken, u"t"_s);
@@ -183,8 +183,8 @@ private Q_SLOTS:
         bus->attach();
         first.serve(note());
         const QVariantMap data{{u"desktop-startup-id"_s, u"id_TIME1"_s}};
-        PrivateBus::call(_bus->connect(), u"org.ferrobank.Ferrobank"_s, u"/org/ferrobank/Ferrobank"_s, kApplication,
-                         u"Activate"_s, {data});
+        PrivateBus::call(_bus->connect(), u"org.ferrobank.Ferrobank"_s, u"/org/ferrobank/Ferrobank"_s,
+                         kApplication, u"Activate"_s, {data});
         QCOMPARE(_requests.constFirst().activationToken, u"id_TIME1"_s);
     }
 
@@ -195,7 +195,8 @@ private Q_SLOTS:
         QCOMPARE(first.claim({}), Role::First);
         first.serve(note());
         const std::string path = folder.path().toStdString();
-        const Later second([path] { return SocketInstance(path).claim({.action = {}, .activationToken = u"tok en"_s}); });
+        const Later second(
+            [path] { return SocketInstance(path).claim({.action = {}, .activationToken = u"tok en"_s}); });
         QTRY_VERIFY(second.ended());
         QCOMPARE(second.role(), Role::Forwarded);
         QCOMPARE(_requests.size(), 1);
@@ -261,7 +262,8 @@ private Q_SLOTS:
         const int chatter = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0);
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
-        std::strcpy(address.sun_path, folder.filePath(u"org.ferrobank.Ferrobank.socket"_s).toUtf8().constData());
+        std::strcpy(address.sun_path,
+                    folder.filePath(u"org.ferrobank.Ferrobank.socket"_s).toUtf8().constData());
         QCOMPARE(::connect(chatter, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
         const QByteArray flood(16'384, 'x');
         QVERIFY(send(chatter, flood.constData(), static_cast<size_t>(flood.size()), MSG_NOSIGNAL) > 0);
@@ -283,7 +285,7 @@ private Q_SLOTS:
         QTemporaryDir folder;
         SocketInstance first(folder.path().toStdString());
         QCOMPARE(first.claim({}), Role::First);
-        struct stat info {};
+        struct stat info{};
         QCOMPARE(stat(folder.filePath(u"org.ferrobank.Ferrobank.lock"_s).toUtf8().constData(), &info), 0);
         QCOMPARE(info.st_mode & 0777U, 0600U);
     }

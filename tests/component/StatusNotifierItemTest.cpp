@@ -59,6 +59,7 @@ public:
     }
 
 public Q_SLOTS:
+
     void RegisterStatusNotifierItem(const QString& service) { registered << service; } // NOLINT
 
 Q_SIGNALS:
@@ -95,7 +96,10 @@ struct Host {
         return reply.arguments().value(0).value<QDBusVariant>().variant();
     }
 
-    [[nodiscard]] QVariant item(const QString& name) const { return property(kItem, u"/StatusNotifierItem"_s, name); }
+    [[nodiscard]] QVariant item(const QString& name) const
+    {
+        return property(kItem, u"/StatusNotifierItem"_s, name);
+    }
 
     [[nodiscard]] QDBusMessage menu(const QString& method, const QVariantList& arguments) const
     {
@@ -138,9 +142,11 @@ class StatusNotifierItemTest : public QObject {
     Q_OBJECT
 
 public Q_SLOTS:
+
     void noteSignal(const QDBusMessage& message) { _signals << message.member(); }
 
 private Q_SLOTS:
+
     void init()
     {
         _bus = std::make_unique<PrivateBus>();
@@ -239,8 +245,10 @@ private Q_SLOTS:
     {
         Program program;
         const Host host{_bus->connect(), program.name()};
-        QVERIFY(listen(host, u"/StatusNotifierItem"_s, kItem, {u"NewIcon"_s, u"NewTitle"_s, u"NewToolTip"_s}));
-        program.item.setFace({.title = u"Ferrobank · Needs attention"_s, .toolTip = u"x"_s, .needsAttention = true});
+        QVERIFY(
+            listen(host, u"/StatusNotifierItem"_s, kItem, {u"NewIcon"_s, u"NewTitle"_s, u"NewToolTip"_s}));
+        program.item.setFace(
+            {.title = u"Ferrobank · Needs attention"_s, .toolTip = u"x"_s, .needsAttention = true});
         QTRY_COMPARE(_signals.size(), 3);
         QCOMPARE(host.item(u"Status"_s).toString(), u"NeedsAttention"_s);
         QCOMPARE(host.item(u"IconName"_s).toString(), u"org.ferrobank.Ferrobank-attention-symbolic"_s);
@@ -253,7 +261,8 @@ private Q_SLOTS:
         const Host host{_bus->connect(), program.name()};
         const StatusItemFace face{.title = u"Ferrobank"_s, .toolTip = u"x"_s, .needsAttention = false};
         program.item.setFace(face);
-        QVERIFY(listen(host, u"/StatusNotifierItem"_s, kItem, {u"NewIcon"_s, u"NewTitle"_s, u"NewToolTip"_s}));
+        QVERIFY(
+            listen(host, u"/StatusNotifierItem"_s, kItem, {u"NewIcon"_s, u"NewTitle"_s, u"NewToolTip"_s}));
         program.item.setFace(face);
         QCOMPARE(host.item(u"Title"_s).toString(), u"Ferrobank"_s); // after anything sent before it
         QVERIFY(_signals.isEmpty());
@@ -281,7 +290,8 @@ private Q_SLOTS:
         QSignalSpy activated(&program.item, &StatusItem::activated);
         const Host host{_bus->connect(), program.name()};
         const auto call = [&](const QString& method, const QVariantList& arguments) {
-            return PrivateBus::call(host.connection, host.service, u"/StatusNotifierItem"_s, kItem, method, arguments);
+            return PrivateBus::call(host.connection, host.service, u"/StatusNotifierItem"_s, kItem, method,
+                                    arguments);
         };
         QCOMPARE(call(u"ProvideXdgActivationToken"_s, {u"token-7"_s}).type(), QDBusMessage::ReplyMessage);
         QCOMPARE(call(u"Activate"_s, {10, 20}).type(), QDBusMessage::ReplyMessage);
@@ -314,7 +324,8 @@ private Q_SLOTS:
         Program program;
         program.item.setMenu(someEntries());
         const Host host{_bus->connect(), program.name()};
-        QCOMPARE(host.layout().second.at(2).properties.value(u"label"_s).toString(), u"Open under__score & more"_s);
+        QCOMPARE(host.layout().second.at(2).properties.value(u"label"_s).toString(),
+                 u"Open under__score & more"_s);
     }
 
     void menuIsReadAfreshBeforeItShows()

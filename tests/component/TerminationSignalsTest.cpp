@@ -10,6 +10,7 @@ class TerminationSignalsTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+
     void eachSignalReachesTheEventLoop_data()
     {
         QTest::addColumn<int>("number");
@@ -32,8 +33,8 @@ private Q_SLOTS:
 
     void whatWasSetBeforeIsRestored()
     {
-        struct sigaction before {};
-        struct sigaction after {};
+        struct sigaction before{};
+        struct sigaction after{};
         QCOMPARE(sigaction(SIGTERM, nullptr, &before), 0);
         TerminationSignals::watch([] {});
         QCOMPARE(sigaction(SIGTERM, nullptr, &after), 0);

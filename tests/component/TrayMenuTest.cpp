@@ -86,6 +86,7 @@ class TrayMenuTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+
     void menuOfAnUnfinishedSetupIsThereAtOnce()
     {
         FakeSeam seam;

@@ -39,7 +39,7 @@ class FirstRun(program.ProgramTest):
         self.assert_set_up()
 
     def press_return_until(self, name):
-        """One Return, and what it leads to; a key that comes while a page fades in goes to nothing twice."""
+        """One Return, and what it leads to."""
         self.key("Return")
         self.see(name)
 

@@ -184,14 +184,13 @@ class Program:
         return status, time.monotonic() - began
 
     def figures(self):
-        """Memory in KiB, open descriptors and child processes of the running program."""
+        """Memory of its own making in KiB (files that are mapped count where they are shared differently each
+        time), open descriptors and child processes of the running program."""
         process = pathlib.Path("/proc") / str(self.process.pid)
-        private = 0
-        for line in (process / "smaps_rollup").read_text().splitlines():
-            if line.startswith(("Private_Clean:", "Private_Dirty:")):
-                private += int(line.split()[1])
+        rollup = (process / "smaps_rollup").read_text().splitlines()
+        memory = next(int(line.split()[1]) for line in rollup if line.startswith("Anonymous:"))
         children = (process / "task" / str(self.process.pid) / "children").read_text().split()
-        return {"memory": private, "descriptors": len(list((process / "fd").iterdir())), "children": len(children)}
+        return {"memory": memory, "descriptors": len(list((process / "fd").iterdir())), "children": len(children)}
 
     def close(self):
         if self.process is not None and self.process.poll() is None:
@@ -311,8 +310,13 @@ class ProgramTest(unittest.TestCase):
     def wait_for_no_window(self):
         wait_until(lambda: not self.windows(), "no window is on the screen")
 
-    @staticmethod
-    def key(*keys):
+    def has_focus(self):
+        active = subprocess.run(["xdotool", "getactivewindow"], capture_output=True, text=True)
+        return active.stdout.strip() in self.windows()
+
+    def key(self, *keys):
+        """Real keys, once the window has the focus."""
+        wait_until(self.has_focus, "the window has the focus")
         subprocess.run(["xdotool", "key", *keys], check=True)
 
 

@@ -15,8 +15,8 @@ PrivateBus::PrivateBus() : _environmentBefore(qgetenv(kVariable))
 {
     const QString address = u"unix:path="_s + _folder.filePath(u"bus"_s);
     _daemon.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    _daemon.start(u"dbus-daemon"_s,
-                  {u"--session"_s, u"--nofork"_s, u"--nopidfile"_s, u"--print-address"_s, u"--address="_s + address});
+    _daemon.start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--nopidfile"_s, u"--print-address"_s,
+                                     u"--address="_s + address});
     // The daemon prints its address once it listens.
     if (_daemon.waitForReadyRead(kStartLimit)) {
         _address = QString::fromUtf8(_daemon.readAllStandardOutput()).trimmed();

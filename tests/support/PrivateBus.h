@@ -9,8 +9,9 @@
 
 namespace ferrobank {
 
-/// A session bus of a test's own. While it lives the environment names it as the session bus; clients that a test
-/// makes talk to the code under test through it. Both may live in one thread: call() keeps the event loop turning.
+/// A session bus of a test's own. While it lives the environment names it as the session bus; clients that a
+/// test makes talk to the code under test through it. Both may live in one thread: call() keeps the event
+/// loop turning.
 class PrivateBus {
 public:
     /// Check isUp() afterwards.
@@ -26,7 +27,8 @@ public:
 
     /// The reply or the error.
     static QDBusMessage call(const QDBusConnection& from, const QString& service, const QString& path,
-                             const QString& interface, const QString& method, const QVariantList& arguments = {});
+                             const QString& interface, const QString& method,
+                             const QVariantList& arguments = {});
 
 private:
     QTemporaryDir _folder;

@@ -10,6 +10,7 @@ class LaunchRuleTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+
     void openingLeadsToWhatIsUsefulNow_data()
     {
         QTest::addColumn<bool>("setupComplete");
@@ -26,16 +27,20 @@ private Q_SLOTS:
             << true << Screen::checks() << idle << Screen::dashboard();
         QTest::newRow("closed uninstall form leads to the dashboard")
             << true << Screen::uninstall() << idle << Screen::dashboard();
-        QTest::newRow("running uninstall stays") << true << Screen::uninstall() << running << Screen::uninstall();
-        QTest::newRow("finished uninstall stays") << false << Screen::uninstall() << done << Screen::uninstall();
+        QTest::newRow("running uninstall stays")
+            << true << Screen::uninstall() << running << Screen::uninstall();
+        QTest::newRow("finished uninstall stays")
+            << false << Screen::uninstall() << done << Screen::uninstall();
         QTest::newRow("unfinished setup keeps its step")
             << false << Screen::onboarding(Screen::Setup) << idle << Screen::onboarding(Screen::Setup);
         QTest::newRow("last page of a finished setup stays")
             << true << Screen::onboarding(Screen::Done) << idle << Screen::onboarding(Screen::Done);
         QTest::newRow("setup finished elsewhere leads to the dashboard")
             << true << welcome << idle << Screen::dashboard();
-        QTest::newRow("setup undone elsewhere begins anew") << false << Screen::dashboard() << idle << welcome;
-        QTest::newRow("checks of an undone setup lead to the setup") << false << Screen::checks() << idle << welcome;
+        QTest::newRow("setup undone elsewhere begins anew")
+            << false << Screen::dashboard() << idle << welcome;
+        QTest::newRow("checks of an undone setup lead to the setup")
+            << false << Screen::checks() << idle << welcome;
     }
 
     void openingLeadsToWhatIsUsefulNow()

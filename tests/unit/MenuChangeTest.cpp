@@ -19,6 +19,7 @@ class MenuChangeTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+
     void equalListsAreNoChange()
     {
         const QList<MenuEntry> entries{button(1, u"One"_s), button(2, u"Two"_s)};

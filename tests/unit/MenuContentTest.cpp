@@ -61,16 +61,22 @@ class MenuContentTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+
     void initTestCase() { QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates)); }
 
     void everyEntryOfAFinishedSetupIsInOrder()
     {
         const QStringList expected{
-            u"[Ferrobank · Mounted]"_s,     u"[12.4 GB used · 8.1 GB saved]"_s,
-            u"-"_s,                         u"Open Ferrobank"_s,
-            u"Check for Updates…"_s,        u"Run Checks…"_s,
-            u"-"_s,                         u"( ) Open Menu at Login"_s,
-            u"Show Log"_s,                  u"Uninstall Ferrobank…"_s,
+            u"[Ferrobank · Mounted]"_s,
+            u"[12.4 GB used · 8.1 GB saved]"_s,
+            u"-"_s,
+            u"Open Ferrobank"_s,
+            u"Check for Updates…"_s,
+            u"Run Checks…"_s,
+            u"-"_s,
+            u"( ) Open Menu at Login"_s,
+            u"Show Log"_s,
+            u"Uninstall Ferrobank…"_s,
             u"Quit Ferrobank Menu"_s,
         };
         QCOMPARE(look(finished(mounted())), expected);
@@ -79,11 +85,18 @@ private Q_SLOTS:
     void unfinishedSetupOffersSetUpAndTheCommand()
     {
         const QStringList expected{
-            u"Set Up Ferrobank…"_s, u"Install Command-Line Tool…"_s, u"Check for Updates…"_s,    u"Run Checks…"_s,
-            u"-"_s,                 u"(x) Open Menu at Login"_s,     u"Uninstall Ferrobank…"_s, u"Quit Ferrobank Menu"_s,
+            u"Set Up Ferrobank…"_s,
+            u"Install Command-Line Tool…"_s,
+            u"Check for Updates…"_s,
+            u"Run Checks…"_s,
+            u"-"_s,
+            u"(x) Open Menu at Login"_s,
+            u"Uninstall Ferrobank…"_s,
+            u"Quit Ferrobank Menu"_s,
         };
-        QCOMPARE(look({.status = {}, .setupComplete = false, .commandInstalled = false, .menuOpensAtLogin = true}),
-                 expected);
+        QCOMPARE(
+            look({.status = {}, .setupComplete = false, .commandInstalled = false, .menuOpensAtLogin = true}),
+            expected);
     }
 
     void beforeTheFirstStatusTheMenuBeginsWithItsButton()

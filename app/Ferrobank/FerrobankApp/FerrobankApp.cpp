@@ -29,7 +29,8 @@ FerrobankApp::FerrobankApp(DesktopSession& session)
           .activationToken = [this] { return _menu->takeActivationToken(); },
           .quit = [this] { _windows->quit(); },
       })),
-      _cli(text(Bundle::main().driveTool())), _service(_system->registry()),
+      _cli(text(Bundle::main().driveTool())),
+      _service(_system->registry()),
       _commandLineTool(_cli.url(), _system->privilegedLink()),
       _model(std::make_unique<AppModel>(ModelCollaborators{
           .cli = _cli,
@@ -55,7 +56,10 @@ FerrobankApp::FerrobankApp(DesktopSession& session)
           .bundle = text(Bundle::main().root()),
       })),
       _updater(std::make_unique<Updater>(UpdaterCollaborators{
-          .makeController = [this](UpdateDelegate& delegate) { return _system->makeUpdateController(delegate, _windows->updates()); },
+          .makeController =
+              [this](UpdateDelegate& delegate) {
+                  return _system->makeUpdateController(delegate, _windows->updates());
+              },
           .setupComplete = [this] { return _model->setupComplete(); },
           .windows = presentWindows,
       })),
@@ -79,7 +83,9 @@ FerrobankApp::FerrobankApp(DesktopSession& session)
     session.instance().serve([this](const InstanceRequest& request) { return carryOut(request); });
 
     // The entry for login starts the program again; a session that restores it as well would start it twice.
-    const auto neverRestart = [](QSessionManager& manager) { manager.setRestartHint(QSessionManager::RestartNever); };
+    const auto neverRestart = [](QSessionManager& manager) {
+        manager.setRestartHint(QSessionManager::RestartNever);
+    };
     connect(qGuiApp, &QGuiApplication::saveStateRequest, this, neverRestart);
     connect(qGuiApp, &QGuiApplication::commitDataRequest, this, neverRestart);
 }
@@ -109,7 +115,8 @@ bool FerrobankApp::carryOut(const InstanceRequest& request)
 void FerrobankApp::openWindow(const QString& activationToken)
 {
     if (!_windows->mainIsVisible()) {
-        _model->setScreen(screenForOpening(_model->setupComplete(), _model->screen(), _model->uninstallState()));
+        _model->setScreen(
+            screenForOpening(_model->setupComplete(), _model->screen(), _model->uninstallState()));
     }
     _windows->openMain(activationToken);
 }

@@ -21,12 +21,12 @@
 
 namespace ferrobank {
 
-/// The running application: the tray item with its menu, always there, and the main window, opened at launch only
-/// while setup is unfinished. Composes everything from the real parts. Main thread; one for the life of the
-/// process, inside that of the application object and of the session.
+/// The running application: the tray item with its menu, always there, and the main window, opened at launch
+/// only while setup is unfinished. Composes everything from the real parts. Main thread; one for the life of
+/// the process, inside that of the application object and of the session.
 ///
-/// Closing windows ends nothing. The program ends by the menu, by a signal, with the session, and after moving
-/// itself to the Trash.
+/// Closing windows ends nothing. The program ends by the menu, by a signal, with the session, and after
+/// moving itself to the Trash.
 class FerrobankApp : public QObject {
     Q_OBJECT
 

@@ -40,7 +40,8 @@ QList<MenuEntry> menuContent(const MenuFacts& facts)
 {
     QList<MenuEntry> entries;
     if (facts.status) {
-        entries << entry(MenuItem::State, Kind::Text, tr("Ferrobank · %1").arg(DriveState(*facts.status).word()));
+        entries << entry(MenuItem::State, Kind::Text,
+                         tr("Ferrobank · %1").arg(DriveState(*facts.status).word()));
         if (showsUsage(*facts.status)) {
             entries << entry(MenuItem::Usage, Kind::Text, usage(*facts.status));
         }

@@ -31,11 +31,11 @@ struct TrayMenuCollaborators {
     std::function<void()> quit;
 };
 
-/// The tray item's menu: keeps it equal to the facts as they change, and carries out what is chosen. Main thread,
-/// for the life of the program.
+/// The tray item's menu: keeps it equal to the facts as they change, and carries out what is chosen. Main
+/// thread, for the life of the program.
 ///
-/// Hosts measure a menu before they open it, so entries come and go when their facts change; everything is read
-/// once more when the menu is about to be shown.
+/// Hosts measure a menu before they open it, so entries come and go when their facts change; everything is
+/// read once more when the menu is about to be shown.
 class TrayMenu : public QObject {
     Q_OBJECT
 
@@ -45,7 +45,8 @@ public:
     /// Carries out an entry as if it had been chosen in the menu. Text and dividers do nothing.
     void choose(MenuItem item, const QString& activationToken);
 
-    /// The token of the last choice that opened no window of ours, once: another program's window may need it.
+    /// The token of the last choice that opened no window of ours, once: another program's window may need
+    /// it.
     [[nodiscard]] QString takeActivationToken() { return std::exchange(_activationToken, QString()); }
 
 private:

@@ -7,8 +7,8 @@
 
 namespace ferrobank {
 
-/// The updater's window, made when the updater first has something to show: a tray program that is only looking for
-/// updates carries no window. Main thread.
+/// The updater's window, made when the updater first has something to show: a tray program that is only
+/// looking for updates carries no window. Main thread.
 class UpdatePrompts : public UpdateInterface {
 public:
     using Maker = std::function<std::unique_ptr<UpdateInterface>()>;

@@ -11,18 +11,28 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
+/// For window lists of desktops that do not know the program's desktop file.
+QIcon applicationIcon()
+{
+    QIcon icon;
+    for (const int edge : {16, 24, 32, 48, 64, 128, 256}) {
+        const QString file = u"icons/hicolor/%1x%1/apps/org.ferrobank.Ferrobank.png"_s.arg(edge);
+        icon.addFile(QString::fromStdString(Bundle::main().resource(file.toUtf8().constData())));
+    }
+    return icon;
+}
+
 } // namespace
 
 WindowLibrary::WindowLibrary()
     : _library(QString::fromStdString(Bundle::main().executable().parent_path() / "libferrobank-window.so"))
-{
-}
+{}
 
 QFunctionPointer WindowLibrary::resolve(const char* entryPoint)
 {
     if (!_library.isLoaded() && _library.load()) {
         // Reading icons takes time that a start without a window does not need.
-        QGuiApplication::setWindowIcon(QIcon::fromTheme(u"org.ferrobank.Ferrobank"_s));
+        QGuiApplication::setWindowIcon(applicationIcon());
     }
     return _library.resolve(entryPoint);
 }

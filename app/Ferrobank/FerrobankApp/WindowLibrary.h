@@ -9,14 +9,14 @@
 
 namespace ferrobank {
 
-/// The library with everything drawn, loaded from beside the executable when the first window is made. Main thread.
-/// Never unloaded, because the toolkit keeps pointers into a library that has registered types.
+/// The library with everything drawn, loaded from beside the executable when the first window is made. Main
+/// thread. Never unloaded, because the toolkit keeps pointers into a library that has registered types.
 class WindowLibrary {
 public:
     WindowLibrary();
 
-    /// Calls the entry point of that name, which makes a thing of that type. Null when the library cannot be loaded
-    /// or lacks the entry point; errorText() then says why.
+    /// Calls the entry point of that name, which makes a thing of that type. Null when the library cannot be
+    /// loaded or lacks the entry point; errorText() then says why.
     template <typename Thing>
     [[nodiscard]] std::unique_ptr<Thing> make(const char* entryPoint, const WindowCollaborators& with)
     {

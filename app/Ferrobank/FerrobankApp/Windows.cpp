@@ -41,20 +41,14 @@ std::unique_ptr<Thing> Windows::make(const char* entryPoint)
 }
 
 Windows::Windows(WindowsCollaborators collaborators, QObject* parent)
-    : QObject(parent), _with(std::move(collaborators)),
-      _forWindows{_with.model,
-                  _with.service,
-                  _with.commandLineTool,
-                  _with.workspace,
-                  _with.settingsPages,
-                  _with.volumes,
-                  _with.registry,
-                  *this,
+    : QObject(parent),
+      _with(std::move(collaborators)),
+      _forWindows{_with.model,         _with.service, _with.commandLineTool, _with.workspace,
+                  _with.settingsPages, _with.volumes, _with.registry,        *this,
                   _with.home},
       _folderChooser(FolderChooser::make()),
       _updates([this] { return make<UpdateInterface>("ferrobankMakeUpdateWindow"); })
-{
-}
+{}
 
 Windows::~Windows() = default;
 

@@ -29,8 +29,8 @@ struct WindowsCollaborators {
     QString bundle; ///< the folder of the application, for the Trash
 };
 
-/// The application's windows: loads their library when the first one opens, and does for them what belongs to the
-/// whole program. Main thread. While no window is open nothing of them runs.
+/// The application's windows: loads their library when the first one opens, and does for them what belongs to
+/// the whole program. Main thread. While no window is open nothing of them runs.
 class Windows : public QObject, public WindowHost {
     Q_OBJECT
 
@@ -38,8 +38,8 @@ public:
     explicit Windows(WindowsCollaborators collaborators, QObject* parent = nullptr);
     ~Windows() override;
 
-    /// Opens the main window or brings the open one to the front. A library that cannot be loaded is told in an
-    /// alert.
+    /// Opens the main window or brings the open one to the front. A library that cannot be loaded is told in
+    /// an alert.
     void openMain(const QString& activationToken);
     void openLoginItems();
     [[nodiscard]] bool mainIsVisible() const;

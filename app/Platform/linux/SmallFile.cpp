@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -43,11 +44,11 @@ std::optional<std::string> readSmallFile(const std::filesystem::path& file, std:
     if (!descriptor.isOpen() || fstat(descriptor.number(), &facts) != 0 || !S_ISREG(facts.st_mode)) {
         return std::nullopt;
     }
-    // One byte more than allowed tells a file that is too large, also one that grows meanwhile.
-    std::string content(limit + 1, '\0');
-    std::size_t length = 0;
-    while (length < content.size()) {
-        const ssize_t count = read(descriptor.number(), content.data() + length, content.size() - length);
+    // Only as much memory as the file takes: limits are generous. It may grow while it is read.
+    std::string content;
+    std::array<char, 4096> piece;
+    while (content.size() <= limit) {
+        const ssize_t count = read(descriptor.number(), piece.data(), piece.size());
         if (count < 0 && errno == EINTR) {
             continue;
         }
@@ -55,10 +56,9 @@ std::optional<std::string> readSmallFile(const std::filesystem::path& file, std:
             return std::nullopt;
         }
         if (count == 0) {
-            content.resize(length);
             return content;
         }
-        length += static_cast<std::size_t>(count);
+        content.append(piece.data(), static_cast<std::size_t>(count));
     }
     return std::nullopt;
 }

@@ -32,7 +32,8 @@ std::chrono::milliseconds untilMonotonic(uint64_t microseconds)
 class SessionBus::Loop {
 public:
     explicit Loop(sd_bus* bus)
-        : _bus(bus), _readable(sd_bus_get_fd(bus), QSocketNotifier::Read),
+        : _bus(bus),
+          _readable(sd_bus_get_fd(bus), QSocketNotifier::Read),
           _writable(sd_bus_get_fd(bus), QSocketNotifier::Write)
     {
         _writable.setEnabled(false);

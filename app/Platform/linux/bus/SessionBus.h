@@ -17,9 +17,9 @@ using BusSlot = std::unique_ptr<sd_bus_slot, BusRelease<sd_bus_slot, sd_bus_slot
 
 /// The user's session bus, one connection for the life of the program. Main thread.
 ///
-/// Usable before there is an event loop or any window system: calls may be made at once, and what others send is
-/// kept until attach(). Once the connection is lost everything on it fails and nothing is tried again: a session
-/// bus does not come back.
+/// Usable before there is an event loop or any window system: calls may be made at once, and what others send
+/// is kept until attach(). Once the connection is lost everything on it fails and nothing is tried again: a
+/// session bus does not come back.
 class SessionBus {
 public:
     /// No value when there is no session bus to reach.
@@ -34,8 +34,8 @@ public:
     /// Serves the connection from the event loop of the calling thread, which must exist.
     void attach();
 
-    /// To be called after anything was sent outside a handler: what the socket would not take yet is sent from
-    /// the event loop.
+    /// To be called after anything was sent outside a handler: what the socket would not take yet is sent
+    /// from the event loop.
     void flushFromLoop();
 
 private:

@@ -12,11 +12,11 @@
 #include <QtGui/QWindow>
 #include <QtWidgets/QFileDialog>
 
+#include <sys/xattr.h>
+
 #include <array>
 #include <chrono>
 #include <utility>
-
-#include <sys/xattr.h>
 
 namespace ferrobank {
 
@@ -37,13 +37,13 @@ QString parentHandle(const QWindow* parent)
     return parent != nullptr && x11 ? u"x11:"_s + QString::number(parent->winId(), 16) : QString();
 }
 
-/// A portal shows folders outside a sandbox under a path of its own, which is of no use in words for the user or
-/// for other programs.
+/// A portal shows folders outside a sandbox under a path of its own, which is of no use in words for the user
+/// or for other programs.
 QString pathOnHost(const QString& path)
 {
     std::array<char, 4096> host{};
-    const ssize_t size = getxattr(QFile::encodeName(path).constData(), "user.document-portal.host-path", host.data(),
-                                  host.size() - 1);
+    const ssize_t size = getxattr(QFile::encodeName(path).constData(), "user.document-portal.host-path",
+                                  host.data(), host.size() - 1);
     return size > 0 ? QFile::decodeName(host.data()) : path;
 }
 
@@ -61,6 +61,14 @@ DesktopFolderChooser::DesktopFolderChooser()
     connect(&_portalAnswers, &QTimer::timeout, this, [this] {
         leavePortal();
         showOwnDialog();
+    });
+    _portalEnd.setWatchMode(QDBusServiceWatcher::WatchForUnregistration);
+    connect(&_portalEnd, &QDBusServiceWatcher::serviceUnregistered, this, [this] {
+        // Its dialog has gone with it.
+        if (!_portalRequest.isEmpty()) {
+            leavePortal();
+            end({});
+        }
     });
 }
 
@@ -85,6 +93,10 @@ void DesktopFolderChooser::askPortal()
         showOwnDialog();
         return;
     }
+    if (_portalEnd.watchedServices().isEmpty()) {
+        _portalEnd.setConnection(bus);
+        _portalEnd.addWatchedService(kPortal);
+    }
     const QString token = u"ferrobank%1"_s.arg(++_count);
     QString sender = bus.baseService().mid(1);
     sender.replace(u'.', u'_');
@@ -102,8 +114,8 @@ void DesktopFolderChooser::askPortal()
         {u"accept_label"_s, confirm},
         {u"current_folder"_s, QFile::encodeName(_request.folder) + '\0'},
     };
-    QDBusMessage call = QDBusMessage::createMethodCall(kPortal, kPortalPath,
-                                                       u"org.freedesktop.portal.FileChooser"_s, u"OpenFile"_s);
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        kPortal, kPortalPath, u"org.freedesktop.portal.FileChooser"_s, u"OpenFile"_s);
     call << parentHandle(_request.parent) << _request.title << options;
     _portalAnswers.start();
     auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call), this);
@@ -135,7 +147,8 @@ void DesktopFolderChooser::leavePortal()
     _portalAnswers.stop();
     const QString request = std::exchange(_portalRequest, QString());
     QDBusConnection bus = QDBusConnection::sessionBus();
-    bus.disconnect(kPortal, request, kRequestInterface, u"Response"_s, this, SLOT(portalResponded(uint, QVariantMap)));
+    bus.disconnect(kPortal, request, kRequestInterface, u"Response"_s, this,
+                   SLOT(portalResponded(uint, QVariantMap)));
     bus.send(QDBusMessage::createMethodCall(kPortal, request, kRequestInterface, u"Close"_s));
 }
 

@@ -6,14 +6,15 @@
 #include <QtCore/QPointer>
 #include <QtCore/QTimer>
 #include <QtCore/QVariantMap>
+#include <QtDBus/QDBusServiceWatcher>
 
 class QDBusMessage;
 class QFileDialog;
 
 namespace ferrobank {
 
-/// Asks the desktop's portal, which shows the desktop's own dialog; without one, or when it does not answer, Qt's
-/// dialog.
+/// Asks the desktop's portal, which shows the desktop's own dialog; without one, or when it does not answer,
+/// Qt's dialog.
 class DesktopFolderChooser : public QObject, public FolderChooser {
     Q_OBJECT
 
@@ -35,6 +36,7 @@ private:
     std::function<void(QString)> _chosen; ///< set while a dialog is open
     QString _portalRequest;               ///< object path, while the portal is asked
     QTimer _portalAnswers;
+    QDBusServiceWatcher _portalEnd;
     QPointer<QFileDialog> _dialog;
     unsigned _count = 0;
 };

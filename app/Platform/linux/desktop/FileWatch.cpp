@@ -1,18 +1,18 @@
 #include "Platform/linux/desktop/FileWatch.h"
 
+#include <sys/inotify.h>
+#include <unistd.h>
+
 #include <cstring>
 #include <system_error>
 #include <utility>
-
-#include <sys/inotify.h>
-#include <unistd.h>
 
 namespace ferrobank {
 
 namespace {
 
-constexpr uint32_t kEvents = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_CLOSE_WRITE | IN_ATTRIB |
-                             IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
+constexpr uint32_t kEvents = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_CLOSE_WRITE |
+                             IN_ATTRIB | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
 
 /// The folder to watch for a file, and the entry in it that leads to the file: the file itself, or the first
 /// folder on the way to it that is missing.
@@ -29,7 +29,9 @@ std::pair<std::filesystem::path, std::string> watchPoint(const std::filesystem::
 } // namespace
 
 FileWatch::FileWatch(std::vector<std::filesystem::path> files, std::function<void()> touched)
-    : _files(std::move(files)), _touched(std::move(touched)), _inotify(inotify_init1(IN_CLOEXEC | IN_NONBLOCK))
+    : _files(std::move(files)),
+      _touched(std::move(touched)),
+      _inotify(inotify_init1(IN_CLOEXEC | IN_NONBLOCK))
 {
     if (_inotify < 0) {
         return;

@@ -14,8 +14,8 @@ namespace ferrobank {
 
 /// Follows single files, there or not, in folders that may come and go, through inotify. Main thread.
 ///
-/// `touched` is called from the event loop after one of the files may have appeared, gone, moved or changed. A
-/// system that gives no watches leaves it silent.
+/// `touched` is called from the event loop after one of the files may have appeared, gone, moved or changed.
+/// A system that gives no watches leaves it silent.
 class FileWatch {
 public:
     FileWatch(std::vector<std::filesystem::path> files, std::function<void()> touched);

@@ -10,8 +10,8 @@
 
 namespace ferrobank {
 
-/// What the menu shows is all kept in files here, the state of a service included: the service manager reads unit
-/// files and the links that enable or mask them whenever it is asked.
+/// What the menu shows is all kept in files here, the state of a service included: the service manager reads
+/// unit files and the links that enable or mask them whenever it is asked.
 class LinuxSystemChanges : public SystemChanges {
     Q_OBJECT
 

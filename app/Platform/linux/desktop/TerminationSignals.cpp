@@ -2,14 +2,14 @@
 
 #include <QtCore/QSocketNotifier>
 
+#include <sys/eventfd.h>
+#include <unistd.h>
+
 #include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
 #include <utility>
-
-#include <sys/eventfd.h>
-#include <unistd.h>
 
 namespace ferrobank {
 
@@ -35,7 +35,7 @@ public:
         : _requested(std::move(requested)), _readable(open(), QSocketNotifier::Read)
     {
         QObject::connect(&_readable, &QSocketNotifier::activated, &_readable, [this] { take(); });
-        struct sigaction action {};
+        struct sigaction action{};
         action.sa_handler = noteSignal;
         action.sa_flags = SA_RESTART;
         for (size_t index = 0; index < kSignals.size(); ++index) {

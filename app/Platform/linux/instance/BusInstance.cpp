@@ -46,7 +46,8 @@ struct BusInstanceCalls {
         return sd_bus_message_exit_container(call) >= 0;
     }
 
-    static int carryOut(sd_bus_message* call, void* instance, const InstanceRequest& request, sd_bus_error* error)
+    static int carryOut(sd_bus_message* call, void* instance, const InstanceRequest& request,
+                        sd_bus_error* error)
     {
         const SingleInstance::Handler& handler = static_cast<BusInstance*>(instance)->_handler;
         if (!handler || !handler(request)) {
@@ -111,7 +112,8 @@ SingleInstance::Role BusInstance::claim(const InstanceRequest& request)
     if (result == -EEXIST) {
         return forward(request);
     }
-    // -EALREADY: the name was taken on this connection before. A bus that refuses names leaves us alone on it.
+    // -EALREADY: the name was taken on this connection before. A bus that refuses names leaves us alone on
+    // it.
     return Role::First;
 }
 
@@ -124,7 +126,8 @@ SingleInstance::Role BusInstance::forward(const InstanceRequest& request)
 {
     sd_bus_message* raw = nullptr;
     if (sd_bus_message_new_method_call(_bus.get(), &raw, kName, kPath, kInterface,
-                                       request.action.isEmpty() ? "Activate" : "ActivateAction") < 0) {
+                                       request.action.isEmpty() ? "Activate" : "ActivateAction") < 0)
+    {
         return Role::Unanswered;
     }
     const BusMessage call(raw);
@@ -139,7 +142,7 @@ SingleInstance::Role BusInstance::forward(const InstanceRequest& request)
     }
     sd_bus_message_close_container(raw);
     return sd_bus_call(_bus.get(), raw, kAnswerTimeoutMicroseconds, nullptr, nullptr) >= 0 ? Role::Forwarded
-                                                                                          : Role::Unanswered;
+                                                                                           : Role::Unanswered;
 }
 
 } // namespace ferrobank

@@ -2,6 +2,13 @@
 
 #include <QtCore/QList>
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
@@ -9,13 +16,6 @@
 #include <string>
 #include <thread>
 #include <utility>
-
-#include <fcntl.h>
-#include <sys/file.h>
-#include <sys/socket.h>
-#include <sys/stat.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 namespace ferrobank {
 
@@ -51,7 +51,7 @@ bool sameUser(int socket)
 
 bool privateToUser(const std::filesystem::path& folder)
 {
-    struct stat info {};
+    struct stat info{};
     return lstat(folder.c_str(), &info) == 0 && S_ISDIR(info.st_mode) && info.st_uid == getuid() &&
            (info.st_mode & (S_IRWXG | S_IRWXO)) == 0;
 }
@@ -59,9 +59,9 @@ bool privateToUser(const std::filesystem::path& folder)
 } // namespace
 
 SocketInstance::SocketInstance(std::filesystem::path folder)
-    : _socketFile(folder / "org.ferrobank.Ferrobank.socket"), _lockFile(folder / "org.ferrobank.Ferrobank.lock")
-{
-}
+    : _socketFile(folder / "org.ferrobank.Ferrobank.socket"),
+      _lockFile(folder / "org.ferrobank.Ferrobank.lock")
+{}
 
 std::filesystem::path SocketInstance::runtimeFolder()
 {
@@ -126,7 +126,9 @@ SingleInstance::Role SocketInstance::forward(const InstanceRequest& request) con
     const timeval timeout{std::chrono::seconds(kAnswerTimeout).count(), 0};
     setsockopt(connection.number(), SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
     const QByteArray line = (request.action + u'\t' + request.activationToken).toUtf8() + '\n';
-    if (send(connection.number(), line.constData(), static_cast<size_t>(line.size()), MSG_NOSIGNAL) != line.size()) {
+    if (send(connection.number(), line.constData(), static_cast<size_t>(line.size()), MSG_NOSIGNAL) !=
+        line.size())
+    {
         return Role::Unanswered;
     }
     char answer[16] = {};
@@ -142,8 +144,9 @@ void SocketInstance::accept()
     }
     const int number = socket.number();
     auto readable = std::make_unique<QSocketNotifier>(number, QSocketNotifier::Read);
-    QObject::connect(readable.get(), &QSocketNotifier::activated, readable.get(), [this, number] { read(number); },
-                     Qt::QueuedConnection);
+    QObject::connect(
+        readable.get(), &QSocketNotifier::activated, readable.get(), [this, number] { read(number); },
+        Qt::QueuedConnection);
     _callers.emplace(number, Caller{std::move(socket), std::move(readable), {}});
 }
 

@@ -12,16 +12,16 @@
 
 namespace ferrobank {
 
-/// For sessions without a bus: the running program holds a lock on a file in the runtime folder and listens on a
-/// socket beside it. A request is one line, the action and the token with a tab between them; the answer is the line
-/// "done" or "unknown". Only the same user gets through.
+/// For sessions without a bus: the running program holds a lock on a file in the runtime folder and listens
+/// on a socket beside it. A request is one line, the action and the token with a tab between them; the answer
+/// is the line "done" or "unknown". Only the same user gets through.
 class SocketInstance : public SingleInstance {
 public:
     /// `folder` is private to the user and exists.
     explicit SocketInstance(std::filesystem::path folder);
 
-    /// $XDG_RUNTIME_DIR, or a private folder of the user's below the temporary folder, made if needed. Empty when
-    /// there is neither.
+    /// $XDG_RUNTIME_DIR, or a private folder of the user's below the temporary folder, made if needed. Empty
+    /// when there is neither.
     static std::filesystem::path runtimeFolder();
 
     Role claim(const InstanceRequest& request) override;

@@ -8,9 +8,9 @@
 
 namespace ferrobank {
 
-/// The tray icon for panels of the older kind, which embed a small X11 window. The toolkit follows such panels as
-/// they come and go. Main thread; to be made only when the session bus has no place for an item, since the toolkit
-/// decides once which kind it makes.
+/// The tray icon for panels of the older kind, which embed a small X11 window. The toolkit follows such
+/// panels as they come and go. Main thread; to be made only when the session bus has no place for an item,
+/// since the toolkit decides once which kind it makes.
 class ClassicTrayItem : public StatusItem {
     Q_OBJECT
 

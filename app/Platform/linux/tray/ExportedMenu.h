@@ -12,8 +12,8 @@ namespace ferrobank {
 
 struct ExportedMenuCalls;
 
-/// A menu on the session bus for a host to draw: the interface com.canonical.dbusmenu, version 3, as the hosts of
-/// status notifier items use it. Main thread. The menu is one level deep.
+/// A menu on the session bus for a host to draw: the interface com.canonical.dbusmenu, version 3, as the
+/// hosts of status notifier items use it. Main thread. The menu is one level deep.
 class ExportedMenu {
 public:
     struct Handlers {

@@ -10,8 +10,8 @@
 
 namespace ferrobank {
 
-/// The tray icon on whatever panel there is: an item on the session bus from the start, and an icon of the older
-/// kind as long as no panel on the bus has taken the item. Main thread.
+/// The tray icon on whatever panel there is: an item on the session bus from the start, and an icon of the
+/// older kind as long as no panel on the bus has taken the item. Main thread.
 class LinuxStatusItem : public StatusItem {
     Q_OBJECT
 

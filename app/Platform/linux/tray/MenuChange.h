@@ -8,7 +8,7 @@ namespace ferrobank {
 
 /// What a host that shows one list of entries has to be told so that it shows another. Plain value.
 struct MenuChange {
-    bool order = false;       ///< entries came, went or moved
+    bool order = false;      ///< entries came, went or moved
     QList<int> changed = {}; ///< ids that stay, but look different
 
     [[nodiscard]] bool none() const { return !order && changed.isEmpty(); }

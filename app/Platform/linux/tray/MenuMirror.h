@@ -9,7 +9,8 @@
 
 namespace ferrobank {
 
-/// Shows entries in a QMenu with as few changes as possible: an entry that stays keeps its action. Main thread.
+/// Shows entries in a QMenu with as few changes as possible: an entry that stays keeps its action. Main
+/// thread.
 class MenuMirror : public QObject {
     Q_OBJECT
 

@@ -2,10 +2,10 @@
 
 #include <QtCore/QMetaObject>
 
+#include <unistd.h>
+
 #include <cstring>
 #include <utility>
-
-#include <unistd.h>
 
 namespace ferrobank {
 
@@ -21,7 +21,8 @@ int appendPixmaps(sd_bus_message* message, const std::vector<TrayPixmap>& pixmap
     for (const TrayPixmap& pixmap : pixmaps) {
         sd_bus_message_open_container(message, 'r', "iiay");
         sd_bus_message_append(message, "ii", pixmap.width, pixmap.height);
-        sd_bus_message_append_array(message, 'y', pixmap.argb.constData(), static_cast<size_t>(pixmap.argb.size()));
+        sd_bus_message_append_array(message, 'y', pixmap.argb.constData(),
+                                    static_cast<size_t>(pixmap.argb.size()));
         sd_bus_message_close_container(message);
     }
     return sd_bus_message_close_container(message);
@@ -42,7 +43,10 @@ struct StatusNotifierItemCalls {
         return sd_bus_reply_method_return(call, "");
     }
 
-    static int ignore(sd_bus_message* call, void*, sd_bus_error*) { return sd_bus_reply_method_return(call, ""); }
+    static int ignore(sd_bus_message* call, void*, sd_bus_error*)
+    {
+        return sd_bus_reply_method_return(call, "");
+    }
 
     static int provideToken(sd_bus_message* call, void* item, sd_bus_error*)
     {
@@ -54,12 +58,14 @@ struct StatusNotifierItemCalls {
         return sd_bus_reply_method_return(call, "");
     }
 
-    static int property(sd_bus*, const char*, const char*, const char* name, sd_bus_message* reply, void* data,
-                        sd_bus_error*)
+    static int property(sd_bus*, const char*, const char*, const char* name, sd_bus_message* reply,
+                        void* data, sd_bus_error*)
     {
         const StatusNotifierItem& item = self(data);
         const auto is = [name](const char* other) { return std::strcmp(name, other) == 0; };
-        const auto text = [reply](const std::string& words) { return sd_bus_message_append(reply, "s", words.c_str()); };
+        const auto text = [reply](const std::string& words) {
+            return sd_bus_message_append(reply, "s", words.c_str());
+        };
         if (is("Category")) {
             return text("SystemServices");
         }
@@ -82,8 +88,8 @@ struct StatusNotifierItemCalls {
             return text(item._icon.themePath());
         }
         if (is("IconPixmap") || is("AttentionIconPixmap")) {
-            return appendPixmaps(reply, item._icon.pixmaps(is("IconPixmap") ? item.shape()
-                                                                           : TrayIcon::Shape::NeedsAttention));
+            return appendPixmaps(
+                reply, item._icon.pixmaps(is("IconPixmap") ? item.shape() : TrayIcon::Shape::NeedsAttention));
         }
         if (is("OverlayIconPixmap")) {
             return appendPixmaps(reply, {});
@@ -138,7 +144,9 @@ struct StatusNotifierItemCalls {
     static int hostTold(sd_bus_message* reply, void* item, sd_bus_error*)
     {
         int present = 0;
-        if (sd_bus_message_is_method_error(reply, nullptr) == 0 && sd_bus_message_read(reply, "v", "b", &present) >= 0) {
+        if (sd_bus_message_is_method_error(reply, nullptr) == 0 &&
+            sd_bus_message_read(reply, "v", "b", &present) >= 0)
+        {
             self(item).setTaken(present != 0);
         }
         return 0;
@@ -180,13 +188,16 @@ const sd_bus_vtable StatusNotifierItemCalls::table[] = {
 };
 
 StatusNotifierItem::StatusNotifierItem(SessionBus& bus, TrayIcon icon)
-    : _bus(bus), _icon(std::move(icon)), _name("org.kde.StatusNotifierItem-" + std::to_string(getpid()) + "-1"),
+    : _bus(bus),
+      _icon(std::move(icon)),
+      _name("org.kde.StatusNotifierItem-" + std::to_string(getpid()) + "-1"),
       _menu(bus, {.aboutToShow = [this] { Q_EMIT aboutToShowMenu(); },
                   .chosen =
                       [this](int entry) {
                           const QString token = takeActivationToken();
                           QMetaObject::invokeMethod(
-                              this, [this, entry, token] { Q_EMIT chosen(entry, token); }, Qt::QueuedConnection);
+                              this, [this, entry, token] { Q_EMIT chosen(entry, token); },
+                              Qt::QueuedConnection);
                       }})
 {
     sd_bus_slot* slot = nullptr;
@@ -199,10 +210,11 @@ StatusNotifierItem::StatusNotifierItem(SessionBus& bus, TrayIcon icon)
                            StatusNotifierItemCalls::watcherChanged, nullptr, this);
     _watcherChanges.reset(slot);
     slot = nullptr;
-    sd_bus_add_match_async(_bus.get(), &slot,
-                           "type='signal',path='/StatusNotifierWatcher',interface='org.kde.StatusNotifierWatcher',"
-                           "member='StatusNotifierHostRegistered'",
-                           StatusNotifierItemCalls::hostArrived, nullptr, this);
+    sd_bus_add_match_async(
+        _bus.get(), &slot,
+        "type='signal',path='/StatusNotifierWatcher',interface='org.kde.StatusNotifierWatcher',"
+        "member='StatusNotifierHostRegistered'",
+        StatusNotifierItemCalls::hostArrived, nullptr, this);
     _hostArrivals.reset(slot);
     // Some hosts only take items that own a name of this form.
     sd_bus_request_name_async(_bus.get(), nullptr, _name.c_str(), 0, nullptr, nullptr);
@@ -243,7 +255,8 @@ void StatusNotifierItem::registerWithWatcher()
 {
     sd_bus_message* raw = nullptr;
     if (sd_bus_message_new_method_call(_bus.get(), &raw, kWatcher, kWatcherPath, kWatcher,
-                                       "RegisterStatusNotifierItem") < 0) {
+                                       "RegisterStatusNotifierItem") < 0)
+    {
         return;
     }
     const BusMessage call(raw);
@@ -259,8 +272,8 @@ void StatusNotifierItem::registerWithWatcher()
 void StatusNotifierItem::askForHost()
 {
     sd_bus_slot* slot = nullptr;
-    sd_bus_call_method_async(_bus.get(), &slot, kWatcher, kWatcherPath, "org.freedesktop.DBus.Properties", "Get",
-                             StatusNotifierItemCalls::hostTold, this, "ss", kWatcher,
+    sd_bus_call_method_async(_bus.get(), &slot, kWatcher, kWatcherPath, "org.freedesktop.DBus.Properties",
+                             "Get", StatusNotifierItemCalls::hostTold, this, "ss", kWatcher,
                              "IsStatusNotifierHostRegistered");
     _hostQuestion.reset(slot);
     _bus.flushFromLoop();

@@ -13,9 +13,9 @@ namespace ferrobank {
 
 struct StatusNotifierItemCalls;
 
-/// The tray icon as an item of the interface org.kde.StatusNotifierItem on the session bus, which today's panels
-/// draw. Registers itself with the watcher now and each time a watcher appears, so that it does not matter when,
-/// or how often, the panel starts. Main thread.
+/// The tray icon as an item of the interface org.kde.StatusNotifierItem on the session bus, which today's
+/// panels draw. Registers itself with the watcher now and each time a watcher appears, so that it does not
+/// matter when, or how often, the panel starts. Main thread.
 class StatusNotifierItem : public StatusItem {
     Q_OBJECT
 

@@ -16,8 +16,9 @@ struct TrayPixmap {
     QByteArray argb;
 };
 
-/// The looks of the tray icon: names for hosts that know icon themes and colour symbolic icons for their panel,
-/// pictures for all others. Plain value; the pictures are read when they are first asked for, and then kept.
+/// The looks of the tray icon: names for hosts that know icon themes and colour symbolic icons for their
+/// panel, pictures for all others. Plain value; the pictures are read when they are first asked for, and then
+/// kept.
 class TrayIcon {
 public:
     enum class Shape { Normal, NeedsAttention };

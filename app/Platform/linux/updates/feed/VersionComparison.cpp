@@ -1,6 +1,7 @@
 #include "Platform/linux/updates/feed/VersionComparison.h"
 
 #include <algorithm>
+#include <compare>
 #include <vector>
 
 namespace ferrobank::updates {
@@ -87,7 +88,7 @@ std::weak_ordering compareParts(const Part& left, const Part& right)
 
 } // namespace
 
-std::weak_ordering compareVersions(std::string_view left, std::string_view right)
+int compareVersions(std::string_view left, std::string_view right)
 {
     Version a = read(left);
     Version b = read(right);
@@ -98,7 +99,7 @@ std::weak_ordering compareVersions(std::string_view left, std::string_view right
     for (std::size_t i = 0; i < numbers; ++i) {
         const auto order = compareNumbers(a.numbers[i], b.numbers[i]);
         if (order != 0)
-            return order;
+            return order < 0 ? -1 : 1;
     }
 
     const std::size_t parts = std::max(a.rest.size(), b.rest.size());
@@ -108,9 +109,9 @@ std::weak_ordering compareVersions(std::string_view left, std::string_view right
     for (std::size_t i = 0; i < parts; ++i) {
         const auto order = compareParts(a.rest[i], b.rest[i]);
         if (order != 0)
-            return order;
+            return order < 0 ? -1 : 1;
     }
-    return std::weak_ordering::equivalent;
+    return 0;
 }
 
 } // namespace ferrobank::updates

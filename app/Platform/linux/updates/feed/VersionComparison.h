@@ -1,6 +1,5 @@
 #pragma once
 
-#include <compare>
 #include <string_view>
 
 namespace ferrobank::updates {
@@ -11,7 +10,9 @@ namespace ferrobank::updates {
 /// after filling the shorter list with zeros ("1.0" equals "1.0.0"); then part by part: a number is newer
 /// than a separator, a separator newer than the end of the text, and the end newer than a string ("1.0rc" is
 /// older than "1.0"). Numbers may be of any length. Equal does not mean the same text.
-[[nodiscard]] std::weak_ordering compareVersions(std::string_view left, std::string_view right);
+///
+/// Negative when `left` is older, positive when it is newer, 0 when they are equal.
+[[nodiscard]] int compareVersions(std::string_view left, std::string_view right);
 
 [[nodiscard]] inline bool isNewer(std::string_view left, std::string_view right)
 {

@@ -2,6 +2,7 @@
 
 #include "Platform/linux/SmallFile.h"
 #include "Platform/linux/updates/UpdateFailure.h"
+#include "Platform/linux/updates/feed/VersionComparison.h"
 #include "Platform/linux/updates/install/Files.h"
 #include "Platform/linux/updates/install/Trial.h"
 
@@ -51,14 +52,28 @@ Staging::Staging(InstallPlace place) : _place(std::move(place)), _folder(_place.
 std::optional<StagedUpdate> Staging::staged() const
 {
     const auto text = readSmallFile(_folder / "staged.json", kLongestRecord);
-    std::error_code ignored;
-    if (!text || trialAt(_place) || !fs::is_directory(next() / _place.root.filename(), ignored))
+    if (!text || trialAt(_place))
         return std::nullopt;
     const auto json = nlohmann::json::parse(*text, nullptr, false);
     if (!json.is_object() || !json.contains("version") || !json["version"].is_string() ||
         !json.contains("item") || !json["item"].is_string())
         return std::nullopt;
-    return StagedUpdate{json["version"], json["item"]};
+    StagedUpdate update{json["version"], json["item"]};
+    const std::vector<std::string> bad = badVersionsAt(_place);
+    std::error_code ignored;
+    if (std::ranges::find(bad, update.version) != bad.end() || !fs::is_directory(rootOf(update), ignored))
+        return std::nullopt;
+    return update;
+}
+
+fs::path Staging::rootOf(const StagedUpdate& update) const
+{
+    const fs::path name = _place.root.filename();
+    const fs::path moved = _place.home / "versions" / update.version / name;
+    std::error_code ignored;
+    const bool wasMoved =
+        _place.layout == InstallPlace::Layout::Versioned && fs::is_directory(moved, ignored);
+    return wasMoved ? moved : next() / name;
 }
 
 void Staging::beginUnpacking()
@@ -87,6 +102,11 @@ void Staging::forgetStaged()
     // The record first: without it the folder is garbage, with it the folder must be complete.
     ::unlink((_folder / "staged.json").c_str());
     clearNext();
+}
+
+void Staging::noteInstalled()
+{
+    ::unlink((_folder / "staged.json").c_str());
 }
 
 void Staging::clearNext()
@@ -125,7 +145,11 @@ void Staging::removeLeftovers(const std::string& installedVersion)
         ::unlink((_folder / name).c_str());
     if (trialAt(_place))
         return;
-    if (!staged()) {
+    ::rmdir((_folder / "probe-one").c_str());
+    ::rmdir((_folder / "probe-other").c_str());
+    // An update that was installed, or overtaken by hand, does not wait any more.
+    const auto update = staged();
+    if (!update || !isNewer(update->version, installedVersion)) {
         ::unlink((_folder / "staged.json").c_str());
         if (!isRunningFrom(next()))
             removeAll(next());
@@ -141,10 +165,13 @@ void Staging::removeOldVersions(const std::string& installedVersion)
     const fs::path current = fs::canonical(_place.home / "current", error);
     if (error)
         return;
+    const auto waiting = staged();
     for (fs::directory_iterator it(_place.home / "versions", error), end; !error && it != end;
          it.increment(error))
     {
-        const bool isInUse = it->path() == current || it->path().filename() == installedVersion;
+        const std::string version = it->path().filename();
+        const bool isInUse =
+            it->path() == current || version == installedVersion || (waiting && version == waiting->version);
         if (!isInUse && fs::is_directory(it->path() / _place.root.filename()) && !isRunningFrom(it->path()))
             removeAll(it->path());
     }

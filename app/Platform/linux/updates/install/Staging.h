@@ -40,6 +40,10 @@ public:
 
     [[nodiscard]] std::optional<StagedUpdate> staged() const;
 
+    /// The application's folder of a staged version: in next, or already moved to its place among the
+    /// versions.
+    [[nodiscard]] std::filesystem::path rootOf(const StagedUpdate& update) const;
+
     /// Makes the folder to unpack into, empty and private. Throws UpdateFailure.
     void beginUnpacking();
 
@@ -47,6 +51,7 @@ public:
     void record(const StagedUpdate& update);
 
     void forgetStaged();
+    void noteInstalled(); ///< what was staged is installed now; what lies in its place is the old version
     void discardDownload();
 
     /// Removes what no step needs any more: half-unpacked versions, a kept old version that nothing runs

@@ -1,5 +1,6 @@
 #include "Platform/linux/updates/install/Trial.h"
 
+#include "Platform/linux/PropertyList.h"
 #include "Platform/linux/SmallFile.h"
 #include "Platform/linux/updates/UpdateFailure.h"
 #include "Platform/linux/updates/install/Files.h"
@@ -31,19 +32,30 @@ fs::path badFile(const InstallPlace& place)
     return place.staging() / "bad";
 }
 
-bool isSameFile(const fs::path& one, const char* other)
+struct FileIdentity {
+    dev_t device = 0;
+    ino_t number = 0;
+
+    friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
+};
+
+FileIdentity identityOf(const fs::path& file)
 {
-    struct stat a{};
-    struct stat b{};
-    return ::stat(one.c_str(), &a) == 0 && ::stat(other, &b) == 0 && a.st_ino == b.st_ino &&
-           a.st_dev == b.st_dev;
+    struct stat facts{};
+    return ::stat(file.c_str(), &facts) == 0 ? FileIdentity{facts.st_dev, facts.st_ino} : FileIdentity{};
+}
+
+std::string versionOf(const fs::path& bundle)
+{
+    const auto list = PropertyList::read(bundle / "Contents/Info.plist");
+    return list ? list->text("CFBundleVersion").value_or(std::string()) : std::string();
 }
 
 /// The installed executable, when it is not the running one.
-std::optional<fs::path> otherExecutable(const InstallPlace& place)
+std::optional<fs::path> otherExecutable(const InstallPlace& place, const FileIdentity& running)
 {
     const fs::path executable = place.stableRoot() / "Contents/Linux/Ferrobank";
-    if (!isSameFile(executable, "/proc/self/exe") && ::access(executable.c_str(), X_OK) == 0)
+    if (identityOf(executable) != running && ::access(executable.c_str(), X_OK) == 0)
         return executable;
     return std::nullopt;
 }
@@ -132,26 +144,29 @@ void takeBack(const InstallPlace& place, const Trial& trial)
     if (const int error = writeFileAtomically(badFile(place), text); error != 0)
         throw systemFailure(Problem::Install, "The failed update could not be noted", error);
     swapVersions(place, trial.previous);
+    // What is staged now is the failed version.
+    ::unlink((place.staging() / "staged.json").c_str());
     forgetTrial(place);
 }
 
-std::optional<fs::path> executableToRunInstead(const InstallPlace& place, std::string_view ownVersion)
+std::optional<fs::path> executableToRunInstead(const InstallPlace& place, const fs::path& self)
 {
     if (::access(trialFile(place).c_str(), F_OK) != 0)
         return std::nullopt;
+    const FileIdentity running = identityOf(self);
     try {
         // Waits for an installation that is under way, which may replace the files under this very process.
         const StagingLock lock(place, kInstallTakes);
-        if (const auto other = otherExecutable(place))
+        if (const auto other = otherExecutable(place, running))
             return other;
         if (const auto trial = trialAt(place))
-            actOn(place, *trial, ownVersion);
+            actOn(place, *trial, versionOf(place.root));
         else
             forgetTrial(place);
     } catch (const UpdateFailure& failure) {
         std::fprintf(stderr, "Ferrobank: %s\n", failure.what());
     }
-    return otherExecutable(place);
+    return otherExecutable(place, running);
 }
 
 } // namespace ferrobank::updates

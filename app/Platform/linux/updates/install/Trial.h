@@ -50,7 +50,7 @@ void takeBack(const InstallPlace& place, const Trial& trial);
 /// loaded: counts the start of a version on trial and takes it back when it has failed too often. Returns the
 /// executable to run instead of this one, if another version is installed now. Costs one failed look-up when
 /// nothing is on trial. Never fails: what cannot be read or written leaves this version running.
-[[nodiscard]] std::optional<std::filesystem::path> executableToRunInstead(const InstallPlace& place,
-                                                                          std::string_view ownVersion);
+[[nodiscard]] std::optional<std::filesystem::path>
+executableToRunInstead(const InstallPlace& place, const std::filesystem::path& self = "/proc/self/exe");
 
 } // namespace ferrobank::updates

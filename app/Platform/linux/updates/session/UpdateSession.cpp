@@ -183,6 +183,10 @@ void UpdateSession::act(UpdateAction action)
 {
     switch (action) {
     case UpdateAction::Close:
+        if (_view.stage == Stage::Preparing || _view.stage == Stage::Installing) {
+            leaveWindow();
+            return;
+        }
         _waitsForQuit = _waitsForQuit || _view.stage == Stage::Ready;
         finishSession();
         return;
@@ -261,15 +265,20 @@ void UpdateSession::showIfInWindow()
     }
 }
 
+void UpdateSession::leaveWindow()
+{
+    _manner = Manner::Background;
+    if (std::exchange(_windowIsOpen, false))
+        _with.interface.close();
+}
+
 void UpdateSession::finishSession()
 {
     _run.reset();
-    _manner = Manner::Background;
+    leaveWindow();
     _view.stage = _hasStaged ? Stage::Ready : Stage::Idle;
     if (_hasStaged)
         _view.offer = _stagedOffer;
-    if (std::exchange(_windowIsOpen, false))
-        _with.interface.close();
     planNextCheck();
 }
 

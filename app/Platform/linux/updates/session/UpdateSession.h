@@ -94,6 +94,7 @@ private:
     void setAutomaticDownload(bool automatic);
 
     void enter(Stage stage);
+    void leaveWindow(); ///< what runs goes on without it
     void finishSession();
     void showIfInWindow();
     [[nodiscard]] QJsonObject request() const;

@@ -46,7 +46,8 @@ public:
 
     void begin(const AnswerHead& head);
     void append(const QByteArray& bytes);
-    void save(); ///< what has come so far survives a power failure
+    void save();   ///< what has come so far survives a power failure
+    void giveUp(); ///< keeps what is worth resuming
 
 private:
     void startAgain();
@@ -166,6 +167,16 @@ void ArchiveFile::save()
     _lastNote = std::chrono::steady_clock::now();
 }
 
+void ArchiveFile::giveUp()
+{
+    if (_have > 0) {
+        save();
+        return;
+    }
+    ::unlink(_order.note.c_str());
+    ::unlink(_order.file.c_str());
+}
+
 void downloadOnce(const DownloadOrder& order, const NetworkRules& rules)
 {
     ArchiveFile file(order);
@@ -182,7 +193,7 @@ void downloadOnce(const DownloadOrder& order, const NetworkRules& rules)
             order.url, headers, rules, [&file](const AnswerHead& head) { file.begin(head); },
             [&file](const QByteArray& bytes) { file.append(bytes); });
     } catch (const UpdateFailure&) {
-        file.save();
+        file.giveUp();
         throw;
     }
     file.save();

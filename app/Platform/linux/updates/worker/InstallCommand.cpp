@@ -26,7 +26,7 @@ StagedUpdate expectStaged(const WorkerContext& context, const Staging& staging)
     const auto update = staging.staged();
     if (!update)
         throw UpdateFailure(Problem::Install, "There is no update waiting.");
-    const Manifest manifest = checkTree(staging.next() / context.place.root.filename());
+    const Manifest manifest = checkTree(staging.rootOf(*update));
     const bool isRight = manifest.version == update->version &&
                          manifest.product == context.configuration.product.toStdString() &&
                          isNewer(manifest.version, context.configuration.version.toStdString());
@@ -74,6 +74,7 @@ void runInstall(const WorkerContext& context)
             throw;
         }
         swapAfterQuit(context, update, static_cast<pid_t>(context.request[u"pid"_s].toInteger()));
+        staging.noteInstalled();
     }
     context.tell(QJsonObject{{u"event"_s, u"installed"_s}});
     if (context.request[u"relaunch"_s].toBool())

@@ -1,5 +1,4 @@
 #include "Platform/linux/updates/UpdateFailure.h"
-#include "Platform/linux/updates/feed/VersionComparison.h"
 #include "Platform/linux/updates/install/Staging.h"
 #include "Platform/linux/updates/install/StagingLock.h"
 #include "Platform/linux/updates/install/Trial.h"
@@ -26,12 +25,7 @@ void cleanUp(const WorkerContext& context)
         return;
     try {
         const StagingLock lock(context.place, std::chrono::milliseconds(0));
-        Staging staging(context.place);
-        const auto update = staging.staged();
-        // An update that was overtaken, by hand for example, is of no use any more.
-        if (update && !isNewer(update->version, context.configuration.version.toStdString()))
-            staging.forgetStaged();
-        staging.removeLeftovers(context.configuration.version.toStdString());
+        Staging(context.place).removeLeftovers(context.configuration.version.toStdString());
     } catch (const UpdateFailure& failure) {
         if (failure.problem() != Problem::Busy)
             throw;

@@ -1,0 +1,86 @@
+import QtQuick
+import Ferrobank
+
+/// The update window: one prompt of the updater, from the question to the bar to the result.
+AppFrame {
+    id: prompts
+
+    required property UpdatePresenter presenter
+
+    title: qsTr("Software Update")
+    contentWidth: 480
+
+    Page {
+        width: parent.width
+        height: implicitHeight
+        title: prompts.presenter.headline
+        subtitle: prompts.presenter.text
+
+        Column {
+            width: parent.width
+            spacing: 16
+            visible: prompts.presenter.busy || prompts.presenter.notes !== "" || prompts.presenter.automaticTitle !== ""
+
+            ProgressLine {
+                objectName: "progress"
+                width: parent.width
+                visible: prompts.presenter.busy
+                value: prompts.presenter.progress
+                label: prompts.presenter.headline
+            }
+
+            ReleaseNotes {
+                objectName: "notes"
+                width: parent.width
+                visible: prompts.presenter.notes !== ""
+                text: prompts.presenter.notes
+            }
+
+            Toggle {
+                objectName: "automatic"
+                width: parent.width
+                visible: prompts.presenter.automaticTitle !== ""
+                text: prompts.presenter.automaticTitle
+                checked: prompts.presenter.automatic
+                onToggled: prompts.presenter.automatic = checked
+            }
+        }
+
+        buttons: Repeater {
+            id: choices
+
+            model: prompts.presenter.buttons
+
+            PushButton {
+                required property int index
+                required property string modelData
+
+                readonly property bool last: index === choices.count - 1
+
+                objectName: "button" + index
+                text: modelData
+                look: last ? PushButton.Prominent : PushButton.Bordered
+                defaultAction: last
+                onClicked: prompts.presenter.press(index)
+            }
+        }
+    }
+
+    Shortcut {
+        sequence: "Escape"
+        autoRepeat: false
+        onActivated: prompts.close()
+    }
+
+    Announcer {
+        id: announcer
+    }
+
+    Connections {
+        target: prompts.presenter
+
+        function onButtonsChanged(): void {
+            announcer.say(prompts.presenter.headline + " " + prompts.presenter.text);
+        }
+    }
+}
