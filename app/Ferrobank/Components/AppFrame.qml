@@ -61,7 +61,7 @@ Window {
         radius: Theme.composited ? 12 : 0
         color: Theme.window
         border.width: 1
-        border.color: Theme.hairline
+        border.color: Theme.edge
 
         LayoutMirroring.enabled: Theme.mirrored
         LayoutMirroring.childrenInherit: true

@@ -28,7 +28,8 @@ void scale(QFont& font, const QFont& base, double factor)
 } // namespace
 
 Theme::Theme(QObject* parent)
-    : QObject(parent), _base(QGuiApplication::font()),
+    : QObject(parent),
+      _base(QGuiApplication::font()),
       _displayHeight(QGuiApplication::primaryScreen()->availableGeometry().height())
 {
     qGuiApp->installEventFilter(this);

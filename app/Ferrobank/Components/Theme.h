@@ -36,6 +36,7 @@ class Theme : public QObject {
     Q_PROPERTY(QColor control READ control NOTIFY colorsChanged)
     Q_PROPERTY(QColor border READ border NOTIFY colorsChanged)
     Q_PROPERTY(QColor hairline READ hairline NOTIFY colorsChanged)
+    Q_PROPERTY(QColor edge READ edge NOTIFY colorsChanged)
     Q_PROPERTY(QColor track READ track NOTIFY colorsChanged)
     Q_PROPERTY(QColor bar READ bar NOTIFY colorsChanged)
     Q_PROPERTY(QColor accent READ accent NOTIFY colorsChanged)
@@ -104,6 +105,8 @@ public:
     [[nodiscard]] QColor border() const { return _palette.border; }
 
     [[nodiscard]] QColor hairline() const { return _palette.hairline; }
+
+    [[nodiscard]] QColor edge() const { return _palette.edge; }
 
     [[nodiscard]] QColor track() const { return _palette.track; }
 

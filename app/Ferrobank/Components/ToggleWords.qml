@@ -9,30 +9,34 @@ Item {
     required property string caption
     required property font font
 
-    implicitWidth: Math.max(title.implicitWidth, hint.implicitWidth)
-    implicitHeight: title.height + (hint.visible ? hint.height + 2 : 0)
+    implicitWidth: column.implicitWidth
+    implicitHeight: column.implicitHeight
 
-    BodyText {
-        id: title
+    Column {
+        id: column
 
         width: parent.width
         // Alone, the title stands level with the middle of the switch.
-        y: hint.visible ? 0 : (words.height - height) / 2
-        text: words.text
-        font: words.font
-        opacity: words.enabled ? 1 : 0.5
-        Accessible.ignored: true
-    }
+        y: hint.visible ? 0 : (parent.height - height) / 2
+        spacing: 2
 
-    BodyText {
-        id: hint
+        BodyText {
+            width: parent.width
+            text: words.text
+            font: words.font
+            opacity: words.enabled ? 1 : 0.5
+            Accessible.ignored: true
+        }
 
-        width: parent.width
-        y: title.height + 2
-        visible: text !== ""
-        text: words.caption
-        font: Theme.callout
-        color: Theme.secondary
-        Accessible.ignored: true
+        BodyText {
+            id: hint
+
+            width: parent.width
+            visible: text !== ""
+            text: words.caption
+            font: Theme.callout
+            color: Theme.secondary
+            Accessible.ignored: true
+        }
     }
 }
