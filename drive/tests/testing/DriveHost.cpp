@@ -19,6 +19,7 @@
 #include <unistd.h>
 #include <xxhash.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <fstream>
@@ -178,7 +179,12 @@ pid_t DriveHost::servingProcess() const
 
 void DriveHost::endServing(int signal)
 {
-    for (const pid_t process : ownProcesses()) {
+    std::vector<pid_t> processes = ownProcesses();
+    if (_started != 0 && std::find(processes.begin(), processes.end(), _started) == processes.end()) {
+        processes.push_back(_started);
+    }
+    _started = 0;
+    for (const pid_t process : processes) {
         ::kill(process, signal);
         EXPECT_TRUE(waitUntil([process] { return hasLetGo(process); }, std::chrono::seconds(30)))
             << "a serving process does not end";
@@ -293,7 +299,8 @@ pid_t DriveHost::startServing()
     const FileDescriptor nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
     const std::filesystem::path errorFile = _folder.path() / "serve-errors";
     const FileDescriptor errors(::open(errorFile.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600));
-    return spawn({"serve"}, nothing.get(), errors.get());
+    _started = spawn({"serve"}, nothing.get(), errors.get());
+    return _started;
 }
 
 bool DriveHost::serveAndMount()

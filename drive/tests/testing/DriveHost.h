@@ -78,6 +78,8 @@ private:
     Paths _paths;
     std::map<std::string, std::string> _variables;
     std::filesystem::path _program;
+    /// The last one started, which may not have become the tool yet.
+    pid_t _started = 0;
 };
 
 /// Waits until the condition holds; false when it does not within the limit.
