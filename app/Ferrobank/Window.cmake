@@ -18,11 +18,13 @@ qt_add_qml_module(
     VERSION 1.0
     RESOURCE_PREFIX /qt/qml
     NO_PLUGIN
+    DEPENDENCIES QtQuick
     QML_FILES
         Main.qml
         Components/Announcer.qml
         Components/AppFrame.qml
         Components/BodyText.qml
+        Components/ButtonFace.qml
         Components/FocusRing.qml
         Components/HeadingText.qml
         Components/Notice.qml
@@ -36,7 +38,9 @@ qt_add_qml_module(
         Components/SettingsRow.qml
         Components/Spinner.qml
         Components/ThinScrollBar.qml
+        Components/SwitchTrack.qml
         Components/Toggle.qml
+        Components/ToggleWords.qml
         Components/WindowControl.qml
         Dashboard/Dashboard.qml
         Dashboard/Header.qml

@@ -19,7 +19,9 @@ public:
     public:
         explicit Waiter(std::shared_ptr<State> state) : _state(std::move(state)) {}
 
-        Waiter(const Waiter&) = delete;
+        /// Another waiter for the same event: GCC 12 copies what is awaited before it suspends.
+        Waiter(const Waiter& other) : _state(other._state) {}
+
         Waiter& operator=(const Waiter&) = delete;
 
         ~Waiter()

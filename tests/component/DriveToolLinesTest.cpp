@@ -41,7 +41,10 @@ QCoro::Task<QString> firstLine(CLI* cli)
 {
     const QStringList none;
     auto stream = cli->lines(none);
-    auto line = co_await stream.begin();
+    const auto line = co_await stream.begin();
+    if (line == stream.end()) {
+        co_return u"nothing"_s;
+    }
     co_return *line;
 }
 
@@ -185,8 +188,11 @@ private Q_SLOTS:
         ProcessFacts::resetPeak();
         const ProcessFacts before;
         QCOMPARE(linesOf(cli), (QStringList{u"before"_s, u"after"_s}));
-        QVERIFY2(ProcessFacts().peakBytes - before.residentBytes < kBound,
-                 qPrintable(QString::number(ProcessFacts().peakBytes - before.residentBytes)));
+        const qint64 grown = ProcessFacts().peakBytes - before.residentBytes;
+        if (!ProcessFacts::freedMemoryIsReused()) {
+            QSKIP("this build keeps freed memory, to find late uses of it");
+        }
+        QVERIFY2(grown < kBound, qPrintable(QString::number(grown)));
     }
 
     void manyLinesKeepTheEventLoopTurning()
@@ -229,6 +235,7 @@ private Q_SLOTS:
         ProcessCLI cli(tool.path());
         const auto lines = std::make_shared<QStringList>();
         auto reading = readLines(&cli, {u"check"_s}, lines);
+        QTRY_COMPARE(tool.processes().size(), 1);
         const QStringList args{u"status"_s};
         QCOMPARE(await(cli.run(args)), u"fine"_s);
         ::kill(static_cast<pid_t>(tool.processes().first()), SIGKILL);

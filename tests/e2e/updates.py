@@ -2,6 +2,7 @@
 """The running program replaces itself: silently from the tray, only after the window has closed, and on request."""
 import functools
 import http.server
+import json
 import os
 import pathlib
 import re
@@ -75,6 +76,19 @@ def running(executable):
     return found
 
 
+def running_below(folder, name):
+    """The processes that run a file of this name in any copy below the folder, removed ones included."""
+    found = []
+    for process in pathlib.Path("/proc").iterdir():
+        try:
+            target = os.readlink(process / "exe") if process.name.isdigit() else ""
+        except OSError:
+            continue
+        if target.startswith(f"{folder}/") and target.removesuffix(" (deleted)").endswith(f"/{name}"):
+            found.append(int(process.name))
+    return found
+
+
 class Updates(program.ProgramTest):
     @classmethod
     def setUpClass(cls):
@@ -83,9 +97,9 @@ class Updates(program.ProgramTest):
         (cls.folder / "public").mkdir(parents=True)
         cls.server = Server(cls.folder)
         cls.addClassCleanup(cls.server.close)
-        cls.key = cls.folder / "key"
+        cls.signing_key = cls.folder / "key"
         cls.public_key = subprocess.run(
-            [str(RELEASE), "new-key", str(cls.key)], check=True, capture_output=True, text=True
+            [str(RELEASE), "new-key", str(cls.signing_key)], check=True, capture_output=True, text=True
         ).stdout.strip()
         cls.published = False
 
@@ -100,8 +114,10 @@ class Updates(program.ProgramTest):
         self.addCleanup(self.end_all)
 
     def end_all(self):
-        for process in running(self.program.executable):
-            os.kill(process, signal.SIGKILL)
+        # The worker first: it starts a version again that ends without a reason.
+        for name in ("Helpers/ferrobank-update", "Linux/Ferrobank"):
+            for process in running_below(self.desktop.folder, name):
+                os.kill(process, signal.SIGKILL)
         for name in (".local", ".config"):
             shutil.rmtree(self.desktop.home / name / "state", ignore_errors=True)
         program.remove(self.staging)
@@ -131,7 +147,7 @@ class Updates(program.ProgramTest):
         notes.write_text("* The drive starts faster.\n* Two mistakes are corrected.\n")
         public = self.folder / "public"
         subprocess.run(
-            [str(RELEASE), "publish", "--key", str(self.key), "--bundle", str(bundle), "--out", str(public),
+            [str(RELEASE), "publish", "--key", str(self.signing_key), "--bundle", str(bundle), "--out", str(public),
              "--feed", str(public / "feed.xml"), "--feed-url", self.server.address("feed.xml"),
              "--archive-url", self.server.address(f"Ferrobank_{version}.tar.zst"), "--notes", str(notes),
              "--page", "https://example.org/ferrobank"],
@@ -165,8 +181,22 @@ class Updates(program.ProgramTest):
         self.assertEqual(seen, [])
         arguments = pathlib.Path(f"/proc/{new}/cmdline").read_bytes().split(b"\0")
         self.assertEqual(arguments[1:3], [b"--relaunched-from", b"1.0.0"])
-        wait_until(lambda: sorted(os.listdir(self.staging)) == ["lock"], "the old version is removed", 40)
+        wait_until(lambda: not (self.staging / "trial").exists(), "the new version has reported that it works", 40)
         self.assertEqual(running(self.program.executable), [new])
+        self.assert_old_version_goes_with_its_last_process()
+
+    def assert_old_version_goes_with_its_last_process(self):
+        """The drive's server still runs from the old files; they stay exactly as long as it does."""
+        self.assertTrue((self.staging / "next").exists())
+        subprocess.run([str(self.program.executable), "--unregister"], check=True, capture_output=True)
+        worker = self.program.bundle / "Contents/Helpers/ferrobank-update"
+        request = json.dumps({"bundle": str(self.program.bundle)})
+
+        def is_clean():
+            subprocess.run([str(worker), "status"], input=request, text=True, check=True, capture_output=True)
+            return os.listdir(self.staging) == ["lock"]
+
+        wait_until(is_clean, "the old version is removed", 30)
 
     def test_update_waits_while_the_window_is_open_and_is_installed_when_it_closes(self):
         self.program.start()

@@ -24,7 +24,8 @@ namespace ferrobank {
 #ifdef FERROBANK_TEST_SANITIZED
     return __sanitizer_get_current_allocated_bytes();
 #else
-    return ::mallinfo2().uordblks;
+    const struct mallinfo2 info = ::mallinfo2();
+    return info.uordblks + info.hblkhd;
 #endif
 }
 

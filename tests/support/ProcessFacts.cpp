@@ -49,6 +49,17 @@ void ProcessFacts::resetPeak()
     }
 }
 
+bool ProcessFacts::freedMemoryIsReused()
+{
+#if defined(__SANITIZE_ADDRESS__)
+    return false;
+#elif defined(__has_feature)
+    return !__has_feature(address_sanitizer);
+#else
+    return true;
+#endif
+}
+
 int ProcessFacts::children() const
 {
     const QByteArray ids = contents(u"/proc/self/task/%1/children"_s.arg(::getpid())).simplified();

@@ -17,6 +17,9 @@ struct ProcessFacts {
 
     static void resetPeak();
 
+    /// False under the address sanitizer, where peaks mean nothing.
+    [[nodiscard]] static bool freedMemoryIsReused();
+
     /// Children that exist now, zombies included.
     [[nodiscard]] int children() const;
 

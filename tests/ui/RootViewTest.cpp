@@ -92,6 +92,25 @@ private Q_SLOTS:
         QVERIFY(end.y() <= window().height());
     }
 
+    void aContentTallerThanTheDisplayScrollsToTheFocus()
+    {
+        useMountedDrive();
+        openOn(Screen::dashboard());
+        Theme::of(*stage().mainWindow().engine()).setDisplayHeight(300);
+        QTRY_COMPARE(window().contentItem()->height(), 300.0);
+        QQuickItem& button = item(u"uninstall"_s);
+        const auto bottom = [&button] { return button.mapToScene(QPointF(0, button.height())).y(); };
+        QVERIFY(bottom() > 300);
+        button.forceActiveFocus(Qt::TabFocusReason);
+        QVERIFY(bottom() <= 300);
+        press(Qt::Key_PageUp);
+        press(Qt::Key_PageUp);
+        QVERIFY(bottom() > 300);
+        press(Qt::Key_PageDown);
+        press(Qt::Key_PageDown);
+        QVERIFY(bottom() <= 300);
+    }
+
     void closingFromTheChecksKeepsTheScreen()
     {
         useMountedDrive();

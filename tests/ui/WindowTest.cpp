@@ -2,6 +2,8 @@
 
 #include "Ferrobank/Components/Theme.h"
 
+#include <QtCore/QRegularExpression>
+
 #include <functional>
 
 namespace ferrobank {
@@ -34,6 +36,8 @@ QQuickItem* findIn(QQuickItem* root, const QString& objectName)
 
 void WindowTest::init()
 {
+    // A complaint from our own QML is a failure, whatever the test is about.
+    QTest::failOnWarning(QRegularExpression(QStringLiteral("qrc:/qt/qml/Ferrobank")));
     _stage = std::make_unique<Stage>();
 }
 

@@ -227,7 +227,7 @@ private Q_SLOTS:
 
     void deepNestingNeitherCrashesNorCounts()
     {
-        constexpr int kDeep = 1'000'000;
+        constexpr int kDeep = 200'000;
         const QByteArray nested = QByteArray(kDeep, '[') + QByteArray(kDeep, ']');
         QVERIFY(DriveStatus::decode(statusWith("extra", nested)).installed);
         QVERIFY_THROWS_EXCEPTION(DecodingError,

@@ -15,7 +15,7 @@ Window {
 
     readonly property int wantedWidth: contentWidth + 2 * padding
     readonly property int wantedHeight: Math.max(1, Math.min(holder.height + 2 * padding,
-        Screen.desktopAvailableHeight))
+        Theme.displayHeight))
 
     flags: Qt.Window | Qt.FramelessWindowHint | Qt.WindowMinimizeButtonHint | Qt.WindowCloseButtonHint
     color: Theme.composited ? "transparent" : Theme.window
@@ -40,8 +40,20 @@ Window {
     }
 
     Shortcut {
-        sequences: [StandardKey.Close]
+        sequence: "Ctrl+W"
         onActivated: frame.close()
+    }
+
+    Shortcut {
+        sequence: "PgUp"
+        enabled: scroller.interactive
+        onActivated: scroller.scrollBy(-0.9 * scroller.height)
+    }
+
+    Shortcut {
+        sequence: "PgDown"
+        enabled: scroller.interactive
+        onActivated: scroller.scrollBy(0.9 * scroller.height)
     }
 
     Rectangle {
@@ -49,9 +61,9 @@ Window {
         radius: Theme.composited ? 12 : 0
         color: Theme.window
         border.width: 1
-        border.color: Theme.hairline
+        border.color: Theme.edge
 
-        LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
+        LayoutMirroring.enabled: Theme.mirrored
         LayoutMirroring.childrenInherit: true
 
         DragHandler {
@@ -91,6 +103,10 @@ Window {
                 anchors.rightMargin: 3
             }
 
+            function scrollBy(distance: real): void {
+                contentY = Math.max(0, Math.min(contentHeight - height, contentY + distance));
+            }
+
             function reveal(item: Item): void {
                 if (!interactive || !item) {
                     return;
@@ -105,9 +121,9 @@ Window {
                 const place = item.mapToItem(scroller.contentItem, 0, 0, item.width, item.height);
                 const margin = frame.padding;
                 if (place.y - margin < contentY) {
-                    contentY = Math.max(0, place.y - margin);
+                    scrollBy(place.y - margin - contentY);
                 } else if (place.y + place.height + margin > contentY + height) {
-                    contentY = Math.min(contentHeight - height, place.y + place.height + margin - height);
+                    scrollBy(place.y + place.height + margin - height - contentY);
                 }
             }
 

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Window
 import Ferrobank
 
 /// The frame of a screen: a title block, the content, and a row of buttons at the trailing edge.
@@ -13,7 +12,7 @@ Item {
     property alias buttons: actions.data
 
     /// The height that the content may take before the window outgrows the display.
-    readonly property real roomForContent: Math.max(200, Screen.desktopAvailableHeight - 2 * Theme.pagePadding
+    readonly property real roomForContent: Math.max(200, Theme.displayHeight - 2 * Theme.pagePadding
         - head.height - actions.height - 2 * blocks.spacing)
 
     implicitHeight: blocks.implicitHeight

@@ -46,8 +46,9 @@ QColor meaning(const QColor& color, const QColor& panel, const QColor& window)
     return text;
 }
 
-void fillAccents(Palette& palette, const QColor& accent)
+void fillDerived(Palette& palette, const QColor& accent)
 {
+    palette.edge = composed(palette.hairline, palette.window);
     const QColor panel = composed(palette.panel, palette.window);
     const QColor white(Qt::white);
     const QColor ink(0x1d, 0x1d, 0x1f);
@@ -106,7 +107,7 @@ Palette Palette::light(const QColor& accent)
     palette.primary = QColor(0x1d, 0x1d, 0x1f);
     palette.secondary = QColor(0x60, 0x61, 0x68);
     palette.tertiary = QColor(0x8c, 0x8d, 0x94);
-    fillAccents(palette, accent);
+    fillDerived(palette, accent);
     const QColor panel = composed(palette.panel, palette.window);
     palette.green = meaning(QColor(0x1e, 0x85, 0x42), panel, palette.window);
     palette.orange = meaning(QColor(0xb8, 0x5c, 0x00), panel, palette.window);
@@ -128,7 +129,7 @@ Palette Palette::dark(const QColor& accent)
     palette.primary = QColor(0xf3, 0xf3, 0xf5);
     palette.secondary = QColor(0xab, 0xac, 0xb3);
     palette.tertiary = QColor(0x82, 0x83, 0x8a);
-    fillAccents(palette, accent);
+    fillDerived(palette, accent);
     const QColor panel = composed(palette.panel, palette.window);
     palette.green = meaning(QColor(0x3d, 0xcb, 0x68), panel, palette.window);
     palette.orange = meaning(QColor(0xff, 0xa0, 0x2e), panel, palette.window);

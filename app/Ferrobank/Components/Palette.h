@@ -25,6 +25,7 @@ struct Palette {
     QColor control;  ///< a bordered button at rest
     QColor border;   ///< hairline around controls
     QColor hairline; ///< between rows
+    QColor edge;     ///< hairline around a window, opaque
     QColor track;    ///< a switch that is off
     QColor bar;      ///< the solid part of the savings bar
     QColor accent;   ///< fill of prominent controls

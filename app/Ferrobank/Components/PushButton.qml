@@ -54,34 +54,12 @@ T.Button {
         onActivated: button.clicked()
     }
 
-    contentItem: Item {
-        implicitWidth: face.implicitWidth
-        implicitHeight: face.implicitHeight
-
-        Row {
-            id: face
-
-            anchors.centerIn: parent
-            spacing: button.spacing
-
-            SymbolImage {
-                anchors.verticalCenter: parent.verticalCenter
-                visible: button.symbol !== ""
-                name: button.symbol
-                color: button.ink
-                width: 15
-                height: 15
-            }
-
-            Text {
-                anchors.verticalCenter: parent.verticalCenter
-                text: button.text
-                font: button.font
-                color: button.ink
-                textFormat: Text.PlainText
-                Accessible.ignored: true
-            }
-        }
+    contentItem: ButtonFace {
+        symbol: button.symbol
+        text: button.text
+        font: button.font
+        ink: button.ink
+        spacing: button.spacing
     }
 
     background: Rectangle {

@@ -6,6 +6,7 @@ Item {
     id: settingsRow
 
     default property alias content: line.data
+    readonly property alias spacing: line.spacing
     /// Whether a hairline parts it from the row above.
     property bool divided: false
 

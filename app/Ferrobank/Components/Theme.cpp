@@ -3,6 +3,7 @@
 #include <QtCore/QEvent>
 #include <QtGui/QFontDatabase>
 #include <QtGui/QGuiApplication>
+#include <QtGui/QScreen>
 #include <QtQml/QQmlEngine>
 
 #include <cmath>
@@ -26,7 +27,10 @@ void scale(QFont& font, const QFont& base, double factor)
 
 } // namespace
 
-Theme::Theme(QObject* parent) : QObject(parent), _base(QGuiApplication::font())
+Theme::Theme(QObject* parent)
+    : QObject(parent),
+      _base(QGuiApplication::font()),
+      _displayHeight(QGuiApplication::primaryScreen()->availableGeometry().height())
 {
     qGuiApp->installEventFilter(this);
     rebuild();
@@ -74,6 +78,19 @@ void Theme::setComposited(bool composited)
         _composited = composited;
         Q_EMIT compositedChanged();
     }
+}
+
+void Theme::setDisplayHeight(int height)
+{
+    if (_displayHeight != height) {
+        _displayHeight = height;
+        Q_EMIT displayHeightChanged();
+    }
+}
+
+bool Theme::isMirrored() const
+{
+    return QGuiApplication::isRightToLeft();
 }
 
 void Theme::rebuild()
@@ -129,6 +146,9 @@ bool Theme::eventFilter(QObject* watched, QEvent* event)
     if (watched == qGuiApp && event->type() == QEvent::ApplicationFontChange) {
         _base = QGuiApplication::font();
         Q_EMIT fontsChanged();
+    }
+    if (watched == qGuiApp && event->type() == QEvent::ApplicationLayoutDirectionChange) {
+        Q_EMIT mirroredChanged();
     }
     return QObject::eventFilter(watched, event);
 }

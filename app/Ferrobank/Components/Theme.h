@@ -13,7 +13,7 @@ namespace ferrobank {
 
 /// Colours, fonts and motion for every component: one object an engine. Main thread.
 ///
-/// Knows nothing of the desktop: whoever owns the engine feeds `dark`, `accent` and `reducedMotion`. Fonts
+/// Knows little of the desktop: whoever owns the engine feeds what can be set. Fonts
 /// follow the application's font, and keep their proportions to it: title 22, title 2 17, headline 13,
 /// callout 12 and caption 10 to a body of 13.
 class Theme : public QObject {
@@ -24,6 +24,10 @@ class Theme : public QObject {
     Q_PROPERTY(bool dark READ isDark WRITE setDark NOTIFY colorsChanged)
     Q_PROPERTY(bool reducedMotion READ reducedMotion WRITE setReducedMotion NOTIFY reducedMotionChanged)
     Q_PROPERTY(bool composited READ composited WRITE setComposited NOTIFY compositedChanged)
+    /// The language reads from right to left.
+    Q_PROPERTY(bool mirrored READ isMirrored NOTIFY mirroredChanged)
+    /// The height that a window may have on its display, in device-independent pixels.
+    Q_PROPERTY(int displayHeight READ displayHeight WRITE setDisplayHeight NOTIFY displayHeightChanged)
     /// Around every screen, in device-independent pixels.
     Q_PROPERTY(int pagePadding READ pagePadding CONSTANT)
 
@@ -32,6 +36,7 @@ class Theme : public QObject {
     Q_PROPERTY(QColor control READ control NOTIFY colorsChanged)
     Q_PROPERTY(QColor border READ border NOTIFY colorsChanged)
     Q_PROPERTY(QColor hairline READ hairline NOTIFY colorsChanged)
+    Q_PROPERTY(QColor edge READ edge NOTIFY colorsChanged)
     Q_PROPERTY(QColor track READ track NOTIFY colorsChanged)
     Q_PROPERTY(QColor bar READ bar NOTIFY colorsChanged)
     Q_PROPERTY(QColor accent READ accent NOTIFY colorsChanged)
@@ -83,6 +88,12 @@ public:
 
     void setComposited(bool composited);
 
+    [[nodiscard]] bool isMirrored() const;
+
+    [[nodiscard]] int displayHeight() const { return _displayHeight; }
+
+    void setDisplayHeight(int height);
+
     [[nodiscard]] int pagePadding() const { return 32; }
 
     [[nodiscard]] QColor window() const { return _palette.window; }
@@ -94,6 +105,8 @@ public:
     [[nodiscard]] QColor border() const { return _palette.border; }
 
     [[nodiscard]] QColor hairline() const { return _palette.hairline; }
+
+    [[nodiscard]] QColor edge() const { return _palette.edge; }
 
     [[nodiscard]] QColor track() const { return _palette.track; }
 
@@ -150,6 +163,8 @@ Q_SIGNALS:
     void fontsChanged();
     void reducedMotionChanged();
     void compositedChanged();
+    void displayHeightChanged();
+    void mirroredChanged();
 
 private:
     [[nodiscard]] QFont styled(double size, QFont::Weight weight) const;
@@ -161,6 +176,7 @@ private:
     bool _dark = false;
     bool _reducedMotion = false;
     bool _composited = false;
+    int _displayHeight = 0;
 };
 
 /// Makes the names of the tints known to QML.

@@ -28,12 +28,14 @@ Panel {
         }
 
         SettingsRow {
+            id: command
+
             width: parent.width
             divided: true
 
             Column {
                 anchors.verticalCenter: parent.verticalCenter
-                width: parent.width - (install.visible ? install.width + parent.spacing : 0)
+                width: parent.width - (install.visible ? install.width + command.spacing : 0)
                 spacing: 2
 
                 BodyText {

@@ -1,3 +1,5 @@
+// Components written inside a file see the ids around them; the linter of Qt 6.4 does not know that.
+// qmllint disable unqualified
 import QtQuick
 import QtQuick.Templates as T
 import Ferrobank
@@ -24,15 +26,33 @@ ListView {
     topMargin: interactive ? 6 : 0
     bottomMargin: topMargin
     keyNavigationEnabled: false
+    // A list that scrolls can be reached and scrolled by keyboard, whether or not its rows have buttons.
+    activeFocusOnTab: interactive
+
+    Keys.onUpPressed: scrollBy(-48)
+    Keys.onDownPressed: scrollBy(48)
+    Keys.onPressed: event => {
+        event.accepted = event.key === Qt.Key_PageUp || event.key === Qt.Key_PageDown;
+        if (event.accepted)
+            scrollBy((event.key === Qt.Key_PageUp ? -0.9 : 0.9) * height);
+    }
+
+    function scrollBy(distance: real): void {
+        contentY = Math.max(originY - topMargin,
+            Math.min(originY + contentHeight + bottomMargin - height, contentY + distance));
+    }
 
     Accessible.role: Accessible.List
 
     T.ScrollBar.vertical: ThinScrollBar {}
 
     delegate: CheckRow {
+        required property int index
+
         width: ListView.view.width - (list.interactive ? 14 : 0)
         offersFixes: list.offersFixes
         onFixWanted: action => list.fixWanted(action)
+        onFocused: list.positionViewAtIndex(index, ListView.Contain)
         onAnnouncement: words => announcer.say(words)
     }
 
@@ -40,6 +60,12 @@ ListView {
         enabled: !Theme.reducedMotion
 
         NumberAnimation { property: "opacity"; from: 0; to: 1; duration: 150 }
+    }
+
+    FocusRing {
+        parent: list
+        shown: list.activeFocus
+        around: 4
     }
 
     Announcer {

@@ -20,6 +20,8 @@ Item {
     readonly property real firstLine: icon.y + icon.height / 2
 
     signal fixWanted(int action)
+    /// The keyboard came to the row's button.
+    signal focused()
     signal announcement(string words)
 
     implicitHeight: Math.ceil(Math.max(words.y + words.implicitHeight, remedy.visible ? remedy.y + remedy.height : 0,
@@ -29,7 +31,7 @@ Item {
 
     Accessible.role: Accessible.ListItem
     Accessible.name: qsTr("%1: %2").arg(row.title).arg(row.stateWord)
-    Accessible.description: [row.detail, row.fix].filter(text => text !== "").join(" ")
+    Accessible.description: row.detail + (row.hasDetail && row.hasFix ? " " : "") + row.fix
 
     StateIcon {
         id: icon
@@ -91,5 +93,6 @@ Item {
         compact: true
         text: CheckRowStyle.fixTitle(row.action)
         onClicked: row.fixWanted(row.action)
+        onActiveFocusChanged: if (activeFocus) row.focused()
     }
 }

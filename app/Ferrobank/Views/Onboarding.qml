@@ -1,3 +1,5 @@
+// Components written inside a file see the ids around them; the linter of Qt 6.4 does not know that.
+// qmllint disable unqualified
 import QtQuick
 import Ferrobank
 

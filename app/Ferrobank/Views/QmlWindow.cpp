@@ -7,6 +7,7 @@
 #include <QtCore/QEvent>
 #include <QtGui/QGuiApplication>
 #include <QtGui/QPalette>
+#include <QtGui/QScreen>
 #include <QtQuick/QQuickWindow>
 
 namespace ferrobank {
@@ -100,7 +101,9 @@ void QmlWindow::build()
     if (_window == nullptr) {
         qFatal("The window's QML could not be loaded");
     }
-    followDesktop(Theme::of(*_engine));
+    Theme& theme = Theme::of(*_engine);
+    followDesktop(theme);
+    followDisplay(theme);
     connect(_window, &QWindow::visibleChanged, this, [this](bool visible) {
         if (!visible) {
             QMetaObject::invokeMethod(this, &QmlWindow::tearDown, Qt::QueuedConnection);
@@ -141,6 +144,21 @@ void QmlWindow::followDesktop(Theme& theme)
     _desktop->settle();
     applyDesktop(theme);
     connect(_desktop.get(), &DesktopAppearance::changed, &theme, [this, &theme] { applyDesktop(theme); });
+}
+
+void QmlWindow::followDisplay(Theme& theme)
+{
+    const auto measure = [this, &theme] {
+        theme.setDisplayHeight(_window->screen()->availableGeometry().height());
+    };
+    const auto follow = [measure, &theme](QScreen* screen) {
+        if (screen != nullptr) {
+            connect(screen, &QScreen::availableGeometryChanged, &theme, measure);
+            measure();
+        }
+    };
+    connect(_window, &QWindow::screenChanged, &theme, follow);
+    follow(_window->screen());
 }
 
 void QmlWindow::applyDesktop(Theme& theme) const

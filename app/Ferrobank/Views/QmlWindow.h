@@ -45,6 +45,7 @@ private:
     void build();
     void tearDown();
     void followDesktop(Theme& theme);
+    void followDisplay(Theme& theme);
     void applyDesktop(Theme& theme) const;
     bool eventFilter(QObject* watched, QEvent* event) override;
 

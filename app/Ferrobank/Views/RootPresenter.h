@@ -15,8 +15,9 @@ class RootPresenter : public QObject {
     QML_ELEMENT
     QML_UNCREATABLE("made by the window")
 
-    Q_PROPERTY(ferrobank::Screen::Kind screen READ screen NOTIFY screenChanged)
-    Q_PROPERTY(ferrobank::Screen::Step step READ step NOTIFY screenChanged)
+    /// One of AppScreen.Kind.
+    Q_PROPERTY(int screen READ screen NOTIFY screenChanged)
+    Q_PROPERTY(int step READ step NOTIFY screenChanged)
     Q_PROPERTY(int contentWidth READ contentWidth NOTIFY screenChanged)
     Q_PROPERTY(ferrobank::DashboardPresenter* dashboard READ dashboard CONSTANT)
     Q_PROPERTY(ferrobank::OnboardingPresenter* onboarding READ onboarding CONSTANT)

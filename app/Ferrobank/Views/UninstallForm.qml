@@ -38,6 +38,8 @@ Page {
                 }
 
                 SettingsRow {
+                    id: folderRow
+
                     objectName: "folderRow"
                     width: parent.width
                     visible: form.presenter.copiesFiles
@@ -46,7 +48,7 @@ Page {
                     SelectableText {
                         objectName: "folder"
                         anchors.verticalCenter: parent.verticalCenter
-                        width: parent.width - choose.width - parent.spacing
+                        width: parent.width - choose.width - folderRow.spacing
                         text: form.presenter.folder
                         color: Theme.secondary
                     }

@@ -3,7 +3,7 @@ import Ferrobank
 
 /// The update window: one prompt of the updater, from the question to the bar to the result.
 AppFrame {
-    id: update
+    id: prompts
 
     required property UpdatePresenter presenter
 
@@ -13,43 +13,43 @@ AppFrame {
     Page {
         width: parent.width
         height: implicitHeight
-        title: update.presenter.headline
-        subtitle: update.presenter.text
+        title: prompts.presenter.headline
+        subtitle: prompts.presenter.text
 
         Column {
             width: parent.width
             spacing: 16
-            visible: update.presenter.busy || update.presenter.notes !== "" || update.presenter.automaticTitle !== ""
+            visible: prompts.presenter.busy || prompts.presenter.notes !== "" || prompts.presenter.automaticTitle !== ""
 
             ProgressLine {
                 objectName: "progress"
                 width: parent.width
-                visible: update.presenter.busy
-                value: update.presenter.progress
-                label: update.presenter.headline
+                visible: prompts.presenter.busy
+                value: prompts.presenter.progress
+                label: prompts.presenter.headline
             }
 
             ReleaseNotes {
                 objectName: "notes"
                 width: parent.width
-                visible: update.presenter.notes !== ""
-                text: update.presenter.notes
+                visible: prompts.presenter.notes !== ""
+                text: prompts.presenter.notes
             }
 
             Toggle {
                 objectName: "automatic"
                 width: parent.width
-                visible: update.presenter.automaticTitle !== ""
-                text: update.presenter.automaticTitle
-                checked: update.presenter.automatic
-                onToggled: update.presenter.automatic = checked
+                visible: prompts.presenter.automaticTitle !== ""
+                text: prompts.presenter.automaticTitle
+                checked: prompts.presenter.automatic
+                onToggled: prompts.presenter.automatic = checked
             }
         }
 
         buttons: Repeater {
             id: choices
 
-            model: update.presenter.buttons
+            model: prompts.presenter.buttons
 
             PushButton {
                 required property int index
@@ -61,7 +61,7 @@ AppFrame {
                 text: modelData
                 look: last ? PushButton.Prominent : PushButton.Bordered
                 defaultAction: last
-                onClicked: update.presenter.press(index)
+                onClicked: prompts.presenter.press(index)
             }
         }
     }
@@ -69,7 +69,7 @@ AppFrame {
     Shortcut {
         sequence: "Escape"
         autoRepeat: false
-        onActivated: update.close()
+        onActivated: prompts.close()
     }
 
     Announcer {
@@ -77,10 +77,10 @@ AppFrame {
     }
 
     Connections {
-        target: update.presenter
+        target: prompts.presenter
 
         function onButtonsChanged(): void {
-            announcer.say(update.presenter.headline + " " + update.presenter.text);
+            announcer.say(prompts.presenter.headline + " " + prompts.presenter.text);
         }
     }
 }

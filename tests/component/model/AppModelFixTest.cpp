@@ -37,6 +37,21 @@ private Q_SLOTS:
         QVERIFY(isIdle());
     }
 
+    void settingsPagesOpenBesideAHangingPollAndARunningCheck()
+    {
+        start();
+        seam().cli.holdLines();
+        runChecks();
+        seam().cli.hold(FakeCLI::kStatus);
+        advance(5s);
+        fix(FixAction::LoginItems);
+        fix(FixAction::PrivacySettings);
+        fix(FixAction::StorageSettings);
+        QCOMPARE(seam().registry.calls, QStringList{u"open settings"_s});
+        QCOMPARE(seam().settingsPages.opened, (QList{SettingsPage::FilesAndFolders, SettingsPage::Storage}));
+        QVERIFY(model().checksRunning());
+    }
+
     void restartRunsTheToolWaitsForTheMountAndRunsTheChecks()
     {
         enableAgent();

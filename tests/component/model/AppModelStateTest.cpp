@@ -396,6 +396,18 @@ private Q_SLOTS:
         QVERIFY(!model().menuOpensAtLogin());
     }
 
+    void wishDuringAHangingPollStays()
+    {
+        start();
+        seam().cli.hold(FakeCLI::kStatus);
+        advance(5s);
+        model().setMenuOpensAtLogin(true);
+        seam().cli.answerStatus(mountedStatus());
+        QVERIFY(model().menuOpensAtLogin());
+        QCOMPARE(seam().registry.calls, QStringList{u"register login item"_s});
+        QCOMPARE(seam().registry.mainApp.lastSwitch, UserSwitch::Override); // the user's own click
+    }
+
     void refreshFollowsTheSystemWithoutChangingIt()
     {
         start();
@@ -456,6 +468,22 @@ private Q_SLOTS:
         QVERIFY(SetupChoices::staticMetaObject.property(1).writeOnGadget(&value, false));
         QVERIFY(model().setProperty("choices", QVariant::fromValue(value)));
         QVERIFY(model().choices().menuAtLogin && !model().choices().installCLI);
+    }
+
+    void screensReadTheModelThroughProperties()
+    {
+        seam().finishSetup();
+        create();
+        QCOMPARE(model().property("screen").value<Screen>(), Screen::dashboard());
+        QCOMPARE(model().property("setupTaskRows").value<CheckItemModel*>(), model().setupTaskRows());
+        QCOMPARE(model().property("checkRows").value<CheckItemModel*>(), model().checkRows());
+        for (const char* flag :
+             {"setupDone", "mountFailed", "checksRunning", "checksPassed", "menuOpensAtLogin"})
+        {
+            QCOMPARE(model().property(flag), QVariant(false));
+        }
+        QVERIFY(model().setProperty("menuOpensAtLogin", true));
+        QCOMPARE(seam().registry.calls, QStringList{u"register login item"_s});
     }
 
     // Setup record

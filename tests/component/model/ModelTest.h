@@ -12,7 +12,7 @@
 namespace ferrobank {
 
 /// Base of the model's tests: each test has a seam and a model of its own, and fails when a coroutine of the
-/// model outlives both.
+/// model outlives both, or when an operation throws.
 class ModelTest : public QObject {
     Q_OBJECT
 
@@ -89,17 +89,35 @@ protected:
 
 private Q_SLOTS:
 
-    void init() { _seam = std::make_unique<FakeSeam>(); }
+    void init()
+    {
+        _criticalMessages.clear();
+        _formerHandler = qInstallMessageHandler(noteCriticalMessages);
+        _seam = std::make_unique<FakeSeam>();
+    }
 
     void cleanup()
     {
         _model.reset();
         _seam.reset();
         letEventsIn();
+        qInstallMessageHandler(_formerHandler);
         QVERIFY2(_trace.expired(), "a coroutine of the model was lost");
+        QCOMPARE(_criticalMessages, QStringList()); // an exception escaped
     }
 
 private:
+    static void noteCriticalMessages(QtMsgType type, const QMessageLogContext& context, const QString& text)
+    {
+        if (type == QtCriticalMsg) {
+            _criticalMessages.append(text);
+        }
+        _formerHandler(type, context, text);
+    }
+
+    static inline QStringList _criticalMessages;
+    static inline QtMessageHandler _formerHandler = nullptr;
+
     std::unique_ptr<FakeSeam> _seam;
     std::optional<AppModel> _model;
     std::weak_ptr<const void> _trace; ///< of the model and its coroutines

@@ -33,7 +33,13 @@ CommandResult runCommand(const QString& program, const QStringList& arguments)
 
 PrivateSession::PrivateSession(Manager manager, const QString& user) : _folder(u"/tmp/session-XXXXXX"_s)
 {
-    QStringList arguments{u"up"_s, _folder.path(), u"--no-x"_s, u"--home"_s, home()};
+    QStringList arguments{u"up"_s,
+                          _folder.path(),
+                          u"--no-x"_s,
+                          u"--home"_s,
+                          home(),
+                          u"--with"_s,
+                          QString::number(QCoreApplication::applicationPid())};
     if (manager == Manager::None) {
         arguments << u"--no-systemd"_s;
     }

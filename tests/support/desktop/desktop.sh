@@ -17,6 +17,7 @@
 #   --no-systemd     plain dbus-daemon instead of a user service manager
 #   --no-x           no X server (and nothing that needs one): bus and service manager only
 #   --no-wm  --no-panel  --no-a11y
+#   --with PID       end with this process, should it end without "down"
 #   --wayland        headless sway + waybar instead of Xvfb + openbox + xfce4-panel
 #                    (sway refuses to run as root: combine with --user)
 #
@@ -38,7 +39,7 @@ cannot() {
 }
 
 usage() {
-    sed -n '2,25s/^# \{0,1\}//p' "$0"
+    sed -n '2,26s/^# \{0,1\}//p' "$0"
     exit 2
 }
 
@@ -302,6 +303,16 @@ write_environment() {
     } >"$D/env.sh"
 }
 
+# Brings the desktop down once the process is gone; ends by itself when the desktop is.
+follow() { # pid
+    local time
+    time=$(start_time "$1")
+    while [ -f "$D/state" ]; do
+        alive "$1" "$time" || exec "$0" down "$D"
+        sleep 1
+    done
+}
+
 clean_up_after() { # exit status of "up"
     [ "$1" = 0 ] || "$0" down "$D" >/dev/null 2>&1
     exit "$1"
@@ -311,7 +322,7 @@ clean_up_after() { # exit status of "up"
 
 up() {
     H_USER='' H_HOME='' H_DISPLAY='' H_A11Y=1 H_CG='' H_WL='' H_WAYLAND=0
-    local size=1280x800 systemd=1 x=1 wm=1 panel=1
+    local size=1280x800 systemd=1 x=1 wm=1 panel=1 owner=''
     while [ $# -gt 0 ]; do
         case $1 in
         --display) H_DISPLAY=$2 && shift ;;
@@ -323,6 +334,7 @@ up() {
         --no-wm) wm=0 ;;
         --no-panel) panel=0 ;;
         --no-a11y) H_A11Y=0 ;;
+        --with) owner=$2 && shift ;;
         --wayland) H_WAYLAND=1 ;;
         *) die "unknown option $1" ;;
         esac
@@ -366,6 +378,10 @@ up() {
     fi
     save
     write_environment
+    if [ -n "$owner" ]; then
+        (follow "$owner") >/dev/null 2>&1 </dev/null &
+        disown $!
+    fi
     echo "up: $D ${H_DISPLAY:+display :$H_DISPLAY}${H_WL:+$H_WL}"
 }
 

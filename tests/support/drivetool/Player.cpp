@@ -175,7 +175,9 @@ const std::map<std::string, std::function<void(const json&)>, std::less<>> kStep
 int play(const json& steps)
 {
     for (const json& step : steps) {
-        const auto& [name, value] = *step.items().begin();
+        const auto only = step.begin();
+        const std::string& name = only.key();
+        const json& value = only.value();
         if (name == "exit") {
             return value.get<int>();
         }

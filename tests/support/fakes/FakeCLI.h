@@ -59,7 +59,7 @@ public:
     /// Every argument list, in the order of the runs.
     [[nodiscard]] const QList<QStringList>& calls() const { return _calls; }
 
-    void forgetCalls() { _calls.clear(); }
+    void forgetCalls() { _calls = {}; }
 
     [[nodiscard]] int callsOf(const QStringList& args) const;
 

@@ -47,9 +47,9 @@ void FakeSeam::forgetCalls()
 {
     cli.forgetCalls();
     clock.forgetSleeps();
-    registry.calls.clear();
-    volumes.existenceQuestions.clear();
-    defaults.reads.clear();
+    registry.calls = {};
+    volumes.existenceQuestions = {};
+    defaults.reads = {};
 }
 
 void FakeSeam::removeLinkFolder()

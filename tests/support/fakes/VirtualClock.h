@@ -38,7 +38,7 @@ public:
     /// How long everybody who ever slept asked for, in order.
     [[nodiscard]] const QList<Milliseconds>& sleeps() const { return _sleeps; }
 
-    void forgetSleeps() { _sleeps.clear(); }
+    void forgetSleeps() { _sleeps = {}; }
 
 private:
     struct Sleeper {

@@ -1,4 +1,5 @@
 import QtQuick
+import QtQuick.Window
 import QtTest
 import Ferrobank
 
@@ -182,6 +183,35 @@ TestCase {
         last.forceActiveFocus(Qt.TabFocusReason);
         keyClick(Qt.Key_Return);
         compare(wishes.count, 1);
+    }
+
+    function test_theButtonThatGetsTheKeyboardScrollsIntoSight() {
+        for (let number = 0; number < 30; ++number)
+            add({ title: "Row " + number, hasAction: true });
+        const list = make({ maximumHeight: 200, offersFixes: true });
+        list.itemAtIndex(0).forceActiveFocus();
+        for (let step = 0; step < 20; ++step)
+            keyClick(Qt.Key_Tab);
+        const focused = test.Window.window.activeFocusItem;
+        compare(focused.objectName, "rowFix");
+        const place = focused.mapToItem(list, 0, 0);
+        verify(place.y >= -8 && place.y + focused.height <= list.height + 8);
+        verify(list.contentY > 0);
+    }
+
+    function test_aListWithoutButtonsScrollsByKeyboard() {
+        for (let number = 0; number < 60; ++number)
+            add({ title: "Row " + number });
+        const list = make({ maximumHeight: 200 });
+        list.forceActiveFocus(Qt.TabFocusReason);
+        const start = list.contentY;
+        keyClick(Qt.Key_Down);
+        verify(list.contentY > start);
+        keyClick(Qt.Key_PageDown);
+        verify(list.contentY > start + 150);
+        keyClick(Qt.Key_PageUp);
+        keyClick(Qt.Key_Up);
+        compare(list.contentY, start);
     }
 
     function test_longWordsWrap() {

@@ -1,0 +1,35 @@
+# What every target of the drive tool shares: the language, the warnings, the include root.
+
+add_library(drive_settings INTERFACE)
+target_compile_features(drive_settings INTERFACE cxx_std_20)
+target_include_directories(drive_settings INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_definitions(drive_settings INTERFACE _GNU_SOURCE _FILE_OFFSET_BITS=64)
+target_compile_options(drive_settings INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+
+# drive_library(NAME <target> SOURCES <files> [LINK <targets>]): a static library, or, where there are
+# no sources yet, an interface library of the same name.
+function(drive_library)
+    cmake_parse_arguments(PARSE_ARGV 0 arg "" "NAME" "SOURCES;LINK")
+    if(arg_SOURCES)
+        add_library(${arg_NAME} STATIC ${arg_SOURCES})
+        target_link_libraries(${arg_NAME} PUBLIC drive_settings ${arg_LINK})
+    else()
+        add_library(${arg_NAME} INTERFACE)
+        target_link_libraries(${arg_NAME} INTERFACE drive_settings ${arg_LINK})
+    endif()
+endfunction()
+
+# drive_test(NAME <name> SOURCES <files> [LINK <targets>] [LABELS <labels>] [TIMEOUT <seconds>]): one GoogleTest
+# program. It ends with 77 when the machine lacks something that all of it needs, and ctest then shows it as skipped.
+function(drive_test)
+    cmake_parse_arguments(PARSE_ARGV 0 arg "" "NAME;TIMEOUT" "SOURCES;LINK;LABELS")
+    add_executable(${arg_NAME} ${arg_SOURCES})
+    target_link_libraries(${arg_NAME} PRIVATE drive_settings ${arg_LINK} drive_testing GTest::gtest)
+    add_test(NAME drive.${arg_NAME} COMMAND ${arg_NAME})
+    if(NOT arg_TIMEOUT)
+        set(arg_TIMEOUT 120)
+    endif()
+    set_tests_properties(drive.${arg_NAME} PROPERTIES
+        SKIP_RETURN_CODE 77 TIMEOUT ${arg_TIMEOUT} LABELS "drive;${arg_LABELS}")
+endfunction()

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace ferrobank::drive {
+
+/// One row of `ferrobank check`. With JSON it is one object on a line; `action` is a remedy that the
+/// application knows: "restart", "login-items", "storage-settings".
+struct CheckRow {
+    enum class State { Running, Pass, Fail };
+
+    std::string id;
+    std::string title;
+    State state = State::Running;
+    std::optional<std::string> detail;
+    std::optional<std::string> fix;
+    std::optional<std::string> action;
+
+    [[nodiscard]] std::string toJson() const;
+    [[nodiscard]] std::string toText(bool colours) const;
+
+    [[nodiscard]] CheckRow passed(std::optional<std::string> words = std::nullopt) const;
+    [[nodiscard]] CheckRow failed(std::string words, std::string advice,
+                                  std::optional<std::string> remedy = std::nullopt) const;
+};
+
+} // namespace ferrobank::drive

@@ -1,0 +1,55 @@
+#include "commands/ServeCommand.h"
+
+#include "mounting/BackEndChoice.h"
+#include "platform/Failure.h"
+#include "serving/Server.h"
+
+#include <signal.h>
+#include <sys/stat.h>
+#include <systemd/sd-daemon.h>
+#include <unistd.h>
+
+#include <climits>
+#include <cstdlib>
+
+namespace ferrobank::drive {
+
+std::string ownPath()
+{
+    char path[PATH_MAX];
+    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);
+    return length > 0 ? std::string(path, static_cast<std::size_t>(length)) : std::string();
+}
+
+std::string ownVersion()
+{
+    return FERROBANK_VERSION;
+}
+
+int serve(const Paths& paths, const Log& log)
+{
+    ::signal(SIGPIPE, SIG_IGN);
+    ::umask(0077);
+    if (::chdir("/") != 0) {
+        throw Failure("Cannot leave the current folder.");
+    }
+    std::optional<Inheritance> inheritance;
+    if (const char* text = std::getenv(Inheritance::kVariable)) {
+        inheritance = Inheritance::fromText(text);
+        ::unsetenv(Inheritance::kVariable);
+    }
+    std::optional<Locks> locks = inheritance ? Locks::inherit(*inheritance) : Locks::tryTake(paths);
+    if (!locks) {
+        log.write("The drive is served already by another process.");
+        // A service that ends without having been ready counts as failed and would be started over and over.
+        ::sd_notify(0, "READY=1");
+        return EXIT_SUCCESS;
+    }
+    const ServingProgram program{.path = ownPath(),
+                                 .identity = identityOf("/proc/self/exe").value_or(FileIdentity()),
+                                 .version = ownVersion()};
+    Server server(paths, log, program, std::move(*locks), chooseBackEnd(paths));
+    return server.run(FileDescriptor(inheritance ? inheritance->reply : -1));
+}
+
+} // namespace ferrobank::drive

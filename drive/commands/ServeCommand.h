@@ -1,0 +1,18 @@
+#pragma once
+
+#include "platform/Log.h"
+#include "platform/Paths.h"
+
+#include <string>
+
+namespace ferrobank::drive {
+
+/// `ferrobank serve`: takes the locks and serves until told to end; the exit status. A second one ends at
+/// once with 0 and a line in the log.
+[[nodiscard]] int serve(const Paths& paths, const Log& log);
+
+/// The path of the running program as it was started, and its version.
+[[nodiscard]] std::string ownPath();
+[[nodiscard]] std::string ownVersion();
+
+} // namespace ferrobank::drive

@@ -1,0 +1,100 @@
+#include "commands/StatusReport.h"
+
+#include "commands/ServedVolume.h"
+#include "commands/Words.h"
+#include "figures/DeviceCounters.h"
+#include "state/Figures.h"
+#include "store/Superblock.h"
+
+#include <nlohmann/json.hpp>
+
+namespace ferrobank::drive {
+
+bool isReplaced(const State& state)
+{
+    const std::optional<FileIdentity> there = identityOf(state.executablePath);
+    return there && *there != state.executable;
+}
+
+StatusReport StatusReport::gather(const Paths& paths)
+{
+    StatusReport report;
+    report.mountpoint = paths.drive.string();
+    report.log = paths.log.string();
+
+    const std::optional<Superblock> superblock = readSuperblock(paths.image);
+    report.installed = superblock.has_value();
+    const ServerProbe server = ServerProbe::probe(paths);
+    const std::optional<Volume> volume = findServedVolume(paths, server);
+    report.mounted = volume && !volume->readOnly;
+    report.store_bytes = allocatedBytes(paths.image);
+
+    const std::optional<Figures> figures = Figures::read(paths.figures);
+    std::uint64_t guard = figures ? figures->guard : 0;
+    if (figures && report.installed) {
+        report.volume_used = figures->volumeUsed;
+    }
+    if (server.state) {
+        if (server.state->volumeUsed) {
+            report.volume_used = server.state->volumeUsed;
+        }
+        if (!report.mounted && server.state->attachError) {
+            report.attach_error = server.state->attachError->text;
+        }
+        guard = server.state->space.guard;
+        report.update_pending = isReplaced(*server.state);
+    }
+    if (report.volume_used && superblock) {
+        // The guard costs the host nothing, so without a mount the file's own size says what is in use.
+        const std::optional<std::uint64_t> inUse =
+            volume ? bytesInUse(superblock->uuid, guard) : report.store_bytes;
+        if (inUse) {
+            report.saved = savedBytes(*report.volume_used, *inUse);
+        }
+    }
+    return report;
+}
+
+std::string StatusReport::toJson() const
+{
+    nlohmann::ordered_json root;
+    root["installed"] = installed;
+    root["mounted"] = mounted;
+    root["mountpoint"] = mountpoint;
+    const auto add = [&root](const char* key, const auto& value) {
+        if (value) {
+            root[key] = *value;
+        }
+    };
+    add("volume_used", volume_used);
+    add("store_bytes", store_bytes);
+    add("saved", saved);
+    add("attach_error", attach_error);
+    if (update_pending) {
+        root["update_pending"] = true;
+    }
+    root["log"] = log;
+    return root.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
+std::string StatusReport::toText() const
+{
+    const std::string state = mounted        ? "mounted at " + mountpoint
+                              : attach_error ? "needs attention"
+                              : installed    ? "not mounted"
+                                             : "not set up";
+    std::string text = row("Drive", state);
+    if (attach_error) {
+        text += row("", *attach_error);
+    }
+    text += row("Files", sizeOrDash(volume_used));
+    text += row("On this disk", sizeOrDash(store_bytes));
+    text += row("Saved", sizeOrDash(saved));
+    if (update_pending) {
+        text += row("Update", "installed; run: ferrobank restart --keep-mounted");
+    }
+    text += row("Log", log);
+    return text;
+}
+
+} // namespace ferrobank::drive

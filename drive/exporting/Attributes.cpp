@@ -1,0 +1,107 @@
+#include "exporting/Attributes.h"
+
+#include <fcntl.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <string_view>
+#include <vector>
+
+namespace ferrobank::drive {
+
+namespace {
+
+constexpr mode_t kModeBits = 07777;
+/// What the kernel allows for one value and for the list of names.
+constexpr std::size_t kLargestAttribute = 65536;
+
+using Times = std::array<timespec, 2>;
+
+timespec timeFrom(const statx_timestamp& time)
+{
+    return {static_cast<time_t>(time.tv_sec), static_cast<long>(time.tv_nsec)};
+}
+
+Times timesOf(const struct statx& status)
+{
+    return {timeFrom(status.stx_atime), timeFrom(status.stx_mtime)};
+}
+
+/// Attributes with the prefix "btrfs." steer that file system and mean nothing elsewhere; those of the system
+/// belong to whoever administers the destination.
+bool isCopied(std::string_view name)
+{
+    const bool own = name.starts_with("user.") || name.starts_with("system.posix_acl_");
+    const bool administrators = name.starts_with("trusted.") || name == "security.capability";
+    return own || (administrators && ::geteuid() == 0);
+}
+
+void copyExtendedAttributes(int source, int target, const std::string& path, Differences& differences)
+{
+    std::vector<char> names(kLargestAttribute);
+    const ssize_t length = ::flistxattr(source, names.data(), names.size());
+    if (length < 0) {
+        if (errno != ENOTSUP) {
+            differences.add(path, "has attributes that could not be read", errno);
+        }
+        return;
+    }
+    std::vector<char> value;
+    for (std::string_view rest(names.data(), static_cast<std::size_t>(length)); !rest.empty();) {
+        const std::string name(rest.substr(0, rest.find('\0')));
+        rest.remove_prefix(name.size() + 1);
+        if (!isCopied(name)) {
+            continue;
+        }
+        value.resize(kLargestAttribute);
+        const ssize_t size = ::fgetxattr(source, name.c_str(), value.data(), value.size());
+        if (size < 0 ||
+            ::fsetxattr(target, name.c_str(), value.data(), static_cast<std::size_t>(size), 0) != 0)
+        {
+            differences.add(path, "lost its attribute " + name, errno);
+        }
+    }
+}
+
+} // namespace
+
+void copyAttributes(int source, const struct statx& status, int target, const std::string& path,
+                    Differences& differences)
+{
+    struct stat made{};
+    ::fstat(target, &made);
+    const bool otherOwner = made.st_uid != status.stx_uid || made.st_gid != status.stx_gid;
+    if (::geteuid() == 0 && otherOwner && ::fchown(target, status.stx_uid, status.stx_gid) != 0) {
+        differences.add(path, "could not be given its owner", errno);
+    }
+    copyExtendedAttributes(source, target, path, differences);
+    const mode_t mode = status.stx_mode & kModeBits;
+    // Changing the owner may have taken bits away.
+    ::fstat(target, &made);
+    if ((made.st_mode & kModeBits) != mode && ::fchmod(target, mode) != 0) {
+        differences.add(path, "could not be given its permissions", errno);
+    }
+    if (::futimens(target, timesOf(status).data()) != 0) {
+        differences.add(path, "could not be given its times", errno);
+    }
+}
+
+void copyEntryAttributes(const struct statx& status, int folder, const char* name, const std::string& path,
+                         Differences& differences)
+{
+    if (::geteuid() == 0 &&
+        ::fchownat(folder, name, status.stx_uid, status.stx_gid, AT_SYMLINK_NOFOLLOW) != 0)
+    {
+        differences.add(path, "could not be given its owner", errno);
+    }
+    if (!S_ISLNK(status.stx_mode) && ::fchmodat(folder, name, status.stx_mode & kModeBits, 0) != 0) {
+        differences.add(path, "could not be given its permissions", errno);
+    }
+    if (::utimensat(folder, name, timesOf(status).data(), AT_SYMLINK_NOFOLLOW) != 0) {
+        differences.add(path, "could not be given its times", errno);
+    }
+}
+
+} // namespace ferrobank::drive

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "exporting/Differences.h"
+
+#include <sys/stat.h>
+
+#include <string>
+
+namespace ferrobank::drive {
+
+/// Gives an open copy what belongs to a file or folder besides its content: owner (as root only; another user
+/// owns what he copies), extended attributes and access lists, permissions, times. What does not succeed
+/// becomes a difference of `path`. Contents must be written before, because that would change the times
+/// again.
+void copyAttributes(int source, const struct statx& status, int target, const std::string& path,
+                    Differences& differences);
+
+/// Owner and times of an entry that cannot be opened: a symbolic link, a pipe.
+void copyEntryAttributes(const struct statx& status, int folder, const char* name, const std::string& path,
+                         Differences& differences);
+
+} // namespace ferrobank::drive

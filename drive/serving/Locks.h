@@ -1,0 +1,38 @@
+#pragma once
+
+#include "platform/FileLock.h"
+#include "platform/Paths.h"
+
+#include <optional>
+#include <string>
+
+namespace ferrobank::drive {
+
+/// What a serving process hands to the program that it becomes: its two locks, so that nobody can take its
+/// place in between, and the connection that waits for the outcome.
+struct Inheritance {
+    int serveLock = -1;
+    int storeLock = -1;
+    /// -1 when nobody waits.
+    int reply = -1;
+
+    static constexpr const char* kVariable = "FERROBANK_ADOPT";
+
+    [[nodiscard]] std::string toText() const;
+    /// Nothing unless the text is well formed and all its descriptors are open.
+    [[nodiscard]] static std::optional<Inheritance> fromText(const std::string& text);
+};
+
+/// The two locks of a serving process: one in the runtime folder, one beside the image, which still holds
+/// where the runtime folder was lost or two environments name different ones.
+struct Locks {
+    FileLock serve;
+    FileLock store;
+
+    /// Nothing when another process serves. Makes the folders, and writes this process and its runtime folder
+    /// into the store's lock for the commands. Throws Failure.
+    [[nodiscard]] static std::optional<Locks> tryTake(const Paths& paths);
+    [[nodiscard]] static Locks inherit(const Inheritance& inheritance);
+};
+
+} // namespace ferrobank::drive

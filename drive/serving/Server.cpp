@@ -1,0 +1,355 @@
+#include "serving/Server.h"
+
+#include "figures/DeviceCounters.h"
+#include "platform/Failure.h"
+#include "store/Superblock.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/signalfd.h>
+#include <systemd/sd-daemon.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <ctime>
+#include <thread>
+#include <utility>
+
+namespace ferrobank::drive {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kRetryStep = 2s;
+constexpr auto kRetryTime = 60s;
+constexpr auto kDeviceLookStep = 60s;
+constexpr auto kPatienceAtEnd = 10s;
+
+FileDescriptor takeSignals()
+{
+    sigset_t taken;
+    sigemptyset(&taken);
+    for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+        sigaddset(&taken, number);
+    }
+    ::pthread_sigmask(SIG_BLOCK, &taken, nullptr);
+    return FileDescriptor(::signalfd(-1, &taken, SFD_CLOEXEC | SFD_NONBLOCK));
+}
+
+} // namespace
+
+Server::Server(Paths paths, Log log, ServingProgram program, Locks locks, std::unique_ptr<BackEnd> backEnd)
+    : _paths(std::move(paths)),
+      _log(std::move(log)),
+      _program(std::move(program)),
+      _locks(std::move(locks)),
+      _attachment(_paths, _log, std::move(backEnd)),
+      _signals(takeSignals()),
+      _mountTable(::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC)),
+      _retryUntil(Clock::now() + kRetryTime),
+      _deviceLook(Clock::now())
+{
+    if (!_signals || !_mountTable) {
+        throw systemFailure("Cannot watch the system", errno);
+    }
+    _state.process = ::getpid();
+    _state.bootId = bootId();
+    _state.version = _program.version;
+    _state.executablePath = _program.path;
+    _state.executable = _program.identity;
+    _state.backEnd = _attachment.backEndName();
+    if (const std::optional<Figures> known = Figures::read(_paths.figures)) {
+        remember(*known);
+    }
+}
+
+void Server::remember(const Figures& known)
+{
+    _knownFigures = known;
+    _state.volumeUsed = known.volumeUsed;
+    _state.walkGeneration = known.walkGeneration;
+    _state.since = known.since;
+    _state.sharing.last = known.lastSharing;
+    _state.space.guard = known.guard;
+    _state.integrity.lastReading = known.lastReading;
+    _state.integrity.unreadableFiles = known.unreadableFiles;
+    _state.integrity.unreadable = known.unreadable;
+}
+
+void Server::keepFigures()
+{
+    // Before the first mount there is no drive yet whose figures these could be.
+    if (_state.since == 0) {
+        return;
+    }
+    const Figures figures{.uuid = _state.uuid,
+                          .volumeUsed = _state.volumeUsed,
+                          .walkGeneration = _state.walkGeneration,
+                          .guard = _state.space.guard,
+                          .since = _state.since,
+                          .lastReading = _state.integrity.lastReading,
+                          .lastSharing = _state.sharing.last,
+                          .unreadableFiles = _state.integrity.unreadableFiles,
+                          .unreadable = _state.integrity.unreadable};
+    if (figures != _knownFigures) {
+        figures.write(_paths.figures);
+        _knownFigures = figures;
+    }
+}
+
+Server::~Server() = default;
+
+int Server::run(FileDescriptor waiting)
+{
+    _control = std::make_unique<ControlServer>(_paths.socket());
+    _log.write("Ferrobank " + _program.version + " serves the drive.");
+    tryAttach(waiting ? Interaction::MayAsk : Interaction::Silent);
+    if (waiting) {
+        const PendingRequest request{.request = {}, .connection = std::move(waiting)};
+        request.answer(attachReply());
+    }
+    ::sd_notify(0, "READY=1");
+    while (!_ended) {
+        waitForEvents();
+    }
+    _control.reset();
+    ::unlink(_paths.state().c_str());
+    _log.write("Ferrobank ends.");
+    return EXIT_SUCCESS;
+}
+
+Reply Server::attachReply() const
+{
+    if (_state.phase == Phase::Mounted) {
+        return Reply::success();
+    }
+    const Problem problem =
+        _state.attachError.value_or(Problem{.code = "not-mounted", .text = "The drive is not mounted yet."});
+    return {.ok = false, .code = problem.code, .text = problem.text};
+}
+
+void Server::tryAttach(Interaction interaction)
+{
+    _retryAt.reset();
+    _state.phase = Phase::Starting;
+    _state.attachError.reset();
+    publish();
+    try {
+        becomeMounted(_attachment.attach(interaction));
+    } catch (const Failure& failure) {
+        // A login session may become active a moment after this process was started.
+        if (failure.code() == "not-authorized" && interaction == Interaction::Silent &&
+            Clock::now() < _retryUntil)
+        {
+            _retryAt = Clock::now() + kRetryStep;
+            return;
+        }
+        becomeFailed({.code = failure.code(), .text = failure.text()});
+    }
+}
+
+void Server::becomeMounted(const Volume& volume)
+{
+    _volume = volume;
+    _state.phase = Phase::Mounted;
+    _state.attachError.reset();
+    _state.loop = volume.loop;
+    _state.mount = volume.mountPoint.string();
+    _state.readOnly = volume.readOnly;
+    if (const std::optional<Superblock> superblock = readSuperblock(_paths.image)) {
+        _state.uuid = superblock->uuid;
+    }
+    if (_state.since == 0) {
+        _state.since = ::time(nullptr);
+    }
+    lookAtDevice();
+    startWorkers();
+    publish();
+}
+
+void Server::becomeFailed(const Problem& problem)
+{
+    _workers.reset();
+    _volume.reset();
+    _state.phase = Phase::Failed;
+    _state.attachError = problem;
+    _state.loop.clear();
+    _state.mount.clear();
+    _state.readOnly = false;
+    _log.write(problem.text);
+    publish();
+}
+
+void Server::startWorkers()
+{
+    if (_volume && !_volume->readOnly) {
+        _workers = std::make_unique<Workers>(_paths, _log, *_volume, _state, _mailbox);
+    }
+}
+
+void Server::publish()
+{
+    if (_state == _published) {
+        return;
+    }
+    try {
+        // A runtime folder that was cleared away under us comes back, with a socket that can be reached.
+        if (::access(_paths.runtime.c_str(), F_OK) != 0) {
+            _control.reset();
+            ensurePrivateFolder(_paths.runtime);
+            _control = std::make_unique<ControlServer>(_paths.socket());
+        }
+        replaceFile(_paths.state(), _state.toJson());
+        _published = _state;
+        keepFigures();
+    } catch (const Failure& failure) {
+        _log.write(failure.text());
+    }
+}
+
+int Server::pollTimeout() const
+{
+    Clock::time_point next = _deviceLook;
+    for (const auto& limit : {_retryAt, _stopLimit, _exportLimit}) {
+        next = limit ? std::min(next, *limit) : next;
+    }
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(next - Clock::now());
+    return static_cast<int>(std::max<long long>(0, left.count()));
+}
+
+void Server::waitForEvents()
+{
+    std::array<pollfd, 4> events{{{.fd = _signals.get(), .events = POLLIN, .revents = 0},
+                                  {.fd = _control->wakeUp(), .events = POLLIN, .revents = 0},
+                                  {.fd = _mailbox.wakeUp(), .events = POLLIN, .revents = 0},
+                                  {.fd = _mountTable.get(), .events = POLLPRI, .revents = 0}}};
+    if (::poll(events.data(), events.size(), pollTimeout()) < 0) {
+        return;
+    }
+    _mailbox.applyTo(_state);
+    lookAtMounts(events[3].revents != 0 ? MountsChanged::Yes : MountsChanged::No);
+    const Clock::time_point now = Clock::now();
+    if (now >= _deviceLook) {
+        _deviceLook = now + kDeviceLookStep;
+        lookAtDevice();
+    }
+    if (_exportLimit && now >= *_exportLimit) {
+        _exportLimit.reset();
+        _state.exportState.reset();
+        if (_workers) {
+            _workers->setSharing(Housekeeping::Sharing::Allowed);
+        }
+    }
+    if (_retryAt && now >= *_retryAt) {
+        tryAttach(Interaction::Silent);
+    }
+    _ended = _ended || (_stopLimit && now >= *_stopLimit);
+    handleSignals();
+    if (!_ended) {
+        handleRequests();
+        publish();
+    }
+}
+
+void Server::lookAtMounts(MountsChanged mountsChanged)
+{
+    if (_state.phase == Phase::Starting || _state.phase == Phase::Stopping) {
+        return;
+    }
+    const std::optional<Volume> found = findVolume(_paths.image, Recognise::ByFile);
+    if (_volume && !found) {
+        _workers.reset();
+        _attachment.settleAfterEjection();
+        becomeFailed(
+            {.code = "ejected", .text = "The drive was ejected. Restart Ferrobank to mount it again."});
+        return;
+    }
+    if (!_volume && found && mountsChanged == MountsChanged::Yes) {
+        tryAttach(Interaction::Silent);
+        return;
+    }
+    if (_volume && found && found->readOnly != _volume->readOnly) {
+        _volume = found;
+        _state.readOnly = found->readOnly;
+        _state.attachError.reset();
+        _workers.reset();
+        startWorkers();
+        if (found->readOnly) {
+            const bool full = _state.space.level != SpaceLevel::Ok;
+            _state.attachError =
+                full ? Problem{.code = "read-only",
+                               .text = "The drive stopped taking changes because this computer ran out of "
+                                       "space. Free "
+                                       "some space, then restart Ferrobank."}
+                     : Problem{.code = "read-only",
+                               .text = "The drive stopped taking changes after an error. Restart Ferrobank."};
+            _log.write(_state.attachError->text);
+        }
+    }
+}
+
+void Server::lookAtDevice()
+{
+    if (!_volume) {
+        return;
+    }
+    const FileDescriptor folder(::open(_volume->mountPoint.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const std::optional<DeviceErrors> errors = folder ? deviceErrors(folder.get()) : std::nullopt;
+    if (!errors) {
+        return;
+    }
+    const std::uint64_t sum =
+        errors->write + errors->read + errors->flush + errors->corruption + errors->generation;
+    if (sum > _state.integrity.deviceErrors) {
+        _log.write("The drive's store has shown " + std::to_string(sum) + " read or write errors.");
+    }
+    _state.integrity.deviceErrors = sum;
+}
+
+void Server::handleSignals()
+{
+    signalfd_siginfo signal{};
+    while (!_ended && ::read(_signals.get(), &signal, sizeof signal) == static_cast<ssize_t>(sizeof signal)) {
+        if (signal.ssi_signo == SIGHUP) {
+            becomeNewProgram(FileDescriptor());
+        } else {
+            endGently();
+        }
+    }
+}
+
+void Server::handleRequests()
+{
+    while (!_ended) {
+        std::optional<PendingRequest> request = _control->next();
+        if (!request) {
+            return;
+        }
+        handle(std::move(*request));
+    }
+}
+
+void Server::endGently()
+{
+    _ended = true;
+    ::sd_notify(0, "STOPPING=1");
+    if (!_volume) {
+        return;
+    }
+    try {
+        detachWithin(kPatienceAtEnd);
+    } catch (const Failure& failure) {
+        const FileDescriptor folder(::open(_volume->mountPoint.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        if (folder) {
+            ::syncfs(folder.get());
+        }
+        _log.write("The drive stays mounted: " + failure.text());
+    }
+}
+
+} // namespace ferrobank::drive

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "platform/FileDescriptor.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <stop_token>
+#include <string>
+
+namespace ferrobank::drive {
+
+/// The file `.ferrobank/guard` on the drive: allocated but never written, it takes free space away from the
+/// drive so that programs get "No space left on device" before the computer's disk is full. It costs the host
+/// nothing but its metadata. It is only ever made on the volume with the given identifier: on the bare folder
+/// below a mount that has just gone, it would fill the computer's own disk. Used by one thread.
+class GuardFile {
+public:
+    GuardFile(std::filesystem::path mountPoint, std::string uuid);
+
+    /// Bytes allocated now; 0 when it is not there.
+    [[nodiscard]] std::uint64_t size() const;
+    /// Grows or shrinks it towards `bytes` in steps of 256 GiB, stopping between two when asked, or where the
+    /// drive has no more room. Throws Failure when the drive refuses (read-only, say).
+    void resize(std::uint64_t bytes, const std::stop_token& stop) const;
+
+private:
+    [[nodiscard]] FileDescriptor openDrive() const;
+
+    std::filesystem::path _mountPoint;
+    std::string _uuid;
+};
+
+} // namespace ferrobank::drive

@@ -1,0 +1,171 @@
+#include "space/SpaceKeeper.h"
+
+#include "platform/Failure.h"
+#include "platform/FileDescriptor.h"
+#include "platform/Files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <condition_variable>
+#include <cstdlib>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+namespace ferrobank::drive {
+
+namespace {
+
+std::uint64_t numberIn(const char* file)
+{
+    const std::string text = readSmallFile(file).value_or("0");
+    return std::strtoull(text.c_str(), nullptr, 10);
+}
+
+std::uint64_t availableMemory()
+{
+    const std::string text = readSmallFile("/proc/meminfo").value_or(std::string());
+    const std::size_t at = text.find("MemAvailable:");
+    if (at == std::string::npos) {
+        return 0;
+    }
+    return std::strtoull(text.c_str() + at + sizeof "MemAvailable:" - 1, nullptr, 10) * 1024;
+}
+
+std::uint64_t dirtyLimit()
+{
+    const std::uint64_t bytes = numberIn("/proc/sys/vm/dirty_bytes");
+    return bytes > 0 ? bytes : availableMemory() / 100 * numberIn("/proc/sys/vm/dirty_ratio");
+}
+
+/// Really written, not only allocated: a file system that copies on write needs new room even for allocated
+/// blocks.
+void makeReserve(const std::filesystem::path& path, std::uint64_t bytes, const std::stop_token& stop)
+{
+    const std::filesystem::path fresh = path.string() + ".new";
+    const FileDescriptor file(
+        ::open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
+    if (!file) {
+        throw systemFailure("Cannot make the space reserve", errno);
+    }
+    // Not zeros: a host that compresses would store next to nothing.
+    std::vector<std::uint64_t> piece(128 * 1024);
+    std::uint64_t number = 0x9E3779B97F4A7C15ULL;
+    for (std::uint64_t done = 0; done < bytes;) {
+        for (std::uint64_t& word : piece) {
+            number ^= number << 13;
+            number ^= number >> 7;
+            number ^= number << 17;
+            word = number;
+        }
+        const std::size_t part = std::min<std::size_t>(piece.size() * sizeof piece[0], bytes - done);
+        const ssize_t put = ::write(file.get(), piece.data(), part);
+        if (put <= 0 || stop.stop_requested()) {
+            const int error = errno;
+            ::unlink(fresh.c_str());
+            if (put <= 0) {
+                throw systemFailure("Cannot write the space reserve", error);
+            }
+            return;
+        }
+        done += static_cast<std::uint64_t>(put);
+    }
+    if (::fsync(file.get()) != 0 || ::rename(fresh.c_str(), path.c_str()) != 0) {
+        throw systemFailure("Cannot write the space reserve", errno);
+    }
+}
+
+} // namespace
+
+SpaceFigures hostFigures(const std::filesystem::path& store)
+{
+    SpaceFigures figures;
+    struct statvfs host{};
+    if (::statvfs(store.c_str(), &host) != 0) {
+        throw systemFailure("Cannot look at " + store.string(), errno);
+    }
+    figures.hostTotal = static_cast<std::uint64_t>(host.f_blocks) * host.f_frsize;
+    figures.hostFree = static_cast<std::uint64_t>(host.f_bavail) * host.f_frsize;
+    figures.dirtyLimit = dirtyLimit();
+    return figures;
+}
+
+SpaceKeeper::SpaceKeeper(std::filesystem::path mountPoint, const std::string& uuid,
+                         std::filesystem::path reserve, Log log, Report report)
+    : _mountPoint(std::move(mountPoint)),
+      _guard(_mountPoint, uuid),
+      _reserve(std::move(reserve)),
+      _log(std::move(log)),
+      _report(std::move(report)),
+      _thread([this](const std::stop_token& stop) { run(stop); })
+{}
+
+SpaceKeeper::~SpaceKeeper()
+{
+    _thread.request_stop();
+    _thread.join();
+}
+
+void SpaceKeeper::run(const std::stop_token& stop)
+{
+    std::mutex mutex;
+    std::condition_variable_any wake;
+    while (!stop.stop_requested()) {
+        int seconds = 1;
+        try {
+            seconds = look(stop);
+            _lastError.clear();
+        } catch (const Failure& failure) {
+            if (failure.text() != _lastError) {
+                _lastError = failure.text();
+                _log.write(_lastError);
+            }
+        }
+        std::unique_lock lock(mutex);
+        wake.wait_for(lock, stop, std::chrono::seconds(seconds), [] { return false; });
+    }
+}
+
+int SpaceKeeper::look(const std::stop_token& stop)
+{
+    const std::filesystem::path store = _reserve.parent_path();
+    SpaceFigures figures = hostFigures(store);
+    _report({.hostFree = figures.hostFree,
+             .reserve = reserveFor(figures),
+             .guard = _guard.size(),
+             .level = levelFor(figures)});
+    switch (hostReserveAct(figures.hostFree, figures.hostTotal, ::access(_reserve.c_str(), F_OK) == 0)) {
+    case HostReserveAct::Keep:
+        break;
+    case HostReserveAct::Drop:
+        removeIfPresent(_reserve);
+        _log.write("This computer's disk is nearly full; the space reserve was given up.");
+        break;
+    case HostReserveAct::Make:
+        makeReserve(_reserve, hostReserveBytes(figures.hostTotal), stop);
+        break;
+    }
+
+    struct statvfs drive{};
+    if (::statvfs(_mountPoint.c_str(), &drive) != 0) {
+        throw systemFailure("Cannot look at the drive", errno);
+    }
+    figures = hostFigures(store);
+    figures.driveFree = static_cast<std::uint64_t>(drive.f_bavail) * drive.f_frsize;
+    figures.guard = _guard.size();
+    if ((drive.f_flag & ST_RDONLY) == 0 && needsCorrection(figures)) {
+        _guard.resize(guardTarget(figures), stop);
+        _report({.hostFree = figures.hostFree,
+                 .reserve = reserveFor(figures),
+                 .guard = _guard.size(),
+                 .level = levelFor(figures)});
+    }
+    return pollSeconds(figures);
+}
+
+} // namespace ferrobank::drive

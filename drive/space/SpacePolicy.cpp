@@ -1,0 +1,73 @@
+#include "space/SpacePolicy.h"
+
+#include <algorithm>
+
+namespace ferrobank::drive {
+
+namespace {
+
+constexpr std::uint64_t kMiB = 1024 * 1024;
+constexpr std::uint64_t kGiB = 1024 * kMiB;
+constexpr std::uint64_t kLeastReserve = 4 * kGiB;
+constexpr std::uint64_t kTolerance = 512 * kMiB;
+constexpr std::uint64_t kHostReserve = 512 * kMiB;
+constexpr std::uint64_t kDropBelow = 256 * kMiB;
+constexpr std::uint64_t kMakeAbove = 4 * kGiB;
+
+} // namespace
+
+std::uint64_t reserveFor(const SpaceFigures& figures)
+{
+    const std::uint64_t wanted = std::max({kLeastReserve, figures.hostTotal / 50, figures.dirtyLimit});
+    return std::min(wanted, figures.hostTotal / 10);
+}
+
+std::uint64_t guardTarget(const SpaceFigures& figures)
+{
+    const std::uint64_t reserve = reserveFor(figures);
+    const std::uint64_t usable = figures.hostFree > reserve ? figures.hostFree - reserve : 0;
+    const std::uint64_t offered = figures.driveFree + figures.guard;
+    return offered > usable ? offered - usable : 0;
+}
+
+bool needsCorrection(const SpaceFigures& figures)
+{
+    const std::uint64_t target = guardTarget(figures);
+    const std::uint64_t tolerance = std::min(kTolerance, reserveFor(figures) / 8);
+    const std::uint64_t off = target > figures.guard ? target - figures.guard : figures.guard - target;
+    return off > tolerance;
+}
+
+SpaceLevel levelFor(const SpaceFigures& figures)
+{
+    const std::uint64_t reserve = reserveFor(figures);
+    if (figures.hostFree < reserve) {
+        return SpaceLevel::Critical;
+    }
+    return figures.hostFree < 2 * reserve ? SpaceLevel::Low : SpaceLevel::Ok;
+}
+
+int pollSeconds(const SpaceFigures& figures)
+{
+    return figures.hostFree < 3 * reserveFor(figures) ? 1 : 5;
+}
+
+std::uint64_t hostReserveBytes(std::uint64_t hostTotal)
+{
+    return std::min(kHostReserve, hostTotal / 50);
+}
+
+HostReserveAct hostReserveAct(std::uint64_t hostFree, std::uint64_t hostTotal, bool present)
+{
+    // On a small disk the same proportions hold: it is dropped at half its size and made with room for eight.
+    const std::uint64_t size = hostReserveBytes(hostTotal);
+    if (present && hostFree < std::min(kDropBelow, size / 2)) {
+        return HostReserveAct::Drop;
+    }
+    if (!present && hostFree > std::min(kMakeAbove, size * 8)) {
+        return HostReserveAct::Make;
+    }
+    return HostReserveAct::Keep;
+}
+
+} // namespace ferrobank::drive

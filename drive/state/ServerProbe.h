@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/Paths.h"
+#include "state/State.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace ferrobank::drive {
+
+/// The text of the store's lock: the process that holds it and its runtime folder.
+struct LockText {
+    int process = 0;
+    std::filesystem::path runtime;
+
+    [[nodiscard]] std::string toText() const;
+    [[nodiscard]] static std::optional<LockText> fromText(const std::string& text);
+};
+
+/// What a one-shot command can know of the serving process without talking to it.
+struct ServerProbe {
+    /// Somebody holds the store's lock.
+    bool running = false;
+    /// That process, 0 when unknown.
+    int process = 0;
+    /// The runtime folder of that process, which may have another environment than the command.
+    std::filesystem::path runtime;
+    /// Its last written state; nothing while it has written none. One of an earlier process does not count.
+    std::optional<State> state;
+
+    [[nodiscard]] static ServerProbe probe(const Paths& paths);
+
+    [[nodiscard]] std::filesystem::path socket() const { return runtime / "control.sock"; }
+};
+
+} // namespace ferrobank::drive

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "platform/Files.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ferrobank::drive {
+
+enum class Phase { Starting, Mounted, Stopping, Failed };
+enum class SpaceLevel { Ok, Low, Critical };
+
+/// Why the drive is not usable: a word for programs and the sentence for the user.
+struct Problem {
+    std::string code;
+    std::string text;
+
+    bool operator==(const Problem&) const = default;
+};
+
+/// The last pass of the scanner that shares repeated data.
+struct SharingState {
+    /// Seconds since the epoch of its end; 0 before the first.
+    std::int64_t last = 0;
+    double seconds = 0;
+    std::uint64_t shared = 0;
+    std::optional<std::string> error;
+
+    bool operator==(const SharingState&) const = default;
+};
+
+struct SpaceState {
+    std::uint64_t hostFree = 0;
+    std::uint64_t reserve = 0;
+    /// Allocated bytes of the guard file on the drive.
+    std::uint64_t guard = 0;
+    SpaceLevel level = SpaceLevel::Ok;
+
+    bool operator==(const SpaceState&) const = default;
+};
+
+/// Errors that the drive has shown while it was mounted.
+struct IntegrityState {
+    std::uint64_t deviceErrors = 0;
+    /// How many files could not be read in the last reading pass, and the first three of them, ready for
+    /// display.
+    std::uint64_t unreadableFiles = 0;
+    std::vector<std::string> unreadable;
+    /// Seconds since the epoch of the last complete reading pass.
+    std::int64_t lastReading = 0;
+
+    bool operator==(const IntegrityState&) const = default;
+};
+
+struct ExportState {
+    std::uint64_t done = 0;
+    std::uint64_t total = 0;
+
+    bool operator==(const ExportState&) const = default;
+};
+
+/// What the serving process tells the one-shot commands, in `state.json` of the runtime folder. Written by
+/// the serving process only, whole files renamed into place, whenever something in it changes. It is to be
+/// believed only while the serving process holds its lock.
+struct State {
+    int process = 0;
+    std::string bootId;
+    std::string version;
+    std::string executablePath;
+    FileIdentity executable;
+    Phase phase = Phase::Starting;
+    std::string backEnd;
+    std::string loop;
+    std::string mount;
+    std::string uuid;
+    std::optional<Problem> attachError;
+    std::optional<std::uint64_t> volumeUsed;
+    std::uint64_t walkGeneration = 0;
+    /// Seconds since the epoch at which this drive was first served; 0 when unknown.
+    std::int64_t since = 0;
+    SharingState sharing;
+    SpaceState space;
+    IntegrityState integrity;
+    bool readOnly = false;
+    std::optional<ExportState> exportState;
+
+    bool operator==(const State&) const = default;
+
+    [[nodiscard]] std::string toJson() const;
+    /// Nothing for anything but a whole state of this version of the format.
+    [[nodiscard]] static std::optional<State> fromJson(const std::string& text);
+};
+
+/// The word in the file: "starting", "mounted", "stopping", "failed".
+[[nodiscard]] std::string phaseWord(Phase phase);
+
+} // namespace ferrobank::drive

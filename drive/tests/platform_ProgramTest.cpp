@@ -1,0 +1,47 @@
+#include "platform/Program.h"
+
+#include <gtest/gtest.h>
+
+namespace ferrobank::drive::testing {
+namespace {
+
+TEST(Program, statusAndBothOutputsComeBack)
+{
+    const ProgramOutcome outcome =
+        runSystemProgram("sh", {"-c", "echo one; echo two >&2; exit 3"}, std::chrono::seconds(10));
+    EXPECT_EQ(outcome.end, ProgramOutcome::End::Exited);
+    EXPECT_EQ(outcome.status, 3);
+    EXPECT_EQ(outcome.output, "one\ntwo\n");
+    EXPECT_FALSE(outcome.succeeded());
+}
+
+TEST(Program, missingOneIsNotFound)
+{
+    EXPECT_EQ(runSystemProgram("no-such-program", {}, std::chrono::seconds(1)).end,
+              ProgramOutcome::End::NotFound);
+}
+
+TEST(Program, hangingOneIsKilledAtTheLimit)
+{
+    const auto begin = std::chrono::steady_clock::now();
+    const ProgramOutcome outcome = runSystemProgram("sleep", {"60"}, std::chrono::seconds(1));
+    EXPECT_EQ(outcome.end, ProgramOutcome::End::TimedOut);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(30));
+}
+
+TEST(Program, floodOfOutputIsCutAndDoesNotBlock)
+{
+    const ProgramOutcome outcome =
+        runSystemProgram("head", {"-c", "1000000", "/dev/zero"}, std::chrono::seconds(20));
+    EXPECT_TRUE(outcome.succeeded());
+    EXPECT_EQ(outcome.output.size(), 64U * 1024);
+}
+
+TEST(Program, argumentsAreNotTouchedByAnyShell)
+{
+    EXPECT_EQ(runSystemProgram("echo", {"a b", "$HOME", "'"}, std::chrono::seconds(10)).output,
+              "a b $HOME '\n");
+}
+
+} // namespace
+} // namespace ferrobank::drive::testing

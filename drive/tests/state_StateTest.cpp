@@ -1,0 +1,100 @@
+#include "state/State.h"
+
+#include "platform/Failure.h"
+#include "state/Figures.h"
+#include "state/ServerProbe.h"
+#include "testing/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace ferrobank::drive::testing {
+namespace {
+
+State sample()
+{
+    State state;
+    state.process = 42;
+    state.bootId = "boot";
+    state.version = "1.2";
+    state.executablePath = "/path with spaces/ferrobank";
+    state.executable = {.device = 1, .inode = 2, .modified = 3};
+    state.phase = Phase::Failed;
+    state.backEnd = "udisks";
+    state.attachError = Problem{.code = "busy", .text = "In use."};
+    state.volumeUsed = std::numeric_limits<std::uint64_t>::max();
+    state.sharing = {.last = 5, .seconds = 1.5, .shared = 6, .error = "words"};
+    state.space = {.hostFree = 7, .reserve = 8, .guard = 9, .level = SpaceLevel::Critical};
+    state.integrity = {.deviceErrors = 1, .unreadableFiles = 4, .unreadable = {"a"}, .lastReading = 10};
+    state.readOnly = true;
+    state.exportState = ExportState{.done = 1, .total = 2};
+    return state;
+}
+
+TEST(State, comesBackFromItsTextAsItWas)
+{
+    EXPECT_EQ(State::fromJson(sample().toJson()), sample());
+    EXPECT_EQ(State::fromJson(State().toJson()), State());
+}
+
+TEST(State, halfAFileOrAnotherFormatIsNoState)
+{
+    const std::string text = sample().toJson();
+    EXPECT_FALSE(State::fromJson(text.substr(0, text.size() / 2)));
+    EXPECT_FALSE(State::fromJson(""));
+    EXPECT_FALSE(State::fromJson("[]"));
+    std::string later = text;
+    later.replace(later.find("\"v\":1"), 5, "\"v\":2");
+    EXPECT_FALSE(State::fromJson(later));
+    std::string odd = text;
+    odd.replace(odd.find("failed"), 6, "asleep");
+    EXPECT_FALSE(State::fromJson(odd));
+}
+
+TEST(State, invalidLettersInNamesDoNotStopIt)
+{
+    State state = sample();
+    state.integrity.unreadable = {"name\xFF"};
+    EXPECT_TRUE(State::fromJson(state.toJson()));
+}
+
+TEST(Figures, comeBackFromTheirFile)
+{
+    const TemporaryFolder folder;
+    const Figures figures{.uuid = "u",
+                          .volumeUsed = 1,
+                          .walkGeneration = 2,
+                          .guard = 3,
+                          .since = 4,
+                          .lastReading = 5,
+                          .lastSharing = 6,
+                          .unreadableFiles = 7,
+                          .unreadable = {"a", "b"}};
+    figures.write(folder.path() / "figures.json");
+    EXPECT_EQ(Figures::read(folder.path() / "figures.json"), figures);
+}
+
+TEST(Figures, missingOrDamagedFileIsNone)
+{
+    const TemporaryFolder folder;
+    EXPECT_FALSE(Figures::read(folder.path() / "figures.json"));
+    replaceFile(folder.path() / "figures.json", "{\"uuid\":");
+    EXPECT_FALSE(Figures::read(folder.path() / "figures.json"));
+    replaceFile(folder.path() / "figures.json", "{\"uuid\":3}");
+    EXPECT_FALSE(Figures::read(folder.path() / "figures.json"));
+}
+
+TEST(LockText, holdsProcessAndFolder)
+{
+    const auto found = LockText::fromText(LockText{.process = 17, .runtime = "/run/a b"}.toText());
+    ASSERT_TRUE(found);
+    EXPECT_EQ(found->process, 17);
+    EXPECT_EQ(found->runtime, "/run/a b");
+    for (const char* text : {"", "17", "17 ", "17 relative", "x /run", " /run"}) {
+        EXPECT_FALSE(LockText::fromText(text)) << text;
+    }
+}
+
+} // namespace
+} // namespace ferrobank::drive::testing

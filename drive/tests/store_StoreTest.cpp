@@ -1,0 +1,110 @@
+#include "platform/Failure.h"
+#include "platform/Files.h"
+#include "store/StoreCreation.h"
+#include "store/StoreExamination.h"
+#include "store/Superblock.h"
+#include "testing/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <fstream>
+
+namespace ferrobank::drive::testing {
+namespace {
+
+class Store : public ::testing::Test {
+protected:
+    void SetUp() override { ensurePrivateFolder(paths.store); }
+
+    TemporaryFolder folder;
+    Paths paths = Paths::of(folder.path(), folder.path() / "run", {});
+    Log log{paths.log};
+};
+
+TEST_F(Store, newOneIsSparseSoundAndStillToBePrepared)
+{
+    createStore(paths, log);
+    EXPECT_EQ(examineStore(paths), StoreState::Sound);
+    const auto superblock = readSuperblock(paths.image);
+    ASSERT_TRUE(superblock);
+    EXPECT_EQ(superblock->totalBytes, std::filesystem::file_size(paths.image));
+    EXPECT_EQ(superblock->uuid.size(), 36U);
+    struct stat status{};
+    ::stat(paths.image.c_str(), &status);
+    EXPECT_EQ(status.st_mode & 07777, 0600U);
+    EXPECT_LT(status.st_blocks * 512, 32 << 20);
+    EXPECT_TRUE(std::filesystem::exists(paths.unprepared));
+    checkStructures(paths, log);
+}
+
+TEST_F(Store, leftoversOfAKilledCreationAreSweptAway)
+{
+    std::ofstream(paths.store / "drive.btrfs.new") << "half";
+    std::filesystem::create_directories(paths.store / "skeleton.new/u");
+    createStore(paths, log);
+    EXPECT_FALSE(std::filesystem::exists(paths.store / "drive.btrfs.new"));
+    EXPECT_FALSE(std::filesystem::exists(paths.store / "skeleton.new"));
+}
+
+TEST_F(Store, nothingThereIsMissingButNotAfterItHadFigures)
+{
+    EXPECT_EQ(examineStore(paths), StoreState::Missing);
+    replaceFile(paths.figures, "{}");
+    EXPECT_THROW(static_cast<void>(examineStore(paths)), Failure);
+}
+
+TEST_F(Store, shorterFileThanTheVolumeIsSeenAndGetsItsLengthBack)
+{
+    createStore(paths, log);
+    const auto length = std::filesystem::file_size(paths.image);
+    std::filesystem::resize_file(paths.image, length / 2);
+    EXPECT_EQ(examineStore(paths), StoreState::TailCutOff);
+    restoreLength(paths, log);
+    EXPECT_EQ(std::filesystem::file_size(paths.image), length);
+    EXPECT_EQ(examineStore(paths), StoreState::Sound);
+}
+
+TEST_F(Store, linkFolderAndRubbishAreRefused)
+{
+    std::filesystem::create_symlink("elsewhere", paths.image);
+    EXPECT_THROW(static_cast<void>(examineStore(paths)), Failure);
+    std::filesystem::remove(paths.image);
+    std::filesystem::create_directories(paths.image);
+    EXPECT_THROW(static_cast<void>(examineStore(paths)), Failure);
+    std::filesystem::remove(paths.image);
+    std::ofstream(paths.image) << "rubbish";
+    EXPECT_THROW(static_cast<void>(examineStore(paths)), Failure);
+    EXPECT_FALSE(readSuperblock(paths.image));
+}
+
+TEST_F(Store, damagedStructuresAreReportedAndLogged)
+{
+    createStore(paths, log);
+    std::fstream image(paths.image, std::ios::in | std::ios::out | std::ios::binary);
+    const std::string garbage(std::size_t{4} << 20U, 'x');
+    image.seekp(20 << 20U);
+    image.write(garbage.data(), static_cast<std::streamsize>(garbage.size()));
+    for (std::streamoff at = 1 << 20U; at < 100 << 20U; at += 4 << 20U) {
+        if (at != 0) {
+            image.seekp(at);
+            image.write(garbage.data(), static_cast<std::streamsize>(garbage.size()));
+        }
+    }
+    image.close();
+    EXPECT_THROW(checkStructures(paths, log), Failure);
+    EXPECT_NE(readSmallFile(paths.log).value_or("").find("btrfs check ended with"), std::string::npos);
+}
+
+TEST(NetworkFileSystem, remoteKindsAreToldFromLocalOnes)
+{
+    EXPECT_TRUE(isNetworkFileSystem(0x6969));
+    EXPECT_TRUE(isNetworkFileSystem(static_cast<std::int32_t>(0xFF534D42)));
+    EXPECT_TRUE(isNetworkFileSystem(0x65735546));
+    EXPECT_FALSE(isNetworkFileSystem(0xEF53));
+    EXPECT_FALSE(isNetworkFileSystem(0x9123683E));
+    EXPECT_FALSE(isNetworkFileSystem(0x01021994));
+}
+
+} // namespace
+} // namespace ferrobank::drive::testing

@@ -1,0 +1,324 @@
+#include "mounting/Volume.h"
+#include "platform/FileLock.h"
+#include "platform/Files.h"
+#include "testing/DriveHost.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+namespace ferrobank::drive::testing {
+namespace {
+
+using nlohmann::json;
+
+class Serve : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        if (!volumesUnavailable().empty()) {
+            GTEST_SKIP() << volumesUnavailable();
+        }
+        host = std::make_unique<DriveHost>();
+    }
+
+    [[nodiscard]] json status() const { return json::parse(host->status()); }
+
+    std::unique_ptr<DriveHost> host;
+};
+
+TEST_F(Serve, statusOfAnEmptyHomeNamesOnlyWhatIsAlwaysThere)
+{
+    const json root = status();
+    EXPECT_EQ(root, json({{"installed", false},
+                          {"mounted", false},
+                          {"mountpoint", host->paths().drive.string()},
+                          {"log", host->paths().log.string()}}));
+}
+
+TEST_F(Serve, statusOfAnEmptyHomeWritesNothing)
+{
+    EXPECT_FALSE(host->status().empty());
+    EXPECT_TRUE(std::filesystem::is_empty(host->paths().home));
+}
+
+TEST_F(Serve, firstStartMakesTheDriveAndMountsIt)
+{
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
+    const json root = status();
+    EXPECT_EQ(root["installed"], true);
+    EXPECT_EQ(root["mounted"], true);
+    EXPECT_FALSE(root.contains("attach_error"));
+    EXPECT_LT(root["store_bytes"].get<std::uint64_t>(), 32U << 20U);
+    EXPECT_EQ(std::filesystem::file_size(host->paths().image), std::uint64_t{8} << 40U);
+    std::ofstream(host->paths().drive / "file") << "text";
+    EXPECT_TRUE(std::filesystem::exists(host->paths().drive / "file"));
+}
+
+TEST_F(Serve, imageIsReadOnlyWhileAttachedAndWritableAfterwards)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    struct stat attached{};
+    ::stat(host->paths().image.c_str(), &attached);
+    EXPECT_EQ(attached.st_mode & 07777, 0400U);
+    host->endServing(SIGTERM);
+    struct stat detached{};
+    ::stat(host->paths().image.c_str(), &detached);
+    EXPECT_EQ(detached.st_mode & 07777, 0600U);
+    EXPECT_FALSE(std::filesystem::exists(host->paths().openMarker));
+}
+
+TEST_F(Serve, endSignalUnmountsAndNextStartBringsTheFilesBack)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(writeRandomFile(host->paths().drive / "a", 3'000'000, 1));
+    const auto before = fingerprint(host->paths().drive);
+    host->endServing(SIGTERM);
+    EXPECT_FALSE(host->isMounted());
+    EXPECT_FALSE(std::filesystem::exists(host->paths().drive));
+    ASSERT_TRUE(host->serveAndMount());
+    EXPECT_EQ(fingerprint(host->paths().drive), before);
+}
+
+TEST_F(Serve, busyDriveStaysMountedAtTheEndAndIsAdoptedLater)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(writeRandomFile(host->paths().drive / "a", 1000, 1));
+    {
+        const FileDescriptor open(::open((host->paths().drive / "a").c_str(), O_RDONLY | O_CLOEXEC));
+        host->endServing(SIGTERM);
+    }
+    EXPECT_TRUE(host->isMounted());
+    EXPECT_NE(host->logText().find("The drive stays mounted: The drive is in use by"), std::string::npos);
+    const std::string loop = findVolume(host->paths().image, Recognise::ByName)->loop;
+    ASSERT_TRUE(host->serveAndMount());
+    EXPECT_EQ(findVolume(host->paths().image, Recognise::ByName)->loop, loop);
+    EXPECT_NE(host->logText().find("mounted already"), std::string::npos);
+}
+
+TEST_F(Serve, secondServeEndsWithZeroAndChangesNothing)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    const pid_t first = host->servingProcess();
+    EXPECT_EQ(host->run({"serve"}).status, 0);
+    EXPECT_EQ(host->servingProcess(), first);
+    EXPECT_NE(host->logText().find("served already by another process"), std::string::npos);
+}
+
+TEST_F(Serve, secondServeWithAnotherRuntimeFolderEndsToo)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    host->setVariable("XDG_RUNTIME_DIR", (host->folder() / "other").string());
+    EXPECT_EQ(host->run({"serve"}).status, 0);
+    EXPECT_EQ(loopsOf(host->paths().image, Recognise::ByFile).size(), 1U);
+}
+
+TEST_F(Serve, commandsFindTheServingProcessFromAnotherEnvironment)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    host->setVariable("XDG_RUNTIME_DIR", "");
+    const ToolRun check = host->run({"check", "--json"});
+    EXPECT_NE(check.output.find(R"({"id":"running","title":"Ferrobank is running","state":"pass"})"),
+              std::string::npos)
+        << check.output;
+}
+
+TEST_F(Serve, worksWithoutRuntimeFolderInTheEnvironment)
+{
+    host->setVariable("XDG_RUNTIME_DIR", "");
+    const ToolRun restart = host->run({"restart"});
+    EXPECT_EQ(restart.status, 0) << restart.errorText;
+    EXPECT_TRUE(host->isMounted());
+    EXPECT_TRUE(std::filesystem::exists(host->paths().home / ".cache/ferrobank" / ("run-" + bootId()) /
+                                        "state.json"));
+    EXPECT_EQ(host->run({"uninstall"}).status, 0);
+}
+
+TEST_F(Serve, runtimeFolderThatVanishesComesBack)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    // Renamed first: the server writes into it while it is being emptied.
+    std::filesystem::rename(host->paths().runtime, host->folder() / "gone");
+    std::filesystem::remove_all(host->folder() / "gone");
+    EXPECT_TRUE(waitUntil([&] { return std::filesystem::exists(host->paths().state()); }));
+    EXPECT_EQ(host->run({"restart"}).status, 0);
+}
+
+TEST_F(Serve, restartStartsAServingProcessWhereNoneRuns)
+{
+    const ToolRun restart = host->run({"restart"});
+    EXPECT_EQ(restart.status, 0) << restart.errorText;
+    EXPECT_EQ(restart.output, "");
+    EXPECT_TRUE(host->isMounted());
+    EXPECT_NE(host->servingProcess(), 0);
+}
+
+TEST_F(Serve, restartUnmountsAndMountsInTheSameProcess)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    const pid_t process = host->servingProcess();
+    ASSERT_TRUE(writeRandomFile(host->paths().drive / "a", 100'000, 7));
+    const auto before = fingerprint(host->paths().drive);
+    EXPECT_EQ(host->run({"restart"}).status, 0);
+    EXPECT_EQ(host->servingProcess(), process);
+    EXPECT_EQ(fingerprint(host->paths().drive), before);
+    EXPECT_NE(host->logText().find("The drive was unmounted."), std::string::npos);
+}
+
+TEST_F(Serve, restartOfABusyDriveNamesTheProgramAndChangesNothing)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(writeRandomFile(host->paths().drive / "a", 1000, 1));
+    const FileDescriptor open(::open((host->paths().drive / "a").c_str(), O_RDONLY | O_CLOEXEC));
+    const ToolRun restart = host->run({"restart"});
+    EXPECT_EQ(restart.status, 1);
+    EXPECT_EQ(restart.errorText, "The drive is in use by tool_serve (" + std::to_string(::getpid()) +
+                                     "). Close it and try again.\n");
+    EXPECT_TRUE(host->isMounted());
+    EXPECT_EQ(status()["mounted"], true);
+}
+
+TEST_F(Serve, takeoverKeepsTheMountAndOpenFiles)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    const pid_t process = host->servingProcess();
+    std::ofstream writing(host->paths().drive / "open");
+    writing << "before ";
+    const ToolRun takeover = host->run({"restart", "--keep-mounted"});
+    EXPECT_EQ(takeover.status, 0) << takeover.errorText;
+    writing << "after";
+    writing.close();
+    EXPECT_EQ(readSmallFile(host->paths().drive / "open"), "before after");
+    EXPECT_EQ(host->servingProcess(), process);
+    EXPECT_EQ(host->logText().find("The drive was unmounted."), std::string::npos);
+}
+
+TEST_F(Serve, replacedProgramShowsAsPendingUpdateUntilTakenUp)
+{
+    const std::filesystem::path program = host->folder() / "ferrobank";
+    std::filesystem::copy_file(FERROBANK_TOOL, program);
+    host->useProgram(program);
+    ASSERT_TRUE(host->serveAndMount());
+    EXPECT_FALSE(status().contains("update_pending"));
+
+    std::filesystem::copy_file(FERROBANK_TOOL, host->folder() / "fresh");
+    std::filesystem::rename(host->folder() / "fresh", program);
+    EXPECT_EQ(status()["update_pending"], true);
+
+    EXPECT_EQ(host->run({"restart", "--keep-mounted"}).status, 0);
+    EXPECT_FALSE(status().contains("update_pending"));
+    EXPECT_TRUE(host->isMounted());
+}
+
+TEST_F(Serve, takeoverByABrokenProgramLeavesTheOldOneAtWork)
+{
+    const std::filesystem::path program = host->folder() / "ferrobank";
+    std::filesystem::copy_file(FERROBANK_TOOL, program);
+    host->useProgram(program);
+    ASSERT_TRUE(host->serveAndMount());
+    host->useProgram(FERROBANK_TOOL);
+    std::filesystem::remove(program);
+    const ToolRun takeover = host->run({"restart", "--keep-mounted"});
+    EXPECT_EQ(takeover.status, 1);
+    EXPECT_EQ(takeover.errorText, "The drive's new program cannot be started: No such file or directory.\n");
+    EXPECT_EQ(status()["mounted"], true);
+    EXPECT_EQ(host->run({"check", "--json"}).output.find("not running"), std::string::npos);
+}
+
+TEST_F(Serve, hangUpSignalTakesUpTheProgramToo)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    const pid_t process = host->servingProcess();
+    ::kill(process, SIGHUP);
+    EXPECT_TRUE(waitUntil([&] { return host->logText().find("mounted already") != std::string::npos; }));
+    EXPECT_EQ(host->servingProcess(), process);
+}
+
+TEST_F(Serve, killedServeLeavesTheMountAndTheNextOneAdoptsIt)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(writeRandomFile(host->paths().drive / "a", 2'000'000, 3));
+    const auto before = fingerprint(host->paths().drive);
+    host->endServing(SIGKILL);
+    EXPECT_EQ(status()["mounted"], true);
+    ASSERT_TRUE(host->serveAndMount());
+    EXPECT_EQ(fingerprint(host->paths().drive), before);
+    EXPECT_EQ(loopsOf(host->paths().image, Recognise::ByFile).size(), 1U);
+}
+
+TEST_F(Serve, killAtAnyMomentOfTheFirstStartLeavesNothingThatTheNextCannotUse)
+{
+    for (int delay = 0; delay <= 400; delay += 20) {
+        host->startServing();
+        ::usleep(static_cast<useconds_t>(delay) * 1000);
+        host->endServing(SIGKILL);
+        ASSERT_TRUE(host->serveAndMount()) << "after a kill at " << delay << " ms: " << host->logText();
+        ASSERT_EQ(loopsOf(host->paths().image, Recognise::ByFile).size(), 1U);
+        ASSERT_EQ(host->run({"uninstall", "--delete-store"}).status, 0)
+            << "after a kill at " << delay << " ms";
+        ASSERT_FALSE(std::filesystem::exists(host->paths().store));
+    }
+}
+
+TEST_F(Serve, killAtAnyMomentOfALaterStartKeepsAllFiles)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    for (unsigned number = 0; number < 20; ++number) {
+        ASSERT_TRUE(writeRandomFile(host->paths().drive / std::to_string(number), 50'000, number));
+    }
+    const auto before = fingerprint(host->paths().drive);
+    for (int delay = 0; delay <= 200; delay += 10) {
+        host->endServing(SIGTERM);
+        ASSERT_FALSE(host->isMounted());
+        host->startServing();
+        ::usleep(static_cast<useconds_t>(delay) * 1000);
+        host->endServing(SIGKILL);
+        ASSERT_TRUE(host->serveAndMount()) << "after a kill at " << delay << " ms: " << host->logText();
+        ASSERT_EQ(fingerprint(host->paths().drive), before) << "after a kill at " << delay << " ms";
+    }
+}
+
+TEST_F(Serve, figuresFollowTheFiles)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(writeRandomFile(host->paths().drive / "a", 5'000'000, 1));
+    ASSERT_EQ(::system(("cp --reflink=always " + (host->paths().drive / "a").string() + " " +
+                        (host->paths().drive / "b").string())
+                           .c_str()),
+              0);
+    host->endServing(SIGTERM);
+    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(waitUntil([&] {
+        const json root = status();
+        return root.contains("volume_used") && root["volume_used"].get<std::uint64_t>() >= 10'000'000U;
+    })) << host->status();
+    const json root = status();
+    EXPECT_LT(root["volume_used"].get<std::uint64_t>(), 10'100'000U);
+}
+
+TEST_F(Serve, statusDoesNotTouchTheDrive)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    const std::string trace = (host->folder() / "trace").string();
+    if (::system("command -v strace >/dev/null") != 0) {
+        GTEST_SKIP() << "strace is not installed";
+    }
+    const std::string command = "HOME='" + host->paths().home.string() + "' XDG_RUNTIME_DIR='" +
+                                host->paths().runtime.parent_path().string() +
+                                "' strace -f -e trace=file -o '" + trace +
+                                "' " FERROBANK_TOOL " status --json >/dev/null";
+    ASSERT_EQ(::system(command.c_str()), 0);
+    const std::string calls = readSmallFile(trace).value_or(std::string());
+    ASSERT_FALSE(calls.empty());
+    EXPECT_EQ(calls.find(host->paths().drive.string() + "\""), std::string::npos);
+    EXPECT_EQ(calls.find(host->paths().drive.string() + "/"), std::string::npos);
+}
+
+} // namespace
+} // namespace ferrobank::drive::testing
