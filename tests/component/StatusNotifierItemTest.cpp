@@ -1,6 +1,6 @@
 #include "Platform/linux/tray/StatusNotifierItem.h"
 
-#include "support/PrivateBus.h"
+#include "support/TrayHost.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QTemporaryDir>
@@ -21,16 +21,7 @@ namespace {
 
 const QString kWatcher = u"org.kde.StatusNotifierWatcher"_s;
 const QString kItem = u"org.kde.StatusNotifierItem"_s;
-const QString kMenu = u"com.canonical.dbusmenu"_s;
 const QString kProperties = u"org.freedesktop.DBus.Properties"_s;
-
-QList<MenuEntry> someEntries()
-{
-    return {{1, MenuEntry::Kind::Text, u"Ferrobank · Mounted"_s, false},
-            {3, MenuEntry::Kind::Divider, {}, false},
-            {4, MenuEntry::Kind::Button, u"Open under_score & more"_s, false},
-            {10, MenuEntry::Kind::Toggle, u"Open Menu at Login"_s, true}};
-}
 
 } // namespace
 
@@ -69,75 +60,6 @@ private:
     QDBusConnection connection;
 };
 
-/// The program's side, as the session composes it.
-struct Program {
-    std::unique_ptr<SessionBus> bus = SessionBus::open();
-    StatusNotifierItem item;
-
-    explicit Program(const TrayIcon& icon = TrayIcon("/nowhere")) : item(*bus, icon) { bus->attach(); }
-
-    [[nodiscard]] QString name() const
-    {
-        const char* unique = nullptr;
-        sd_bus_get_unique_name(bus->get(), &unique);
-        return QString::fromLatin1(unique);
-    }
-};
-
-/// A host's side.
-struct Host {
-    QDBusConnection connection;
-    QString service;
-
-    [[nodiscard]] QVariant property(const QString& interface, const QString& path, const QString& name) const
-    {
-        const QDBusMessage reply =
-            PrivateBus::call(connection, service, path, kProperties, u"Get"_s, {interface, name});
-        return reply.arguments().value(0).value<QDBusVariant>().variant();
-    }
-
-    [[nodiscard]] QVariant item(const QString& name) const
-    {
-        return property(kItem, u"/StatusNotifierItem"_s, name);
-    }
-
-    [[nodiscard]] QDBusMessage menu(const QString& method, const QVariantList& arguments) const
-    {
-        return PrivateBus::call(connection, service, u"/MenuBar"_s, kMenu, method, arguments);
-    }
-
-    struct Node {
-        int id = 0;
-        QVariantMap properties;
-    };
-
-    /// Revision and children of the root.
-    [[nodiscard]] std::pair<uint, QList<Node>> layout() const
-    {
-        const QDBusMessage reply = menu(u"GetLayout"_s, {0, -1, QStringList()});
-        const auto root = reply.arguments().value(1).value<QDBusArgument>();
-        QList<Node> nodes;
-        int id = 0;
-        QVariantMap properties;
-        root.beginStructure();
-        root >> id >> properties;
-        root.beginArray();
-        while (!root.atEnd()) {
-            QDBusVariant child;
-            root >> child;
-            const auto argument = child.variant().value<QDBusArgument>();
-            Node node;
-            argument.beginStructure();
-            argument >> node.id >> node.properties;
-            argument.endStructure();
-            nodes << node;
-        }
-        root.endArray();
-        root.endStructure();
-        return {reply.arguments().value(0).toUInt(), nodes};
-    }
-};
-
 class StatusNotifierItemTest : public QObject {
     Q_OBJECT
 
@@ -160,7 +82,7 @@ private Q_SLOTS:
     void itemRegistersWithTheWatcherThatIsThere()
     {
         FakeWatcher watcher(_bus->connect());
-        Program program;
+        TrayProgram program;
         QSignalSpy taken(&program.item, &StatusNotifierItem::takenChanged);
         QTRY_COMPARE(watcher.registered.size(), 1);
         QVERIFY(watcher.registered.constFirst().startsWith(u"org.kde.StatusNotifierItem-"_s));
@@ -170,7 +92,7 @@ private Q_SLOTS:
 
     void itemRegistersWithAWatcherThatComesLater()
     {
-        Program program;
+        TrayProgram program;
         QDBusConnection panel = _bus->connect();
         QSignalSpy taken(&program.item, &StatusNotifierItem::takenChanged);
         FakeWatcher watcher(panel);
@@ -180,7 +102,7 @@ private Q_SLOTS:
 
     void itemRegistersAgainAfterAPanelRestart()
     {
-        Program program;
+        TrayProgram program;
         QSignalSpy taken(&program.item, &StatusNotifierItem::takenChanged);
         for (int round = 1; round <= 3; ++round) {
             FakeWatcher watcher(_bus->connect());
@@ -195,7 +117,7 @@ private Q_SLOTS:
     {
         FakeWatcher watcher(_bus->connect());
         watcher.hostRegistered = false;
-        Program program;
+        TrayProgram program;
         QSignalSpy taken(&program.item, &StatusNotifierItem::takenChanged);
         QTRY_COMPARE(watcher.registered.size(), 1);
         watcher.hostRegistered = true;
@@ -206,9 +128,9 @@ private Q_SLOTS:
 
     void itemTellsNamesWordsAndPlaces()
     {
-        Program program(TrayIcon("/opt/Ferrobank.app/Contents/Resources"));
+        TrayProgram program(TrayIcon("/opt/Ferrobank.app/Contents/Resources"));
         program.item.setFace({.title = u"Ferrobank"_s, .toolTip = u"1 GB used"_s, .needsAttention = false});
-        const Host host{_bus->connect(), program.name()};
+        const TrayHost host{_bus->connect(), program.name()};
         QCOMPARE(host.item(u"Id"_s).toString(), u"org.ferrobank.Ferrobank"_s);
         QCOMPARE(host.item(u"Title"_s).toString(), u"Ferrobank"_s);
         QCOMPARE(host.item(u"Status"_s).toString(), u"Active"_s);
@@ -233,8 +155,8 @@ private Q_SLOTS:
 
     void allPropertiesCanBeReadAtOnce()
     {
-        Program program;
-        const Host host{_bus->connect(), program.name()};
+        TrayProgram program;
+        const TrayHost host{_bus->connect(), program.name()};
         const QDBusMessage reply = PrivateBus::call(host.connection, host.service, u"/StatusNotifierItem"_s,
                                                     kProperties, u"GetAll"_s, {kItem});
         QCOMPARE(reply.type(), QDBusMessage::ReplyMessage);
@@ -243,8 +165,8 @@ private Q_SLOTS:
 
     void attentionChangesShapeStatusAndWords()
     {
-        Program program;
-        const Host host{_bus->connect(), program.name()};
+        TrayProgram program;
+        const TrayHost host{_bus->connect(), program.name()};
         QVERIFY(
             listen(host, u"/StatusNotifierItem"_s, kItem, {u"NewIcon"_s, u"NewTitle"_s, u"NewToolTip"_s}));
         program.item.setFace(
@@ -257,8 +179,8 @@ private Q_SLOTS:
 
     void equalFaceTellsNothing()
     {
-        Program program;
-        const Host host{_bus->connect(), program.name()};
+        TrayProgram program;
+        const TrayHost host{_bus->connect(), program.name()};
         const StatusItemFace face{.title = u"Ferrobank"_s, .toolTip = u"x"_s, .needsAttention = false};
         program.item.setFace(face);
         QVERIFY(
@@ -286,9 +208,9 @@ private Q_SLOTS:
 
     void clickActivatesWithTheTokenOfThatClickOnly()
     {
-        Program program;
+        TrayProgram program;
         QSignalSpy activated(&program.item, &StatusItem::activated);
-        const Host host{_bus->connect(), program.name()};
+        const TrayHost host{_bus->connect(), program.name()};
         const auto call = [&](const QString& method, const QVariantList& arguments) {
             return PrivateBus::call(host.connection, host.service, u"/StatusNotifierItem"_s, kItem, method,
                                     arguments);
@@ -302,146 +224,8 @@ private Q_SLOTS:
         QVERIFY(activated.at(1).at(0).toString().isEmpty());
     }
 
-    void menuIsReadAsItWasSet()
-    {
-        Program program;
-        program.item.setMenu(someEntries());
-        const Host host{_bus->connect(), program.name()};
-        const auto [revision, nodes] = host.layout();
-        QCOMPARE(nodes.size(), 4);
-        QCOMPARE(nodes.at(0).id, 1);
-        QCOMPARE(nodes.at(0).properties.value(u"label"_s).toString(), u"Ferrobank · Mounted"_s);
-        QCOMPARE(nodes.at(0).properties.value(u"enabled"_s), QVariant(false));
-        QCOMPARE(nodes.at(1).properties.value(u"type"_s).toString(), u"separator"_s);
-        QCOMPARE(nodes.at(3).properties.value(u"toggle-type"_s).toString(), u"checkmark"_s);
-        QCOMPARE(nodes.at(3).properties.value(u"toggle-state"_s).toInt(), 1);
-        QVERIFY(!nodes.at(2).properties.contains(u"enabled"_s));
-        QVERIFY(!nodes.at(2).properties.contains(u"shortcut"_s));
-    }
-
-    void noLetterOfALabelIsAMnemonic()
-    {
-        Program program;
-        program.item.setMenu(someEntries());
-        const Host host{_bus->connect(), program.name()};
-        QCOMPARE(host.layout().second.at(2).properties.value(u"label"_s).toString(),
-                 u"Open under__score & more"_s);
-    }
-
-    void menuIsReadAfreshBeforeItShows()
-    {
-        Program program;
-        program.item.setMenu(someEntries());
-        const Host host{_bus->connect(), program.name()};
-        const uint before = host.layout().first;
-        connect(&program.item, &StatusItem::aboutToShowMenu, this,
-                [&] { program.item.setMenu(someEntries().first(2)); });
-        const QDBusMessage reply = host.menu(u"AboutToShow"_s, {0});
-        QCOMPARE(reply.arguments().value(0).toBool(), true);
-        const auto [revision, nodes] = host.layout();
-        QCOMPARE(nodes.size(), 2);
-        QVERIFY(revision > before);
-        QCOMPARE(host.menu(u"AboutToShow"_s, {0}).arguments().value(0).toBool(), false);
-    }
-
-    void changedTextTellsThatEntryAlone()
-    {
-        Program program;
-        program.item.setMenu(someEntries());
-        const Host host{_bus->connect(), program.name()};
-        QVERIFY(listen(host, u"/MenuBar"_s, kMenu, {u"ItemsPropertiesUpdated"_s, u"LayoutUpdated"_s}));
-        QList<MenuEntry> changed = someEntries();
-        changed[0].text = u"Ferrobank · Starting…"_s;
-        program.item.setMenu(changed);
-        QTRY_COMPARE(_signals.size(), 1);
-        QCOMPARE(_signals.constFirst(), u"ItemsPropertiesUpdated"_s);
-    }
-
-    void equalMenuTellsNothing()
-    {
-        Program program;
-        program.item.setMenu(someEntries());
-        const Host host{_bus->connect(), program.name()};
-        QVERIFY(listen(host, u"/MenuBar"_s, kMenu, {u"ItemsPropertiesUpdated"_s, u"LayoutUpdated"_s}));
-        program.item.setMenu(someEntries());
-        (void)host.layout(); // after anything sent before it
-        QVERIFY(_signals.isEmpty());
-    }
-
-    void chosenEntryArrivesAfterTheHostIsAnswered()
-    {
-        Program program;
-        program.item.setMenu(someEntries());
-        QSignalSpy chosen(&program.item, &StatusItem::chosen);
-        const Host host{_bus->connect(), program.name()};
-        const QVariantList click{4, u"clicked"_s, QVariant::fromValue(QDBusVariant(QString())), 0U};
-        QCOMPARE(host.menu(u"Event"_s, click).type(), QDBusMessage::ReplyMessage);
-        QTRY_COMPARE(chosen.count(), 1);
-        QCOMPARE(chosen.at(0).at(0).toInt(), 4);
-    }
-
-    void textsDividersAndHoveringChooseNothing()
-    {
-        Program program;
-        program.item.setMenu(someEntries());
-        QSignalSpy chosen(&program.item, &StatusItem::chosen);
-        const Host host{_bus->connect(), program.name()};
-        const QVariant empty = QVariant::fromValue(QDBusVariant(QString()));
-        QCOMPARE(host.menu(u"Event"_s, {1, u"clicked"_s, empty, 0U}).type(), QDBusMessage::ReplyMessage);
-        QCOMPARE(host.menu(u"Event"_s, {3, u"clicked"_s, empty, 0U}).type(), QDBusMessage::ReplyMessage);
-        QCOMPARE(host.menu(u"Event"_s, {4, u"hovered"_s, empty, 0U}).type(), QDBusMessage::ReplyMessage);
-        QCOMPARE(host.menu(u"Event"_s, {0, u"opened"_s, empty, 0U}).type(), QDBusMessage::ReplyMessage);
-        QCoreApplication::processEvents();
-        QCOMPARE(chosen.count(), 0);
-    }
-
-    void eventOfAnEntryThatIsGoneIsAnError()
-    {
-        Program program;
-        program.item.setMenu(someEntries());
-        const Host host{_bus->connect(), program.name()};
-        const QVariant empty = QVariant::fromValue(QDBusVariant(QString()));
-        QCOMPARE(host.menu(u"Event"_s, {5, u"clicked"_s, empty, 0U}).type(), QDBusMessage::ErrorMessage);
-        QCOMPARE(host.menu(u"GetProperty"_s, {5, u"label"_s}).type(), QDBusMessage::ErrorMessage);
-    }
-
-    void singlePropertiesAndGroupsCanBeRead()
-    {
-        Program program;
-        program.item.setMenu(someEntries());
-        const Host host{_bus->connect(), program.name()};
-        const QDBusMessage reply = host.menu(u"GetProperty"_s, {10, u"toggle-state"_s});
-        QCOMPARE(reply.arguments().value(0).value<QDBusVariant>().variant().toInt(), 1);
-        const QVariant ids = QVariant::fromValue(QList<int>{1, 4, 99});
-        const QDBusMessage group = host.menu(u"GetGroupProperties"_s, {ids, QStringList{u"label"_s}});
-        const auto list = group.arguments().value(0).value<QDBusArgument>();
-        int count = 0;
-        list.beginArray();
-        while (!list.atEnd()) {
-            int id = 0;
-            QVariantMap properties;
-            list.beginStructure();
-            list >> id >> properties;
-            list.endStructure();
-            QCOMPARE(properties.keys(), QStringList{u"label"_s});
-            ++count;
-        }
-        list.endArray();
-        QCOMPARE(count, 2);
-    }
-
-    void repeatTellsTheLooksOfAllEntries()
-    {
-        Program program;
-        program.item.setMenu(someEntries());
-        const Host host{_bus->connect(), program.name()};
-        QVERIFY(listen(host, u"/MenuBar"_s, kMenu, {u"ItemsPropertiesUpdated"_s, u"LayoutUpdated"_s}));
-        program.item.repeatMenu();
-        QTRY_COMPARE(_signals, QStringList{u"ItemsPropertiesUpdated"_s});
-    }
-
 private:
-    bool listen(const Host& host, const QString& path, const QString& interface, const QStringList& names)
+    bool listen(const TrayHost& host, const QString& path, const QString& interface, const QStringList& names)
     {
         _signals.clear();
         bool connected = true;

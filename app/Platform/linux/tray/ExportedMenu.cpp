@@ -1,6 +1,7 @@
 #include "Platform/linux/tray/ExportedMenu.h"
 
 #include "Platform/linux/tray/MenuChange.h"
+#include "Platform/linux/tray/MenuMessages.h"
 
 #include <QtGui/QGuiApplication>
 
@@ -14,105 +15,7 @@ namespace ferrobank {
 namespace {
 
 constexpr auto kInterface = "com.canonical.dbusmenu";
-constexpr int kRoot = 0;
-
-/// Names of properties that the caller wants; none means all.
-using Wanted = std::vector<std::string>;
-
-bool wants(const Wanted& wanted, const char* name)
-{
-    return wanted.empty() || std::find(wanted.begin(), wanted.end(), name) != wanted.end();
-}
-
-/// In labels an underscore marks a mnemonic; two are one underscore.
-std::string label(const MenuEntry& entry)
-{
-    QString text = entry.text;
-    return text.replace(u'_', QStringLiteral("__")).toStdString();
-}
-
-bool choosable(const MenuEntry& entry)
-{
-    return entry.kind == MenuEntry::Kind::Button || entry.kind == MenuEntry::Kind::Toggle;
-}
-
-/// Properties with their default value are left out, as the interface asks.
-void appendProperties(sd_bus_message* message, const MenuEntry* entry, const Wanted& wanted)
-{
-    sd_bus_message_open_container(message, 'a', "{sv}");
-    if (entry == nullptr) {
-        if (wants(wanted, "children-display")) {
-            sd_bus_message_append(message, "{sv}", "children-display", "s", "submenu");
-        }
-    } else if (entry->kind == MenuEntry::Kind::Divider) {
-        if (wants(wanted, "type")) {
-            sd_bus_message_append(message, "{sv}", "type", "s", "separator");
-        }
-    } else {
-        if (wants(wanted, "label")) {
-            sd_bus_message_append(message, "{sv}", "label", "s", label(*entry).c_str());
-        }
-        if (entry->kind == MenuEntry::Kind::Text && wants(wanted, "enabled")) {
-            sd_bus_message_append(message, "{sv}", "enabled", "b", 0);
-        }
-        if (entry->kind == MenuEntry::Kind::Toggle) {
-            if (wants(wanted, "toggle-type")) {
-                sd_bus_message_append(message, "{sv}", "toggle-type", "s", "checkmark");
-            }
-            if (wants(wanted, "toggle-state")) {
-                sd_bus_message_append(message, "{sv}", "toggle-state", "i", entry->checked ? 1 : 0);
-            }
-        }
-    }
-    sd_bus_message_close_container(message);
-}
-
-/// One node of the layout, (ia{sv}av), with its children when `children` is given.
-void appendNode(sd_bus_message* message, int id, const MenuEntry* entry, const Wanted& wanted,
-                const QList<MenuEntry>& children)
-{
-    sd_bus_message_open_container(message, 'r', "ia{sv}av");
-    sd_bus_message_append(message, "i", id);
-    appendProperties(message, entry, wanted);
-    sd_bus_message_open_container(message, 'a', "v");
-    for (const MenuEntry& child : children) {
-        sd_bus_message_open_container(message, 'v', "(ia{sv}av)");
-        appendNode(message, child.id, &child, wanted, {});
-        sd_bus_message_close_container(message);
-    }
-    sd_bus_message_close_container(message);
-    sd_bus_message_close_container(message);
-}
-
-bool readWanted(sd_bus_message* message, Wanted& wanted)
-{
-    char** names = nullptr;
-    if (sd_bus_message_read_strv(message, &names) < 0) {
-        return false;
-    }
-    if (names != nullptr) {
-        for (char** name = names; *name != nullptr; ++name) {
-            wanted.emplace_back(*name);
-            free(*name);
-        }
-        free(static_cast<void*>(names));
-    }
-    return true;
-}
-
-bool readIds(sd_bus_message* message, std::vector<int>& ids)
-{
-    const void* data = nullptr;
-    size_t bytes = 0;
-    if (sd_bus_message_read_array(message, 'i', &data, &bytes) < 0) {
-        return false;
-    }
-    ids.resize(bytes / sizeof(int));
-    if (bytes > 0) {
-        std::memcpy(ids.data(), data, bytes);
-    }
-    return true;
-}
+constexpr int kRoot = kMenuRoot;
 
 int unknownEntry(sd_bus_error* error)
 {
@@ -129,7 +32,7 @@ struct ExportedMenuCalls {
     {
         int parent = kRoot;
         int depth = -1;
-        Wanted wanted;
+        WantedProperties wanted;
         if (sd_bus_message_read(call, "ii", &parent, &depth) < 0 || !readWanted(call, wanted)) {
             return -EINVAL;
         }
@@ -152,7 +55,7 @@ struct ExportedMenuCalls {
     static int getGroupProperties(sd_bus_message* call, void* menu, sd_bus_error*)
     {
         std::vector<int> ids;
-        Wanted wanted;
+        WantedProperties wanted;
         if (!readIds(call, ids) || !readWanted(call, wanted)) {
             return -EINVAL;
         }
@@ -194,7 +97,7 @@ struct ExportedMenuCalls {
         }
         const std::string wanted(name);
         if (wanted == "label" && entry->kind != MenuEntry::Kind::Divider) {
-            return sd_bus_reply_method_return(call, "v", "s", label(*entry).c_str());
+            return sd_bus_reply_method_return(call, "v", "s", menuLabel(*entry).c_str());
         }
         if (wanted == "type") {
             const bool divider = entry->kind == MenuEntry::Kind::Divider;
@@ -225,7 +128,7 @@ struct ExportedMenuCalls {
         if (entry == nullptr && id != kRoot) {
             return false;
         }
-        if (entry != nullptr && choosable(*entry) && std::strcmp(event, "clicked") == 0) {
+        if (entry != nullptr && isChoosable(*entry) && std::strcmp(event, "clicked") == 0) {
             menu._handlers.chosen(id);
         }
         return true;
