@@ -6,6 +6,7 @@ import os
 import pathlib
 import random
 import shutil
+import signal
 import statistics
 import subprocess
 import sys
@@ -254,6 +255,8 @@ def main():
     arguments = parser.parse_args()
     if os.geteuid() != 0:
         sys.exit("Mounting volumes needs root.")
+    # Whoever ends the script gets the mounts and the folder removed as well.
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit("Ended by a signal."))
     work = pathlib.Path(tempfile.mkdtemp(prefix="ferrobank-bench-", dir=arguments.work))
     try:
         run("cmake", "-S", HERE, "-B", work / "build", "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release")

@@ -63,6 +63,7 @@ class Life(program.ProgramTest):
 
     def test_second_start_needs_no_display(self):
         self.start_set_up()
+        self.tray()
         second = self.program.begin(DISPLAY=None, WAYLAND_DISPLAY=None)
         self.assertEqual(second.wait(timeout=20), 0)
         self.see("Space saved")

@@ -215,6 +215,10 @@ class Updates(program.ProgramTest):
         self.tray().choose("Open Ferrobank")
         self.see("Space saved")
         wait_until(lambda: (self.staging / "staged.json").exists(), "the update waits", 90)
+        # The record comes before the worker has told the program of it.
+        children = pathlib.Path(f"/proc/{self.program.process.pid}/task/{self.program.process.pid}/children")
+        wait_until(lambda: children.read_text().strip() == "", "the worker has ended", 30)
+        self.see("Space saved")
         status, _ = self.program.end()
         self.assertEqual(status, 0)
         wait_until(lambda: version_of(self.program.bundle) == "1.0.1", "the new version is installed", 30)

@@ -522,7 +522,8 @@ void AppModelStateTest::pollCostsNoMemoryHowLongEverItGoesOn()
     const std::size_t before = allocatedBytes();
     QCOMPARE(pollALot(10'000), 10'000);
     const std::size_t after = allocatedBytes();
-    QVERIFY2(after < before + 4096, qPrintable(u"%1 bytes more"_s.arg(after - before)));
+    // One lost object in each poll would be 160,000 bytes; a container that keeps room for later is none.
+    QVERIFY2(after < before + 32'768, qPrintable(u"%1 bytes more"_s.arg(after - before)));
     QVERIFY(isIdle());
 }
 
