@@ -85,6 +85,7 @@ fi
 command=$!
 if [ "$agent" != none ]; then
     until_works runs_as "$command" "$user"
+    : >"$log" # what an earlier agent said there must not be taken for this one's word
     "$here/polkit-agent.py" "$command" "$agent" >"$log" 2>&1 &
     helper=$!
     until_works grep -q registered "$log"
