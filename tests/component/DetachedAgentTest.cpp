@@ -99,8 +99,8 @@ void DetachedAgentTest::startedAgentRunsApartFromThisProgram()
                  u"/dev/null"_s);
     }
     // The tool itself opens its scenario and its record for a moment.
-    QTRY_COMPARE(QDir(u"/proc/%1/fd"_s.arg(process)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size(),
-                 3);
+    QTRY_COMPARE(
+        QDir(u"/proc/%1/fd"_s.arg(process)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size(), 3);
     QCOMPARE(QFile::symLinkTarget(u"/proc/%1/cwd"_s.arg(process)), u"/"_s);
 }
 

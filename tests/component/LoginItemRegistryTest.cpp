@@ -9,6 +9,7 @@
 #include <QtCore/QDir>
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QFile>
+#include <QtCore/QScopeGuard>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QTest>
 
@@ -59,7 +60,9 @@ private Q_SLOTS:
     void propertyListThatIsNoneIsNotFound();
     void missingExecutableIsNotFound();
     void everyChangeShowsInTheFoldersToWatch();
-    void changesOfTheBusConnectionAreSurvived();
+    void managerIsReachedWithoutABus();
+    void managerIsReachedOverTheBusAlone();
+    void managerThatComesBackIsFoundAgain();
     void loginItemsPageIsTheApplicationsOwn();
 
 private:
@@ -422,14 +425,38 @@ void LoginItemRegistryTest::everyChangeShowsInTheFoldersToWatch()
     QVERIFY(changed());
 }
 
-void LoginItemRegistryTest::changesOfTheBusConnectionAreSurvived()
+void LoginItemRegistryTest::managerIsReachedWithoutABus()
+{
+    const QByteArray address = qgetenv("DBUS_SESSION_BUS_ADDRESS");
+    const auto back = qScopeGuard([&address] { qputenv("DBUS_SESSION_BUS_ADDRESS", address); });
+    qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
+    registry().registerService(LoginService::Agent, UserSwitch::Respect);
+    QVERIFY(agentStatus() == LoginServiceStatus::Enabled);
+    QTRY_COMPARE(_fixture->bundle.processes().size(), 1);
+}
+
+void LoginItemRegistryTest::managerIsReachedOverTheBusAlone()
+{
+    const QByteArray folder = qgetenv("XDG_RUNTIME_DIR");
+    const auto back = qScopeGuard([&folder] { qputenv("XDG_RUNTIME_DIR", folder); });
+    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(_fixture->folder.path()));
+    registry().registerService(LoginService::Agent, UserSwitch::Respect);
+    QVERIFY(agentStatus() == LoginServiceStatus::Enabled);
+    QTRY_COMPARE(_fixture->bundle.processes().size(), 1);
+}
+
+void LoginItemRegistryTest::managerThatComesBackIsFoundAgain()
 {
     LinuxLoginItemRegistry kept = registry();
     const QByteArray address = qgetenv("DBUS_SESSION_BUS_ADDRESS");
-    qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
-    QVERIFY(kept.status(LoginService::Agent) == LoginServiceStatus::NotRegistered);
-    qputenv("DBUS_SESSION_BUS_ADDRESS", address);
+    const QByteArray folder = qgetenv("XDG_RUNTIME_DIR");
     kept.registerService(LoginService::Agent, UserSwitch::Respect);
+    qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
+    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(_fixture->folder.path()));
+    const LoginServiceStatus away = kept.status(LoginService::Agent);
+    qputenv("DBUS_SESSION_BUS_ADDRESS", address);
+    qputenv("XDG_RUNTIME_DIR", folder);
+    QVERIFY(away == LoginServiceStatus::NotRegistered);
     QVERIFY(kept.status(LoginService::Agent) == LoginServiceStatus::Enabled);
 }
 

@@ -262,6 +262,7 @@ void HeadlessProgramTest::busThatNeverGreetsEndsTheWaitAndNoGuiLibraryIsMapped()
     QProcess process;
     QProcessEnvironment environment;
     environment.insert(u"HOME"_s, _folder->path());
+    environment.insert(u"XDG_RUNTIME_DIR"_s, _folder->path());
     environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s,
                        u"unix:path="_s + QString::fromUtf8(path.toPercentEncoding("/-_.")));
     process.setProcessEnvironment(environment);

@@ -83,7 +83,8 @@ private Q_SLOTS:
 
     void missingOrWrongPartsAreRefused()
     {
-        for (const auto& [key, value] : manifest().items()) {
+        const Json whole = manifest();
+        for (const auto& [key, value] : whole.items()) {
             if (key == "requires")
                 continue;
             Json json = manifest();

@@ -24,8 +24,8 @@ bool isDark(const QPalette& palette)
     return palette.color(QPalette::WindowText).lightness() > palette.color(QPalette::Window).lightness();
 }
 
-// A running spinner takes a whole core where no graphics card helps; the software renderer needs next to nothing
-// for screens like these. Can be said only once in a process.
+// A running spinner takes a whole core where no graphics card helps; the software renderer needs next to
+// nothing for screens like these. Can be said only once in a process.
 void chooseRenderer()
 {
     static const bool chosen = [] {

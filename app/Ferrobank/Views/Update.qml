@@ -55,6 +55,8 @@ AppFrame {
                 required property int index
                 required property string modelData
 
+                // A repeated item sees the ids around it, which the linter of this version does not know.
+                // qmllint disable unqualified
                 readonly property bool last: index === choices.count - 1
 
                 objectName: "button" + index
@@ -62,6 +64,7 @@ AppFrame {
                 look: last ? PushButton.Prominent : PushButton.Bordered
                 defaultAction: last
                 onClicked: prompts.presenter.press(index)
+                // qmllint enable unqualified
             }
         }
     }

@@ -211,7 +211,7 @@ std::vector<Scene> dashboardScenes()
 
 std::vector<Scene> onboardingScenes()
 {
-    const auto step = [](Screen::Step step) { return on(Screen::onboarding(step)); };
+    const auto step = [](Screen::Step shown) { return on(Screen::onboarding(shown)); };
     const auto running =
         worded(setupRows(State::Pass, State::Running, State::Pending, State::Pending), u"mount"_s,
                u"Formatting an 8 TB volume. This takes a moment the first time."_s);

@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <limits>
 
 using namespace Qt::StringLiterals;
@@ -156,6 +157,7 @@ private Q_SLOTS:
     {
         const pid_t child = ::fork();
         if (child == 0) {
+            ::signal(SIGABRT, SIG_DFL); // without the test library's stack trace
             const rlimit noCore{0, 0};
             ::setrlimit(RLIMIT_CORE, &noCore);
             qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});

@@ -1,17 +1,14 @@
 #pragma once
 
+#include "Platform/linux/login/ManagerConnection.h"
 #include "Platform/linux/login/UserManager.h"
 
-#include <systemd/sd-bus.h>
-
-#include <memory>
 #include <string>
 #include <vector>
 
 namespace ferrobank {
 
-/// The systemd user manager, asked over the session bus with libsystemd. Connects at the first call, keeps
-/// the connection, and connects anew when it was lost.
+/// The systemd user manager, asked with libsystemd. Connects anew for every operation.
 ///
 /// Source of the calls: org.freedesktop.systemd1(5).
 class BusUserManager final : public UserManager {
@@ -27,35 +24,8 @@ public:
     void resetFailed(const std::string& unit) override;
 
 private:
-    struct CloseBus {
-        void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
-    };
-
-    struct ReleaseMessage {
-        void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
-    };
-
-    using Bus = std::unique_ptr<sd_bus, CloseBus>;
-    using Message = std::unique_ptr<sd_bus_message, ReleaseMessage>;
-
-    /// What a call came back with: a reply, or why there is none.
-    struct Outcome {
-        Message reply;
-        int error = 0; ///< errno value, 0 with a reply
-        std::string errorName;
-        std::string errorText;
-    };
-
-    /// The connection, ready to carry calls, or the errno value that prevented it.
-    int connect();
-    [[nodiscard]] Message newCall(const char* interface, const char* member);
-    [[nodiscard]] Outcome call(const Message& message, std::chrono::microseconds limit);
-    void change(const Message& message, const char* wish);
-    [[nodiscard]] Message unitListCall(const char* member, const std::string& unit);
-    [[nodiscard]] bool runs(const std::string& unit);
-    void requireConnection();
-
-    Bus _bus;
+    /// A connection to change something over; throws RegistryError if there is none.
+    [[nodiscard]] static ManagerConnection requireConnection();
 };
 
 } // namespace ferrobank
