@@ -150,7 +150,7 @@ start_manager() {
     pid=$!
     record systemd $pid
     # shellcheck disable=SC2016
-    wait_for 15 "user service manager" sh -c \
+    wait_for 20 "user service manager" sh -c \
         's=$(systemctl --user is-system-running); [ "$s" = running ] || [ "$s" = degraded ]'
 }
 
@@ -187,7 +187,7 @@ share_environment() {
 
 # Must be true before an application starts: Qt 6.4 does not notice a later change.
 start_accessibility() {
-    wait_for 10 "accessibility bus" busctl --user call org.a11y.Bus /org/a11y/bus org.a11y.Bus GetAddress
+    wait_for 20 "accessibility bus" busctl --user call org.a11y.Bus /org/a11y/bus org.a11y.Bus GetAddress
     (inside busctl --user set-property org.a11y.Bus /org/a11y/bus org.a11y.Status IsEnabled b true) >/dev/null 2>&1
 }
 
@@ -228,14 +228,14 @@ start_x() { # size
     H_DISPLAY=$(cat "$D/display")
     [ -n "$H_DISPLAY" ] || die "Xvfb did not start (log in $D/log/xvfb.log)"
     save
-    wait_for 10 "X server" xdpyinfo
+    wait_for 20 "X server" xdpyinfo
     share_environment DISPLAY
 }
 
 start_window_manager() {
     needs openbox xprop
     spawn wm openbox
-    wait_for 5 "window manager" sh -c 'xprop -root _NET_SUPPORTING_WM_CHECK | grep -q 0x'
+    wait_for 20 "window manager" sh -c 'xprop -root _NET_SUPPORTING_WM_CHECK | grep -q 0x'
 }
 
 panel_config() {
@@ -283,7 +283,7 @@ host_start() {
         panel_config
         spawn panel xfce4-panel --disable-wm-check
     fi
-    wait_for 15 "tray host" sh -c 'busctl --user get-property org.kde.StatusNotifierWatcher \
+    wait_for 20 "tray host" sh -c 'busctl --user get-property org.kde.StatusNotifierWatcher \
         /StatusNotifierWatcher org.kde.StatusNotifierWatcher IsStatusNotifierHostRegistered | grep -q true'
 }
 
@@ -364,7 +364,7 @@ up() {
         needs dbus-daemon busctl
         spawn dbus dbus-daemon --session --nofork --nopidfile --address="unix:path=$D/run/bus"
     fi
-    wait_for 5 "session bus" busctl --user call org.freedesktop.DBus /org/freedesktop/DBus org.freedesktop.DBus GetId
+    wait_for 20 "session bus" busctl --user call org.freedesktop.DBus /org/freedesktop/DBus org.freedesktop.DBus GetId
 
     if [ "$H_WAYLAND" = 1 ]; then
         start_wayland "$size"
