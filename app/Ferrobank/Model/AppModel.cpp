@@ -140,7 +140,7 @@ QCoro::Task<> AppModel::pollStatus()
     const auto life = _lifeline.hold();
     while (!life.isCut()) {
         co_await refresh();
-        if (!life.isCut() && isMounted()) {
+        if (!life.isCut() && _status && _status->mounted) {
             co_await ensureVolumeIcon(_status->mountpoint);
         }
         if (!life.isCut()) {

@@ -135,7 +135,9 @@ QCoro::Task<bool> AppModel::setUpFinder()
     const auto life = _lifeline.hold();
     const auto row = u"finder"_s;
     updateSetupTask(row, CheckItem::State::Running);
-    co_await ensureVolumeIcon(_status->mountpoint);
+    if (_status) {
+        co_await ensureVolumeIcon(_status->mountpoint);
+    }
     if (life.isCut()) {
         co_return false;
     }

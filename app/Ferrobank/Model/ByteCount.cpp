@@ -46,7 +46,7 @@ QString scaledBytes(quint64 bytes, const QLocale& locale)
 {
     // Integers all the way: the digits are exact. The largest unit takes whatever is left.
     quint64 steps = 0;
-    const Unit* chosen = nullptr;
+    const Unit* chosen = kUnits.data();
     for (const Unit& unit : kUnits) {
         chosen = &unit;
         steps = bytes / unit.step + (bytes % unit.step >= unit.step - unit.step / 2 ? 1 : 0);
