@@ -76,6 +76,8 @@ qt_add_qml_module(
         Components/SymbolImage.h
         Components/Theme.cpp
         Components/Theme.h
+        Components/WindowFit.cpp
+        Components/WindowFit.h
         Dashboard/DashboardPresenter.cpp
         Dashboard/DashboardPresenter.h
         Views/CheckRowStyle.cpp
