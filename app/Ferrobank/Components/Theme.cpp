@@ -2,10 +2,13 @@
 
 #include <QtCore/QEvent>
 #include <QtGui/QFontDatabase>
+#include <QtGui/QFontInfo>
+#include <QtGui/QFontMetricsF>
 #include <QtGui/QGuiApplication>
 #include <QtGui/QScreen>
 #include <QtQml/QQmlEngine>
 
+#include <algorithm>
 #include <cmath>
 
 namespace ferrobank {
@@ -117,6 +120,23 @@ QFont Theme::styled(double size, QFont::Weight weight) const
     scale(font, _base, size / kBodySize);
     font.setWeight(weight);
     return font;
+}
+
+qreal Theme::textScale() const
+{
+    return QFontInfo(_base).pixelSize() / kBodySize;
+}
+
+QFont Theme::fitted(const QFont& font, const QString& text, qreal width, qreal least) const
+{
+    const qreal wanted = QFontMetricsF(font).horizontalAdvance(text);
+    if (wanted <= width) {
+        return font;
+    }
+    QFont smaller = font;
+    const int size = QFontInfo(font).pixelSize();
+    smaller.setPixelSize(int(std::max(std::floor(size * width / wanted), std::ceil(size * least))));
+    return smaller;
 }
 
 QFont Theme::monospace() const

@@ -10,8 +10,8 @@ Panel {
 
     implicitHeight: column.implicitHeight + 32
 
-    Accessible.role: Accessible.StaticText
-    Accessible.name: qsTr("%1: %2").arg(tile.label).arg(tile.value)
+    Accessible.role: Accessible.Grouping
+    Accessible.name: tile.label
 
     Column {
         id: column
@@ -29,24 +29,14 @@ Panel {
             Accessible.ignored: true
         }
 
-        BodyText {
-            id: figure
-
+        SelectableText {
             objectName: "value"
             width: parent.width
             text: tile.value
-            font: Theme.title2Figure
-            wrapMode: Text.NoWrap
-            fontSizeMode: Text.HorizontalFit
-            minimumPixelSize: Math.ceil(metrics.height / 1.2 * 0.8)
-            elide: Text.ElideRight
-            Accessible.ignored: true
-        }
-
-        FontMetrics {
-            id: metrics
-
-            font: Theme.title2Figure
+            // Text that is larger than usual by the desktop's wish may give way further: the tile cannot grow.
+            font: Theme.fitted(Theme.title2Figure, tile.value, width, 0.8 / Math.max(1, Theme.textScale))
+            wrapMode: TextEdit.NoWrap
+            clip: contentWidth > width
         }
     }
 }
