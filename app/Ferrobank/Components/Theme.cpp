@@ -9,6 +9,7 @@
 #include <QtQml/QQmlEngine>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace ferrobank {
@@ -18,6 +19,8 @@ namespace {
 using namespace Qt::StringLiterals;
 
 constexpr double kBodySize = 13;
+constexpr std::array kTints{Tint::Primary, Tint::Secondary, Tint::Tertiary, Tint::Accent,
+                            Tint::Green,   Tint::Orange,    Tint::Red};
 
 void scale(QFont& font, const QFont& base, double factor)
 {
@@ -106,10 +109,17 @@ void Theme::rebuild()
 QVariantList Theme::tints() const
 {
     QVariantList colors;
-    for (const Tint tint :
-         {Tint::Primary, Tint::Secondary, Tint::Tertiary, Tint::Accent, Tint::Green, Tint::Orange, Tint::Red})
-    {
+    for (const Tint tint : kTints) {
         colors << _palette.tint(tint);
+    }
+    return colors;
+}
+
+QVariantList Theme::symbolTints() const
+{
+    QVariantList colors;
+    for (const Tint tint : kTints) {
+        colors << _palette.symbolTint(tint);
     }
     return colors;
 }

@@ -50,6 +50,8 @@ class Theme : public QObject {
     Q_PROPERTY(QColor red READ red NOTIFY colorsChanged)
     /// The colours of Tints, in its order.
     Q_PROPERTY(QVariantList tints READ tints NOTIFY colorsChanged)
+    /// The same for symbols that stand by themselves.
+    Q_PROPERTY(QVariantList symbolTints READ symbolTints NOTIFY colorsChanged)
 
     Q_PROPERTY(qreal textScale READ textScale NOTIFY fontsChanged)
     Q_PROPERTY(QFont title READ title NOTIFY fontsChanged)
@@ -132,6 +134,7 @@ public:
     [[nodiscard]] QColor red() const { return _palette.red; }
 
     [[nodiscard]] QVariantList tints() const;
+    [[nodiscard]] QVariantList symbolTints() const;
 
     /// How large the desktop's text is: 1 for a body of 13 device-independent pixels.
     [[nodiscard]] qreal textScale() const;
