@@ -29,6 +29,6 @@ Item {
     Loader {
         anchors.centerIn: parent
         active: icon.running
-        sourceComponent: Spinner {}
+        sourceComponent: Spinner { Accessible.ignored: true }
     }
 }
