@@ -1,6 +1,5 @@
 #include "Ferrobank/CLI/DriveStatus.h"
 #include "Ferrobank/CLI/ProcessCLI.h"
-#include "Ferrobank/Diagnostics/ToolJournal.h"
 #include "Platform/ChildProcess.h"
 #include "support/Await.h"
 #include "support/ProcessFacts.h"
@@ -98,37 +97,6 @@ private Q_SLOTS:
         tool.plays(R"([{"err": "  volume busy\n"}, {"exit": 3}])");
         ProcessCLI cli(tool.path());
         QCOMPARE(failureOf(cli), u"volume busy"_s);
-    }
-
-    void failuresAreNotedInTheJournal()
-    {
-        const ScriptedTool tool;
-        tool.plays(R"([{"err": "volume busy\n"}, {"exit": 3}])");
-        ToolJournal journal;
-        ProcessCLI cli(tool.path(), &journal);
-        QCOMPARE(failureOf(cli, {u"restart"_s}), u"volume busy"_s);
-        QCOMPARE(journal.entries().size(), 1);
-        QCOMPARE(journal.entries().constFirst().args, QStringList{u"restart"_s});
-        QCOMPARE(journal.entries().constFirst().words, u"volume busy"_s);
-    }
-
-    void aToolThatCannotStartIsNotedInTheJournal()
-    {
-        ToolJournal journal;
-        ProcessCLI cli(u"/nowhere/ferrobank"_s, &journal);
-        const QString error = launchErrorOf(cli);
-        QVERIFY(!error.isEmpty());
-        QCOMPARE(journal.entries().constFirst().words, error);
-    }
-
-    void successIsNotNoted()
-    {
-        const ScriptedTool tool;
-        tool.plays(R"([{"out": "fine"}])");
-        ToolJournal journal;
-        ProcessCLI cli(tool.path(), &journal);
-        QCOMPARE(run(cli), u"fine"_s);
-        QVERIFY(journal.entries().isEmpty());
     }
 
     void failureWithoutErrorTextNamesTheCommand()

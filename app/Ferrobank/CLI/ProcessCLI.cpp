@@ -1,7 +1,6 @@
 #include "Ferrobank/CLI/ProcessCLI.h"
 
 #include "Ferrobank/CLI/LineSplitter.h"
-#include "Ferrobank/Diagnostics/ToolJournal.h"
 #include "Platform/Bundle.h"
 #include "Platform/ChildProcess.h"
 #include "Platform/Latch.h"
@@ -96,24 +95,16 @@ CLI& CLI::shared()
 QCoro::Task<QString> ProcessCLI::run(QStringList args)
 {
     const auto captured = std::make_shared<Captured>();
-    std::unique_ptr<ChildProcess> process;
-    try {
-        process = ChildProcess::launch(
-            _tool, args, ChildProcess::StandardError::Capture,
-            [captured](const QByteArray& piece) { captured->output += piece; },
-            [captured](const QByteArray& piece) { captured->errorText += piece; });
-    } catch (const LaunchError& error) {
-        note(args, QString::fromUtf8(error.what()));
-        throw;
-    }
+    const auto process = ChildProcess::launch(
+        _tool, args, ChildProcess::StandardError::Capture,
+        [captured](const QByteArray& piece) { captured->output += piece; },
+        [captured](const QByteArray& piece) { captured->errorText += piece; });
     const int status = co_await process->finished();
     if (status == 0) {
         co_return textOf(captured->output);
     }
-    const QString said = textOf(captured->errorText).trimmed();
-    const QString message = said.isEmpty() ? u"ferrobank %1 failed"_s.arg(args.join(u" "_s)) : said;
-    note(args, message);
-    throw Failure(message);
+    const QString message = textOf(captured->errorText).trimmed();
+    throw Failure(message.isEmpty() ? u"ferrobank %1 failed"_s.arg(args.join(u" "_s)) : message);
 }
 
 QCoro::AsyncGenerator<QString> ProcessCLI::lines(QStringList args)
@@ -125,18 +116,10 @@ QCoro::AsyncGenerator<QString> ProcessCLI::lines(QStringList args)
         process = ChildProcess::launch(
             _tool, args, ChildProcess::StandardError::Discard,
             [feed](const QByteArray& piece) { feed->add(piece); }, nullptr);
-    } catch (const LaunchError& error) {
-        note(args, QString::fromUtf8(error.what()));
+    } catch (const LaunchError&) {
         launchError = std::current_exception();
     }
     return linesOf(std::move(process), feed, launchError);
-}
-
-void ProcessCLI::note(const QStringList& args, const QString& words)
-{
-    if (_journal != nullptr) {
-        _journal->note(args, words, QDateTime::currentDateTimeUtc());
-    }
 }
 
 } // namespace ferrobank

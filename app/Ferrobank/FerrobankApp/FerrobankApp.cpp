@@ -29,7 +29,8 @@ FerrobankApp::FerrobankApp(DesktopSession& session)
           .activationToken = [this] { return _menu->takeActivationToken(); },
           .quit = [this] { _windows->quit(); },
       })),
-      _cli(text(Bundle::main().driveTool()), &_toolJournal),
+      _tool(text(Bundle::main().driveTool())),
+      _cli(_tool, _toolJournal),
       _service(_system->registry()),
       _commandLineTool(_cli.url(), _system->privilegedLink()),
       _model(std::make_unique<AppModel>(ModelCollaborators{

@@ -3,6 +3,7 @@
 #include "Ferrobank/CLI/CommandLineTool.h"
 #include "Ferrobank/CLI/ProcessCLI.h"
 #include "Ferrobank/Diagnostics/Diagnostics.h"
+#include "Ferrobank/Diagnostics/NotingCLI.h"
 #include "Ferrobank/Diagnostics/ToolJournal.h"
 #include "Ferrobank/FerrobankApp/TrayMenu.h"
 #include "Ferrobank/FerrobankApp/Windows.h"
@@ -48,7 +49,8 @@ private:
     std::unique_ptr<StatusItem> _statusItem;
     std::unique_ptr<System> _system;
     ToolJournal _toolJournal;
-    ProcessCLI _cli;
+    ProcessCLI _tool;
+    NotingCLI _cli;
     Service _service;
     CommandLineTool _commandLineTool;
     std::unique_ptr<AppModel> _model;
