@@ -1,4 +1,5 @@
 #include "Ferrobank/Views/LoginItemsPresenter.h"
+#include "support/TestProgram.h"
 #include "ui/WindowTest.h"
 
 using namespace Qt::StringLiterals;
@@ -99,5 +100,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(LoginItemsTest)
+FERROBANK_TEST_WITH_WINDOWS(LoginItemsTest)
 #include "LoginItemsTest.moc"

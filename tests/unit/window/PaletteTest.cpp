@@ -1,5 +1,7 @@
 #include "Ferrobank/Components/Palette.h"
 
+#include "support/TestProgram.h"
+
 #include <QtTest/QTest>
 
 using namespace ferrobank;
@@ -97,5 +99,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(PaletteTest)
+FERROBANK_TEST(PaletteTest)
 #include "PaletteTest.moc"
