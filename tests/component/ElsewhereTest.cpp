@@ -4,6 +4,7 @@
 #include "Platform/linux/time/SystemClock.h"
 #include "support/Await.h"
 #include "support/ProcessFacts.h"
+#include "support/TestProgram.h"
 
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QFile>
@@ -217,5 +218,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(ElsewhereTest)
+FERROBANK_TEST(ElsewhereTest)
 #include "ElsewhereTest.moc"

@@ -1,3 +1,4 @@
+#include "support/TestProgram.h"
 #include "ui/WindowTest.h"
 
 #include <QtGui/QAccessible>
@@ -165,5 +166,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(AccessibilityTest)
+FERROBANK_TEST_WITH_WINDOWS(AccessibilityTest)
 #include "AccessibilityTest.moc"

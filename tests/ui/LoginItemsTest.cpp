@@ -1,4 +1,5 @@
 #include "Ferrobank/Views/LoginItemsPresenter.h"
+#include "support/TestProgram.h"
 #include "ui/WindowTest.h"
 
 #include <QtGui/QClipboard>
@@ -128,5 +129,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(LoginItemsTest)
+FERROBANK_TEST_WITH_WINDOWS(LoginItemsTest)
 #include "LoginItemsTest.moc"

@@ -1,4 +1,5 @@
 #include "Ferrobank/Components/Theme.h"
+#include "support/TestProgram.h"
 #include "ui/WindowTest.h"
 
 #include <QtGui/QScreen>
@@ -243,5 +244,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(RootViewTest)
+FERROBANK_TEST_WITH_WINDOWS(RootViewTest)
 #include "RootViewTest.moc"

@@ -1,6 +1,7 @@
 #include "Ferrobank/Views/UpdateWindow.h"
 
 #include "Ferrobank/Views/UpdatePresenter.h"
+#include "support/TestProgram.h"
 #include "support/offline/Stage.h"
 
 #include <QtGui/QClipboard>
@@ -220,5 +221,5 @@ private:
     QList<bool> _automatic;
 };
 
-QTEST_MAIN(UpdateWindowTest)
+FERROBANK_TEST_WITH_WINDOWS(UpdateWindowTest)
 #include "UpdateWindowTest.moc"

@@ -1,5 +1,7 @@
 #include "Ferrobank/Components/Palette.h"
 
+#include "support/TestProgram.h"
+
 #include <QtTest/QTest>
 
 using namespace ferrobank;
@@ -111,5 +113,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(PaletteTest)
+FERROBANK_TEST(PaletteTest)
 #include "PaletteTest.moc"
