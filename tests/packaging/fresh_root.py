@@ -1,7 +1,7 @@
 """A fresh Debian 12 in a folder, to install packages in: made once with debootstrap and kept below build/packaging.
 
-A root has its own /dev, /proc, /run and /tmp, in a mount namespace that ends with this process; nothing that is started in
-it outlives it. Needs root.
+Each root is a layer over that one, with a /dev, /proc, /run and /tmp of its own, in a mount namespace that ends with this
+process; nothing that is started in it outlives it. Needs root.
 """
 import ctypes
 import hashlib
@@ -35,7 +35,7 @@ WRITTEN_BY_TRIGGERS = ("icon-theme.cache", "mimeinfo.cache", "ld.so.cache", "gsc
 
 
 def skip_unless_possible():
-    for program in ("debootstrap", "unshare", "chroot", "zstd"):
+    for program in ("debootstrap", "chroot", "setpriv"):
         if not shutil.which(program):
             raise unittest.SkipTest(f"{program} is not installed")
     if os.geteuid() != 0:
@@ -64,19 +64,27 @@ def mirror():
 class FreshRoot:
     def __init__(self):
         CACHE.mkdir(parents=True, exist_ok=True)
-        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="root-", dir=CACHE))
+        self._layer = pathlib.Path(tempfile.mkdtemp(prefix="root-", dir=CACHE))
+        self.folder = self._layer / "root"
 
     def __enter__(self):
         base = self._base()
-        subprocess.run(["tar", "--zstd", "-xf", base, "-C", self.folder], check=True)
+        for name in ("root", "changes", "work"):
+            (self._layer / name).mkdir(mode=0o755)
+        self._layer.chmod(0o755)
+        layers = f"lowerdir={base},upperdir={self._layer}/changes,workdir={self._layer}/work"
+        done = subprocess.run(["mount", "-t", "overlay", "overlay", "-o", layers, self.folder], check=False)
+        if done.returncode != 0:
+            shutil.rmtree(self._layer)
+            raise unittest.SkipTest("there are no layered file systems here")
         self._mount()
         return self
 
     def __exit__(self, *_):
         self._end_all()
-        for folder in ("tests", "packages", "var/cache/apt/archives", "dev/pts", "dev", "run", "tmp", "proc"):
-            subprocess.run(["umount", "-l", self.folder / folder], capture_output=True, check=False)
-        shutil.rmtree(self.folder)
+        self._unmount()
+        subprocess.run(["umount", "-l", self.folder], check=True)
+        shutil.rmtree(self._layer)
 
     def run(self, *command, user=None, check=True, **how):
         """Runs a command inside and waits for it; its outputs are in the result."""
@@ -173,27 +181,30 @@ class FreshRoot:
             while self.processes() and time.monotonic() < end:
                 time.sleep(0.05)
 
+    def _unmount(self):
+        for name in ("tests", "packages", "var/cache/apt/archives", "dev/pts", "dev", "run", "tmp", "proc"):
+            subprocess.run(["umount", "-l", self.folder / name], capture_output=True, check=False)
+
     def _base(self):
-        """The archive of a root with the tests' own needs in it, made when there is none."""
+        """A root with the tests' own needs in it, made when there is none."""
         recipe = hashlib.sha256("\n".join([SUITE, *TESTERS]).encode()).hexdigest()[:12]
-        base = CACHE / f"base-{SUITE}-{recipe}.tar.zst"
+        base = CACHE / f"base-{SUITE}-{recipe}"
         if base.exists():
             return base
-        subprocess.run(["debootstrap", "--variant=minbase", SUITE, self.folder, mirror()], check=True,
+        fresh = base.with_suffix(".new")
+        if fresh.exists():
+            shutil.rmtree(fresh)
+        subprocess.run(["debootstrap", "--variant=minbase", SUITE, fresh, mirror()], check=True,
                        stdout=subprocess.DEVNULL)  # fmt: skip
         # No service is started inside.
-        policy = self.folder / "usr/sbin/policy-rc.d"
+        policy = fresh / "usr/sbin/policy-rc.d"
         policy.write_text("#!/bin/sh\nexit 101\n")
         policy.chmod(0o755)
+        final, self.folder = self.folder, fresh
         self._mount()
         self.apt("install", *TESTERS)
         self.run("useradd", "--create-home", "--shell", "/bin/bash", USER)
-        fresh = base.with_suffix(".new")
-        inside = ("proc", "dev", "run", "tmp", "tests", "packages", "var/cache/apt/archives")
-        for name in ("dev/pts", *inside):
-            subprocess.run(["umount", "-l", self.folder / name], check=False, capture_output=True)
-        subprocess.run(["tar", "--zstd", "-cf", fresh, "-C", self.folder, "."], check=True)
+        self._unmount()
+        self.folder = final
         fresh.rename(base)
-        shutil.rmtree(self.folder)
-        self.folder.mkdir()
         return base

@@ -5,6 +5,7 @@ import os
 import pathlib
 import re
 import shutil
+import signal
 import subprocess
 import sys
 import time
@@ -97,9 +98,9 @@ class Package(unittest.TestCase):
         self.remove()
 
         self.root.run("/tests/desktop/desktop.sh", "down", "/tmp/desk")
-        left = {path: what for path, what in self.root.files().items() if before.get(path) != what}
-        gone = [path for path in before if path not in self.root.files()]
-        self.assertEqual(gone, [])
+        after = self.root.files()
+        self.assertEqual([path for path in before if path not in after], [])
+        left = [path for path, what in after.items() if before.get(path) != what]
         home = f"/home/{USER}"
         store = f"{home}/Library/Application Support/Ferrobank/store"
         parents = [str(one) for one in pathlib.PurePosixPath(store).parents]
@@ -197,13 +198,11 @@ class Package(unittest.TestCase):
         home = self.root.home()
         self.assertEqual(list((home / ".config").glob("autostart/*errobank*")), [])
         # What runs is not torn down; it ends as always when it is told to.
-        self.program.terminate()
-        self.root.run("sh", "-c", f"kill {' '.join(map(str, self.inner_numbers(EXECUTABLE)))}", check=False)
+        for process in self.root.processes("Contents/Linux/Ferrobank"):
+            os.kill(process, signal.SIGTERM)
         wait_until(lambda: not self.root.processes("Contents/Linux/Ferrobank"), "the program has ended")
+        self.program.wait(timeout=10)
         self.root.apt("purge", "ferrobank")
-
-    def inner_numbers(self, name):
-        return self.root.processes(name)
 
 
 if __name__ == "__main__":
