@@ -1,5 +1,5 @@
-// Any bytes in place of the stream of checks, cut anywhere: the same lines come out however the bytes arrive, none of
-// them holds a line break, and each is a row or is refused.
+// Any bytes in place of the stream of checks, cut anywhere: the same lines come out however the bytes arrive,
+// none of them holds a line break, and each is a row or is refused.
 
 #include "Ferrobank/CLI/CheckItem.h"
 #include "Ferrobank/CLI/DecodingError.h"

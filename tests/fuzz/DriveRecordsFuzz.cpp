@@ -1,4 +1,5 @@
-// Any bytes as what the drive tool's processes tell each other: a whole record or none, read back as it was written.
+// Any bytes as what the drive tool's processes tell each other: a whole record or none, read back as it was
+// written.
 
 #include "control/Message.h"
 #include "state/State.h"

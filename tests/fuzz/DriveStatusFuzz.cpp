@@ -1,4 +1,5 @@
-// Any bytes in place of the drive's status: a whole record or a refusal, and the record's words survive being shown.
+// Any bytes in place of the drive's status: a whole record or a refusal, and the record's words survive being
+// shown.
 
 #include "Ferrobank/CLI/DecodingError.h"
 #include "Ferrobank/CLI/DriveStatus.h"

@@ -1,8 +1,9 @@
-// Any word as the service manager's answer, any bytes as the unit file and as the autostart entry: the state is one of
-// the known ones, and "on" is only ever said of our own program.
+// Any word as the service manager's answer, any bytes as the unit file and as the autostart entry: the state
+// is one of the known ones, and "on" is only ever said of our own program.
 
 #include "Platform/linux/login/AgentService.h"
 #include "Platform/linux/login/LoginNames.h"
+#include "Platform/linux/login/ServiceUnit.h"
 
 #include <sys/mman.h>
 #include <unistd.h>
@@ -89,8 +90,10 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
     manager.folders = {folders.userUnits()};
 
     AgentService service(manager, folders, kAgent);
-    const bool isOn = service.state() == EntryState::On;
-    if (isOn && service.registeredProgram() != kAgent.command.program)
+    const bool isOurs = programOfServiceUnit(unit) == kAgent.command.program ||
+                        parseDesktopEntry(entry).program == kAgent.command.program;
+    if (service.state() == EntryState::On && !isOurs)
         std::abort();
+    static_cast<void>(service.registeredProgram());
     return 0;
 }
