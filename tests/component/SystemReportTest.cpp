@@ -1,6 +1,7 @@
 #include "Platform/linux/report/LinuxSystemReport.h"
 #include "support/Await.h"
 #include "support/PrivateBus.h"
+#include "support/TestProgram.h"
 
 #include <QtCore/QTemporaryDir>
 #include <QtDBus/QDBusMessage>
@@ -136,5 +137,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(SystemReportTest)
+FERROBANK_TEST(SystemReportTest)
 #include "SystemReportTest.moc"

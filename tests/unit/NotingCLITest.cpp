@@ -3,6 +3,7 @@
 #include "Ferrobank/Diagnostics/ToolJournal.h"
 #include "Platform/ChildProcess.h"
 #include "support/Await.h"
+#include "support/TestProgram.h"
 #include "support/fakes/FakeCLI.h"
 
 #include <QtTest/QTest>
@@ -48,5 +49,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(NotingCLITest)
+FERROBANK_TEST(NotingCLITest)
 #include "NotingCLITest.moc"
