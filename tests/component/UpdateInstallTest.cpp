@@ -54,7 +54,7 @@ int killAtEveryStep(UpdateStage& stage, const QString& command, const QJsonObjec
 {
     for (int step = 1; step < 2000; ++step) {
         prepare();
-        stage.environment[u"LD_PRELOAD"_s] = QStringLiteral(FAULT_INJECTOR);
+        stage.environment[u"LD_PRELOAD"_s] = faultInjector();
         stage.environment[u"FAULT_KILL_AT"_s] = QString::number(step);
         const WorkerOutcome outcome = stage.run(command, more);
         stage.environment.remove(u"LD_PRELOAD"_s);
@@ -109,7 +109,7 @@ private Q_SLOTS:
         UpdateStage versioned;
         versioned.useVersionedLayout();
         publishNext(versioned);
-        versioned.environment[u"LD_PRELOAD"_s] = QStringLiteral(FAULT_INJECTOR);
+        versioned.environment[u"LD_PRELOAD"_s] = faultInjector();
         versioned.environment[u"FAULT_EXCHANGE"_s] = u"1"_s;
         QCOMPARE(versioned.update().lastEvent(), u"installed"_s);
         QCOMPARE(versioned.installedVersion(), u"1.0.1"_s);
@@ -166,7 +166,7 @@ private Q_SLOTS:
                 stage->useVersionedLayout();
             publishNext(*stage);
             QCOMPARE(stage->fetch(offerOf(*stage)).lastEvent(), u"staged"_s);
-            stage->environment[u"LD_PRELOAD"_s] = QStringLiteral(FAULT_INJECTOR);
+            stage->environment[u"LD_PRELOAD"_s] = faultInjector();
             stage->environment[u"FAULT_KILL_AT"_s] = QString::number(step);
             const WorkerOutcome outcome = stage->run(u"install"_s);
             stage->environment.remove(u"LD_PRELOAD"_s);
@@ -444,7 +444,7 @@ private Q_SLOTS:
         const QJsonObject offer = offerOf(stage);
         int failures = 0;
         for (int step = 1; step < 500; ++step) {
-            stage.environment[u"LD_PRELOAD"_s] = QStringLiteral(FAULT_INJECTOR);
+            stage.environment[u"LD_PRELOAD"_s] = faultInjector();
             stage.environment[u"FAULT_FULL_AT"_s] = QString::number(step);
             const WorkerOutcome outcome = stage.fetch(offer);
             stage.environment.remove(u"LD_PRELOAD"_s);
@@ -456,7 +456,7 @@ private Q_SLOTS:
             QCOMPARE(stage.installedVersion(), u"1.0.0"_s);
         }
         QVERIFY(failures > 10);
-        stage.environment[u"LD_PRELOAD"_s] = QStringLiteral(FAULT_INJECTOR);
+        stage.environment[u"LD_PRELOAD"_s] = faultInjector();
         stage.environment[u"FAULT_FULL_AT"_s] = u"1"_s;
         QCOMPARE(stage.run(u"install"_s).problem(), u"space"_s);
         QCOMPARE(stage.installedVersion(), u"1.0.0"_s);

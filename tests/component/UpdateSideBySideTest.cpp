@@ -31,7 +31,7 @@ public:
         setTool(release);
         QDir(root()).removeRecursively();
         release.installAt(root());
-        environment[u"LD_PRELOAD"_s] = QStringLiteral(FAULT_INJECTOR);
+        environment[u"LD_PRELOAD"_s] = faultInjector();
         environment[u"FAULT_EXCHANGE"_s] = u"1"_s;
     }
 

@@ -41,4 +41,9 @@ WorkerOutcome runWorker(const QString& command, const QJsonObject& request,
     return outcome;
 }
 
+QString faultInjector()
+{
+    return QStringLiteral(FAULT_INJECTOR);
+}
+
 } // namespace ferrobank

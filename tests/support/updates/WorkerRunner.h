@@ -29,4 +29,7 @@ struct WorkerOutcome {
                                       const QHash<QString, QString>& environment = {},
                                       const std::function<void(QProcess&)>& started = {});
 
+/// What to preload into a worker to end it, or to make it fail, at a step of its own; FaultInjector.c.
+[[nodiscard]] QString faultInjector();
+
 } // namespace ferrobank
