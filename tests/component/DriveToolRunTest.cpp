@@ -4,6 +4,7 @@
 #include "support/Await.h"
 #include "support/ProcessFacts.h"
 #include "support/ScriptedTool.h"
+#include "support/TestProgram.h"
 
 #include <QtCore/QByteArrayList>
 #include <QtCore/QDir>
@@ -459,5 +460,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(DriveToolRunTest)
+FERROBANK_TEST(DriveToolRunTest)
 #include "DriveToolRunTest.moc"

@@ -5,6 +5,7 @@
 #include "Platform/linux/time/SystemClock.h"
 #include "support/Await.h"
 #include "support/ProcessFacts.h"
+#include "support/TestProgram.h"
 
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QFile>
@@ -242,5 +243,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(ElsewhereTest)
+FERROBANK_TEST(ElsewhereTest)
 #include "ElsewhereTest.moc"

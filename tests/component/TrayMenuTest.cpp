@@ -2,6 +2,7 @@
 
 #include "Platform/StatusItem.h"
 #include "Platform/SystemChanges.h"
+#include "support/TestProgram.h"
 #include "support/fakes/FakeSeam.h"
 
 #include <QtCore/QFile>
@@ -340,5 +341,5 @@ private Q_SLOTS:
 
 } // namespace ferrobank
 
-QTEST_GUILESS_MAIN(ferrobank::TrayMenuTest)
+FERROBANK_TEST(ferrobank::TrayMenuTest)
 #include "TrayMenuTest.moc"

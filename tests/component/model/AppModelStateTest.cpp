@@ -1,5 +1,6 @@
 #include "component/model/ModelTest.h"
 #include "support/AllocatedBytes.h"
+#include "support/TestProgram.h"
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -535,5 +536,5 @@ void AppModelStateTest::pollCostsNoMemoryHowLongEverItGoesOn()
     QVERIFY(isIdle());
 }
 
-QTEST_GUILESS_MAIN(AppModelStateTest)
+FERROBANK_TEST(AppModelStateTest)
 #include "AppModelStateTest.moc"
