@@ -101,7 +101,7 @@ void QmlWindow::open(const QString& activationToken)
     _window->raise();
     _window->requestActivate();
     if (wasOpen && raisingNeedsLeave()) {
-        QTimer::singleShot(kRaisePatience, _window, [this] { appearAnewUnlessActive(); });
+        QTimer::singleShot(kRaisePatience, _window.get(), [this] { appearAnewUnlessActive(); });
     }
 }
 
