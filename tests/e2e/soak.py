@@ -28,7 +28,7 @@ class Soak(program.ProgramTest):
         self.program.start()
         item = self.tray()
         minutes = []
-        print("minute  PSS KiB  own KiB  descriptors  threads  children  wake-ups  CPU ms")
+        print("minute  PSS KiB  RSS KiB  own KiB  descriptors  threads  children  wake-ups  CPU ms")
         for minute in range(MINUTES):
             end = time.monotonic() + 60
             self.drive.says(volume_used=12_400_000_000 + minute * 10**9, saved=8_100_000_000, store_bytes=4_300_000_000)
@@ -49,7 +49,7 @@ class Soak(program.ProgramTest):
 
         settled = minutes[WARM_UP]
         last = minutes[-1]
-        self.assertLess(last["pss"], settled["pss"] + SLACK)
+        self.assertLess(last["rss"], settled["rss"] + SLACK)
         self.assertLess(last["own"], settled["own"] + SLACK)
         self.assertLessEqual(last["descriptors"], settled["descriptors"])
         self.assertLessEqual(last["threads"], settled["threads"])
@@ -69,7 +69,8 @@ class Soak(program.ProgramTest):
         process = pathlib.Path("/proc") / str(self.program.process.pid)
         rollup = dict(line.split(":", 1) for line in (process / "smaps_rollup").read_text().splitlines()[1:])
         return {
-            "pss": int(rollup["Pss"].split()[0]),
+            "pss": int(rollup["Pss"].split()[0]),  # changes with those who share the libraries
+            "rss": int(rollup["Rss"].split()[0]),
             "own": int(rollup["Anonymous"].split()[0]),
             "descriptors": len(list((process / "fd").iterdir())),
             "threads": len(list((process / "task").iterdir())),

@@ -1,3 +1,4 @@
+#include "Ferrobank/Components/Theme.h"
 #include "support/TestProgram.h"
 #include "ui/WindowTest.h"
 
@@ -42,12 +43,6 @@ private:
 
 private Q_SLOTS:
 
-    void cleanup()
-    {
-        _frames.reset();
-        WindowTest::cleanup();
-    }
-
     void pollsThatChangeNothingDrawNothing()
     {
         openQuietDashboard();
@@ -73,26 +68,14 @@ private Q_SLOTS:
     void checksThatRunDrawTheirSpinnerAndThenNothing()
     {
         openQuietDashboard();
+        Theme::of(*stage().mainWindow().engine()).setReducedMotion(false);
         stage().seam.cli.holdLines();
         const auto running = model().runChecks();
         QVERIFY(shows(u"healthSpinner"_s));
-        QTRY_VERIFY(!nothingIsDrawnFor(200ms));
+        QVERIFY(!nothingIsDrawnFor(5s));
         stage().seam.cli.endLines();
         QTRY_VERIFY(!model().checksRunning());
         QTRY_VERIFY(nothingIsDrawnFor(200ms));
-    }
-
-    void aMinimisedWindowDrawsNothing()
-    {
-        openQuietDashboard();
-        window().showMinimized();
-        QTRY_COMPARE(window().visibility(), QWindow::Minimized);
-        DriveStatus status = mountedStatus();
-        status.volume_used = status.volume_used.value_or(0) + 5'000'000'000U;
-        stage().seam.cli.answerStatus(status);
-        QTRY_VERIFY(nothingIsDrawnFor(200ms));
-        poll();
-        QVERIFY(nothingIsDrawnFor(200ms));
     }
 };
 
