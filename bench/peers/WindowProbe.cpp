@@ -112,6 +112,7 @@ public:
 
     void watch(double seconds)
     {
+        takeEvents(milliseconds()); // what was drawn before does not count
         _times = 0;
         _pixels = 0;
         const double end = milliseconds() + seconds * 1e3;
