@@ -27,6 +27,7 @@ qt_add_qml_module(
         Components/ButtonFace.qml
         Components/FocusRing.qml
         Components/HeadingText.qml
+        Components/LazyScreen.qml
         Components/Notice.qml
         Components/Page.qml
         Components/Panel.qml

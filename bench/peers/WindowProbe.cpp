@@ -112,6 +112,7 @@ public:
 
     void watch(double seconds)
     {
+        takeEvents(milliseconds()); // what was drawn before does not count
         _times = 0;
         _pixels = 0;
         const double end = milliseconds() + seconds * 1e3;
@@ -172,6 +173,16 @@ private:
                *static_cast<const uint32_t*>(xcb_get_property_value(reply.get())) == _pid;
     }
 
+    void isOnTheScreen(xcb_window_t window, Seen& seen)
+    {
+        if (seen.mapped == 0) {
+            seen.mapped = milliseconds();
+        }
+        if (_window == XCB_NONE && isTheProgram(window)) {
+            _window = window;
+        }
+    }
+
     void take(const xcb_generic_event_t* event)
     {
         const int type = event->response_type & 0x7F;
@@ -187,16 +198,14 @@ private:
         } else if (type == XCB_MAP_NOTIFY) {
             const auto found = _seen.find(reinterpret_cast<const xcb_map_notify_event_t*>(event)->window);
             if (found != _seen.end()) {
-                found->second.mapped = milliseconds();
-                if (_window == XCB_NONE && isTheProgram(found->first)) {
-                    _window = found->first;
-                }
+                isOnTheScreen(found->first, found->second);
             }
         } else if (type == XCB_DESTROY_NOTIFY) {
             _seen.erase(reinterpret_cast<const xcb_destroy_notify_event_t*>(event)->window);
         } else if (type == _damage + XCB_DAMAGE_NOTIFY) {
             const auto* notice = reinterpret_cast<const xcb_damage_notify_event_t*>(event);
             if (const auto found = _seen.find(notice->drawable); found != _seen.end()) {
+                isOnTheScreen(found->first, found->second); // a busy machine may have been first to show it
                 found->second.width = notice->geometry.width;
                 found->second.height = notice->geometry.height;
                 found->second.add(notice->area);

@@ -137,6 +137,22 @@ private Q_SLOTS:
         QCOMPARE(seam.registry.agent.statusReads, reads);
     }
 
+    void commandLinkIsLookedAtWhenTheSystemTellsAndNotAtEachPoll()
+    {
+        FakeSeam seam;
+        seam.finishSetup();
+        seam.cli.answerStatus(mountedStatus());
+        Bench bench(seam);
+        QTRY_VERIFY(bench.item.find(MenuItem::State));
+        QVERIFY(QFile::link(seam.cli.url(), seam.commandLineTool.link()));
+        QSignalSpy polls(&bench.model, &AppModel::statusChanged);
+        seam.clock.advance(std::chrono::seconds(5));
+        QTRY_COMPARE(polls.count(), 1);
+        QVERIFY(bench.item.find(MenuItem::InstallCommand));
+        Q_EMIT bench.systemChanges.changed();
+        QVERIFY(!bench.item.find(MenuItem::InstallCommand));
+    }
+
     void agentRegisteredElsewhereIsSeenWhenTheSystemTells()
     {
         FakeSeam seam;

@@ -3,6 +3,7 @@
 #include "Ferrobank/FerrobankApp/FerrobankApp.h"
 #include "Platform/Bundle.h"
 #include "Platform/DesktopSession.h"
+#include "Platform/Memory.h"
 #include "Platform/SingleInstance.h"
 
 #include <QtCore/QLibraryInfo>
@@ -55,6 +56,7 @@ void translate(QApplication& application)
 
 int ferrobankApplication(int argc, char** argv)
 {
+    shareOneHeap();
     const QString activationToken = takeActivationToken();
     const std::unique_ptr<DesktopSession> session = DesktopSession::open();
     switch (session->instance().claim({.action = {}, .activationToken = activationToken})) {

@@ -72,11 +72,13 @@ void TrayMenu::choose(MenuItem item, const QString& activationToken)
 
 void TrayMenu::update(Read read)
 {
-    MenuFacts facts{.status = _with.model.status(),
-                    .setupComplete = read == Read::Everything ? _with.model.setupComplete()
-                                                              : _facts && _facts->setupComplete,
-                    .commandInstalled = _with.commandLineTool.isInstalled(),
-                    .menuOpensAtLogin = _with.model.menuOpensAtLogin()};
+    MenuFacts facts = _facts.value_or(MenuFacts());
+    facts.status = _with.model.status();
+    facts.menuOpensAtLogin = _with.model.menuOpensAtLogin();
+    if (read == Read::Everything) {
+        facts.setupComplete = _with.model.setupComplete();
+        facts.commandInstalled = _with.commandLineTool.isInstalled();
+    }
     if (_facts == facts) {
         return;
     }

@@ -6,6 +6,7 @@
 #include <QtCore/QString>
 
 #include <memory>
+#include <thread>
 
 namespace ferrobank {
 
@@ -31,6 +32,7 @@ private:
     [[nodiscard]] QFunctionPointer resolve(const char* entryPoint);
 
     QLibrary _library;
+    std::jthread _fonts; ///< reads them into the toolkit's cache
 };
 
 } // namespace ferrobank

@@ -1,6 +1,7 @@
 #include "Ferrobank/Views/QmlWindow.h"
 
 #include "Ferrobank/Components/Theme.h"
+#include "Ferrobank/Model/AppModel.h"
 #include "Ferrobank/Views/LoginItemsPresenter.h"
 #include "Ferrobank/Views/RootPresenter.h"
 
@@ -9,7 +10,7 @@
 #include <QtGui/QGuiApplication>
 #include <QtGui/QPalette>
 #include <QtGui/QScreen>
-#include <QtQuick/QQuickWindow>
+#include <QtQml/QQmlComponent>
 
 #include <chrono>
 
@@ -59,13 +60,18 @@ QmlWindow::QmlWindow(Scene scene, WindowHost& host)
 
 QmlWindow::~QmlWindow()
 {
+    _window.reset();
     _engine.reset();
 }
 
 QmlWindow::Scene QmlWindow::mainScene(const WindowCollaborators& with)
 {
     return {QUrl(u"qrc:/qt/qml/Ferrobank/Main.qml"_s),
-            [with] { return std::unique_ptr<QObject>(new RootPresenter(with)); }};
+            [with] { return std::unique_ptr<QObject>(new RootPresenter(with)); },
+            [&model = with.model] {
+                const bool dashboard = model.screen() == Screen::dashboard();
+                return dashboard ? QUrl(u"qrc:/qt/qml/Ferrobank/Dashboard/Dashboard.qml"_s) : QUrl();
+            }};
 }
 
 QmlWindow::Scene QmlWindow::loginItemsScene(const WindowCollaborators& with)
@@ -95,7 +101,7 @@ void QmlWindow::open(const QString& activationToken)
     _window->raise();
     _window->requestActivate();
     if (wasOpen && raisingNeedsLeave()) {
-        QTimer::singleShot(kRaisePatience, _window, [this] { appearAnewUnlessActive(); });
+        QTimer::singleShot(kRaisePatience, _window.get(), [this] { appearAnewUnlessActive(); });
     }
 }
 
@@ -111,19 +117,24 @@ void QmlWindow::appearAnewUnlessActive()
 void QmlWindow::build()
 {
     _presenter = _scene.makePresenter();
-    _engine = std::make_unique<QQmlApplicationEngine>();
+    _engine = std::make_unique<QQmlEngine>();
     _engine->addImportPath(u"qrc:/qt/qml"_s);
-    _engine->setInitialProperties({{u"presenter"_s, QVariant::fromValue(_presenter.get())}});
-    _engine->load(_scene.document);
-    const auto roots = _engine->rootObjects();
-    _window = roots.isEmpty() ? nullptr : qobject_cast<QQuickWindow*>(roots.constFirst());
-    if (_window == nullptr) {
-        qFatal("The window's QML could not be loaded");
+    QQmlComponent document(_engine.get(), _scene.document);
+    // The engine reads on a thread of its own, while this one makes the window.
+    QQmlComponent next(_engine.get());
+    if (const QUrl address = _scene.loadedNext ? _scene.loadedNext() : QUrl(); !address.isEmpty()) {
+        next.loadUrl(address, QQmlComponent::Asynchronous);
     }
+    const QVariantMap inputs{{u"presenter"_s, QVariant::fromValue(_presenter.get())}};
+    std::unique_ptr<QObject> root(document.createWithInitialProperties(inputs));
+    if (qobject_cast<QQuickWindow*>(root.get()) == nullptr) {
+        qFatal("The window's QML could not be loaded: %s", qPrintable(document.errorString()));
+    }
+    _window.reset(static_cast<QQuickWindow*>(root.release()));
     Theme& theme = Theme::of(*_engine);
     followDesktop(theme);
     followDisplay(theme);
-    connect(_window, &QWindow::visibleChanged, this, [this](bool visible) {
+    connect(_window.get(), &QWindow::visibleChanged, this, [this](bool visible) {
         if (!visible) {
             QMetaObject::invokeMethod(this, &QmlWindow::tearDown, Qt::QueuedConnection);
         }
@@ -135,7 +146,7 @@ void QmlWindow::tearDown()
     if (_window == nullptr || _window->isVisible()) {
         return;
     }
-    _window = nullptr;
+    _window.reset();
     _engine.reset();
     _presenter.reset();
     _host.windowClosed();
@@ -155,7 +166,7 @@ bool QmlWindow::isVisible() const
 
 QWindow* QmlWindow::window() const
 {
-    return _window;
+    return _window.get();
 }
 
 void QmlWindow::followDesktop(Theme& theme)
@@ -176,7 +187,7 @@ void QmlWindow::followDisplay(Theme& theme)
             measure();
         }
     };
-    connect(_window, &QWindow::screenChanged, &theme, follow);
+    connect(_window.get(), &QWindow::screenChanged, &theme, follow);
     follow(_window->screen());
 }
 

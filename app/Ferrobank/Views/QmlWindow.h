@@ -5,12 +5,11 @@
 
 #include <QtCore/QObject>
 #include <QtCore/QUrl>
-#include <QtQml/QQmlApplicationEngine>
+#include <QtQml/QQmlEngine>
+#include <QtQuick/QQuickWindow>
 
 #include <functional>
 #include <memory>
-
-class QQuickWindow;
 
 namespace ferrobank {
 
@@ -25,6 +24,10 @@ public:
     struct Scene {
         QUrl document; ///< its root is a window with a required property "presenter"
         std::function<std::unique_ptr<QObject>()> makePresenter;
+
+        /// What the document will load by its address as soon as it is there, so that it can be read
+        /// meanwhile; empty for nothing. None: there is no such thing.
+        std::function<QUrl()> loadedNext = {};
     };
 
     QmlWindow(Scene scene, WindowHost& host);
@@ -36,7 +39,7 @@ public:
     [[nodiscard]] QWindow* window() const override;
 
     /// While open, for tests and pictures; null otherwise.
-    [[nodiscard]] QQmlApplicationEngine* engine() const { return _engine.get(); }
+    [[nodiscard]] QQmlEngine* engine() const { return _engine.get(); }
 
     static Scene mainScene(const WindowCollaborators& with);
     static Scene loginItemsScene(const WindowCollaborators& with);
@@ -54,8 +57,9 @@ private:
     WindowHost& _host;
     std::unique_ptr<DesktopAppearance> _desktop;
     std::unique_ptr<QObject> _presenter;
-    std::unique_ptr<QQmlApplicationEngine> _engine; // after the presenter: its bindings read it to the last
-    QQuickWindow* _window = nullptr;
+    // After the presenter: their bindings read it to the last.
+    std::unique_ptr<QQmlEngine> _engine;
+    std::unique_ptr<QQuickWindow> _window;
 };
 
 } // namespace ferrobank

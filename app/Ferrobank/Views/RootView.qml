@@ -34,23 +34,30 @@ Item {
     Component {
         id: onboarding
 
-        Onboarding {
-            presenter: root.presenter.onboarding
-            step: root.presenter.step
+        LazyScreen {
+            document: Qt.resolvedUrl("Onboarding.qml")
+            inputs: ({
+                presenter: root.presenter.onboarding,
+                step: Qt.binding(() => root.presenter.step)
+            })
         }
     }
 
     Component {
         id: dashboard
 
-        Dashboard { presenter: root.presenter.dashboard }
+        LazyScreen {
+            document: Qt.resolvedUrl("../Dashboard/Dashboard.qml")
+            inputs: ({ presenter: root.presenter.dashboard })
+        }
     }
 
     Component {
         id: checks
 
-        ChecksScreen {
-            presenter: root.presenter.checks
+        LazyScreen {
+            document: Qt.resolvedUrl("ChecksScreen.qml")
+            inputs: ({ presenter: root.presenter.checks })
             onCloseWanted: root.closeWanted()
         }
     }
@@ -58,8 +65,9 @@ Item {
     Component {
         id: uninstall
 
-        UninstallScreen {
-            presenter: root.presenter.uninstall
+        LazyScreen {
+            document: Qt.resolvedUrl("UninstallScreen.qml")
+            inputs: ({ presenter: root.presenter.uninstall })
             onCloseWanted: root.closeWanted()
         }
     }

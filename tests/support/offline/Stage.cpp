@@ -46,8 +46,7 @@ WindowCollaborators Stage::collaborators()
 
 RootPresenter& Stage::root()
 {
-    const auto* window = _mainWindow->engine()->rootObjects().constFirst();
-    return *window->property("presenter").value<RootPresenter*>();
+    return *_mainWindow->window()->property("presenter").value<RootPresenter*>();
 }
 
 } // namespace ferrobank

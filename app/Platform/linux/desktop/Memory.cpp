@@ -4,6 +4,11 @@
 
 namespace ferrobank {
 
+void shareOneHeap()
+{
+    mallopt(M_ARENA_MAX, 1);
+}
+
 void returnFreeMemory()
 {
     malloc_trim(0);
