@@ -31,7 +31,7 @@ endif()
 option(FERROBANK_WARNINGS_AS_ERRORS "Fail the build on any warning" ON)
 option(FERROBANK_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
 option(FERROBANK_COVERAGE "Instrument for source coverage" OFF)
-option(FERROBANK_FUZZ "Also the fuzz targets, with everything instrumented for them; Clang with the sanitizers only" OFF)
+option(FERROBANK_FUZZ "Also the fuzz targets; Clang with the sanitizers only" OFF)
 
 add_library(ferrobank-compiling INTERFACE)
 target_compile_options(ferrobank-compiling INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
@@ -53,9 +53,6 @@ if(FERROBANK_SANITIZE)
     target_compile_options(ferrobank-compiling INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all
                                                          -fno-omit-frame-pointer)
     target_link_options(ferrobank-compiling INTERFACE -fsanitize=address,undefined)
-endif()
-if(FERROBANK_FUZZ)
-    target_compile_options(ferrobank-compiling INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 if(FERROBANK_COVERAGE)
     target_compile_options(ferrobank-compiling INTERFACE -fprofile-instr-generate -fcoverage-mapping)
@@ -82,10 +79,13 @@ function(ferrobank_test_program target)
 endfunction()
 
 # Gives a target the toolkit's headers precompiled: two thirds of the time of most files is reading them. Targets share one
-# set each for libraries and for programs, whose code is generated differently. Clang only: GCC 12 wants every definition of
-# the sharing targets to be the same.
+# set each for libraries and for programs, whose code is generated differently. GCC 12 wants every definition of the sharing
+# targets to be the same, so there each target has its own.
 function(ferrobank_precompile target)
     if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+        target_precompile_headers(${target} PRIVATE "${CMAKE_SOURCE_DIR}/cmake/Precompiled.h")
+        # Without this the compiler cache cannot see what is in them.
+        target_compile_options(${target} PRIVATE -fpch-preprocess)
         return()
     endif()
     get_target_property(type ${target} TYPE)
