@@ -61,6 +61,8 @@ class Desktop:
 
     def __enter__(self):
         result = self._command("up", *self._options, capture_output=True, text=True)
+        if result.returncode != 0:
+            shutil.rmtree(self.folder, ignore_errors=True)
         if result.returncode == CANNOT:
             raise unittest.SkipTest(result.stderr.strip())
         if result.returncode != 0:

@@ -48,6 +48,8 @@ def why_not():
         subprocess.run(["modprobe", "btrfs"], capture_output=True, check=False)
     if "btrfs" not in kernel.read_text().split():
         return "this machine's kernel has no Btrfs"
+    if not (pathlib.Path(os.environ["FERROBANK_BUNDLE"]) / "Contents/Helpers/ferrobank").exists():
+        return "the bundle has no drive tool yet"
     return None
 
 
