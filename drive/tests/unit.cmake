@@ -15,3 +15,9 @@ drive_test(NAME unit_helper SOURCES helper_FstabHelperTest.cpp LINK drive_helper
 drive_test(NAME unit_commands
     SOURCES commands_CheckRowTest.cpp commands_CommandLineTest.cpp commands_LateChangesTest.cpp
     LINK drive_commands LABELS unit)
+drive_test(NAME serving_on_drive
+    SOURCES serving_HousekeepingTest.cpp testing/ScanVolume.cpp
+    LINK drive_serving LABELS component)
+drive_test(NAME space_on_drive
+    SOURCES space_GuardFileTest.cpp testing/ScanVolume.cpp
+    LINK drive_space drive_sharing LABELS component)
