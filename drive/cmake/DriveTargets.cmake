@@ -6,6 +6,11 @@ target_include_directories(drive_settings INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_definitions(drive_settings INTERFACE _GNU_SOURCE _FILE_OFFSET_BITS=64)
 target_compile_options(drive_settings INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+if(FERROBANK_SANITIZE)
+    target_compile_options(drive_settings INTERFACE
+        -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(drive_settings INTERFACE -fsanitize=address,undefined)
+endif()
 
 # drive_library(NAME <target> SOURCES <files> [LINK <targets>]): a static library, or, where there are
 # no sources yet, an interface library of the same name.
@@ -26,10 +31,10 @@ function(drive_test)
     cmake_parse_arguments(PARSE_ARGV 0 arg "" "NAME;TIMEOUT" "SOURCES;LINK;LABELS")
     add_executable(${arg_NAME} ${arg_SOURCES})
     target_link_libraries(${arg_NAME} PRIVATE drive_settings ${arg_LINK} drive_testing GTest::gtest)
-    add_test(NAME drive.${arg_NAME} COMMAND ${arg_NAME})
+    add_test(NAME ${FERROBANK_TEST_PREFIX}drive.${arg_NAME} COMMAND ${arg_NAME})
     if(NOT arg_TIMEOUT)
         set(arg_TIMEOUT 120)
     endif()
-    set_tests_properties(drive.${arg_NAME} PROPERTIES
+    set_tests_properties(${FERROBANK_TEST_PREFIX}drive.${arg_NAME} PROPERTIES
         SKIP_RETURN_CODE 77 TIMEOUT ${arg_TIMEOUT} LABELS "drive;${arg_LABELS}")
 endfunction()
