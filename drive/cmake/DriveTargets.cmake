@@ -1,5 +1,14 @@
 # What every target of the drive tool shares: the language, the warnings, the include root.
 
+# Two checkouts share what one of them has compiled, so paths in it are relative to the checkout.
+if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    find_program(CCACHE_PROGRAM ccache)
+    if(CCACHE_PROGRAM)
+        set(CMAKE_CXX_COMPILER_LAUNCHER
+            "${CMAKE_COMMAND}" -E env "CCACHE_BASEDIR=${PROJECT_SOURCE_DIR}/.." CCACHE_NOHASHDIR=1 "${CCACHE_PROGRAM}")
+    endif()
+endif()
+
 add_library(drive_settings INTERFACE)
 target_compile_features(drive_settings INTERFACE cxx_std_20)
 target_include_directories(drive_settings INTERFACE ${PROJECT_SOURCE_DIR})
