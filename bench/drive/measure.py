@@ -206,6 +206,13 @@ def measure_throughput(work, runs, rows):
             while file.read(1 << 20):
                 pass
 
+    def commit_often(folder):
+        with open(folder / "journal", "wb") as file:
+            for number in range(500):
+                file.write(number.to_bytes(8, "big") + block[8:4096])
+                file.flush()
+                os.fsync(file.fileno())
+
     def build(folder):
         run("cmake", "-S", folder / "clone" / "drive", "-B", folder / "build", "-G", "Ninja", "-DFERROBANK_DRIVE_TESTS=OFF")
         run("ninja", "-C", folder / "build", "drive_figures")
@@ -221,6 +228,7 @@ def measure_throughput(work, runs, rows):
         ("remove them", lambda folder: shutil.rmtree(folder / "tree")),
         ("write 1 GiB, fsync", write_big),
         ("read it again, cold", read_big),
+        ("write 4 KiB and fsync, 500 times", commit_often),
     ]
     times = {name: ([], []) for name, _ in steps}
     for turn in range(runs):
