@@ -1,11 +1,25 @@
 # What every target of the drive tool shares: the language, the warnings, the include root.
 
+# Two checkouts share what one of them has compiled, so paths in it are relative to the checkout.
+if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    find_program(CCACHE_PROGRAM ccache)
+    if(CCACHE_PROGRAM)
+        set(CMAKE_CXX_COMPILER_LAUNCHER
+            "${CMAKE_COMMAND}" -E env "CCACHE_BASEDIR=${PROJECT_SOURCE_DIR}/.." CCACHE_NOHASHDIR=1 "${CCACHE_PROGRAM}")
+    endif()
+endif()
+
 add_library(drive_settings INTERFACE)
 target_compile_features(drive_settings INTERFACE cxx_std_20)
 target_include_directories(drive_settings INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_definitions(drive_settings INTERFACE _GNU_SOURCE _FILE_OFFSET_BITS=64)
 target_compile_options(drive_settings INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+if(FERROBANK_SANITIZE)
+    target_compile_options(drive_settings INTERFACE
+        -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(drive_settings INTERFACE -fsanitize=address,undefined)
+endif()
 
 # drive_library(NAME <target> SOURCES <files> [LINK <targets>]): a static library, or, where there are
 # no sources yet, an interface library of the same name.
@@ -26,10 +40,10 @@ function(drive_test)
     cmake_parse_arguments(PARSE_ARGV 0 arg "" "NAME;TIMEOUT" "SOURCES;LINK;LABELS")
     add_executable(${arg_NAME} ${arg_SOURCES})
     target_link_libraries(${arg_NAME} PRIVATE drive_settings ${arg_LINK} drive_testing GTest::gtest)
-    add_test(NAME drive.${arg_NAME} COMMAND ${arg_NAME})
+    add_test(NAME ${FERROBANK_TEST_PREFIX}drive.${arg_NAME} COMMAND ${arg_NAME})
     if(NOT arg_TIMEOUT)
         set(arg_TIMEOUT 120)
     endif()
-    set_tests_properties(drive.${arg_NAME} PROPERTIES
+    set_tests_properties(${FERROBANK_TEST_PREFIX}drive.${arg_NAME} PROPERTIES
         SKIP_RETURN_CODE 77 TIMEOUT ${arg_TIMEOUT} LABELS "drive;${arg_LABELS}")
 endfunction()

@@ -40,8 +40,9 @@ bool isCopied(std::string_view name)
 
 void copyExtendedAttributes(int source, int target, const std::string& path, Differences& differences)
 {
-    std::vector<char> names(kLargestAttribute);
-    const ssize_t length = ::flistxattr(source, names.data(), names.size());
+    // Left as it is: clearing it would take longer than most files have attributes.
+    char names[kLargestAttribute];
+    const ssize_t length = ::flistxattr(source, names, sizeof names);
     if (length < 0) {
         if (errno != ENOTSUP) {
             differences.add(path, "has attributes that could not be read", errno);
@@ -49,7 +50,7 @@ void copyExtendedAttributes(int source, int target, const std::string& path, Dif
         return;
     }
     std::vector<char> value;
-    for (std::string_view rest(names.data(), static_cast<std::size_t>(length)); !rest.empty();) {
+    for (std::string_view rest(names, static_cast<std::size_t>(length)); !rest.empty();) {
         const std::string name(rest.substr(0, rest.find('\0')));
         rest.remove_prefix(name.size() + 1);
         if (!isCopied(name)) {

@@ -134,6 +134,7 @@ private:
         progress.start(ExportProgress::Phase::Verifying);
         Verifier verifier(_destination.get(), record, differences, progress, _stop);
         walkParts(snapshot, verifier);
+        verifier.finish();
         if (_stop.stop_requested()) {
             return;
         }

@@ -15,6 +15,7 @@ namespace ferrobank::drive {
 namespace {
 
 constexpr std::size_t kStepBytes = std::size_t{1} << 20U;
+constexpr std::size_t kFilesAhead = 32;
 constexpr mode_t kModeBits = 07777;
 
 std::string linkTarget(int folder, const char* name)
@@ -136,25 +137,48 @@ void Verifier::compareFile(const WalkedEntry& entry, const struct stat& copy, co
         _differences.add(path, "has another size in the copy");
         return;
     }
-    compareContent(entry, copy, path);
+    askForContent(entry, copy, path);
 }
 
-void Verifier::compareContent(const WalkedEntry& entry, const struct stat& copy, const std::string& path)
+void Verifier::askForContent(const WalkedEntry& entry, const struct stat& copy, const std::string& path)
 {
     const auto original = _record.contents.find(fileIdentity(entry.folder->volume, entry.status->stx_ino));
     if (original == _record.contents.end()) {
         _differences.add(path, "was not copied");
         return;
     }
-    const FileDescriptor file(
-        ::openat(_levels.back().target.get(), entry.name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    if (!file) {
+    AwaitedFile awaited{.file = FileDescriptor(::openat(_levels.back().target.get(), entry.name,
+                                                        O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC)),
+                        .size = static_cast<std::uint64_t>(copy.st_size),
+                        .original = original->second,
+                        .path = path};
+    if (!awaited.file) {
         _differences.add(path, "cannot be read in the copy", errno);
         return;
     }
     // From the disk, not from what was written a moment ago and is still in memory.
-    ::posix_fadvise(file.get(), 0, 0, POSIX_FADV_DONTNEED);
-    const HashOutcome outcome = hashContent(file.get(), static_cast<std::uint64_t>(copy.st_size), _buffer,
+    ::posix_fadvise(awaited.file.get(), 0, 0, POSIX_FADV_DONTNEED);
+    ::posix_fadvise(awaited.file.get(), 0, kStepBytes, POSIX_FADV_WILLNEED);
+    _awaited.push_back(std::move(awaited));
+    if (_awaited.size() > kFilesAhead) {
+        compareContent(_awaited.front());
+        _awaited.pop_front();
+    }
+}
+
+void Verifier::finish()
+{
+    for (; !_awaited.empty(); _awaited.pop_front()) {
+        compareContent(_awaited.front());
+    }
+}
+
+void Verifier::compareContent(const AwaitedFile& awaited)
+{
+    if (_stop.stop_requested()) {
+        return;
+    }
+    const HashOutcome outcome = hashContent(awaited.file.get(), awaited.size, _buffer,
                                             [this](std::uint64_t, std::span<const char> bytes) {
                                                 _progress.add(bytes.size());
                                                 return !_stop.stop_requested();
@@ -163,9 +187,9 @@ void Verifier::compareContent(const WalkedEntry& entry, const struct stat& copy,
         return;
     }
     if (outcome.error != 0) {
-        _differences.add(path, "cannot be read in the copy", outcome.error);
-    } else if (outcome.hash != original->second) {
-        _differences.add(path, "has another content in the copy");
+        _differences.add(awaited.path, "cannot be read in the copy", outcome.error);
+    } else if (outcome.hash != awaited.original) {
+        _differences.add(awaited.path, "has another content in the copy");
     }
 }
 

@@ -28,14 +28,22 @@ constexpr std::uint32_t kSectorBytes = 4096;
 constexpr std::chrono::seconds kReleaseLimit{5};
 constexpr std::chrono::milliseconds kReleaseStep{10};
 
-Failure mountFailure(int error)
+bool hasBackingFile(const std::string& device)
+{
+    const std::filesystem::path backing =
+        "/sys/block" / std::filesystem::path(device).filename() / "loop/backing_file";
+    return ::access(backing.c_str(), F_OK) == 0;
+}
+
+Failure mountFailure(int error, const std::string& device)
 {
     if (error == ENODEV || !kernelHasBtrfs()) {
         return Failure("This system's kernel has no Btrfs support.", "no-btrfs");
     }
     const Failure failure = systemFailure("The drive could not be mounted", error);
-    // A loop device that a killed process used is neither free nor usable for a moment.
-    const bool passing = error == EBUSY || error == ENXIO;
+    // The loop device of a killed process is neither free nor usable for a moment, or has let go of its file
+    // by now.
+    const bool passing = error == EBUSY || error == ENXIO || !hasBackingFile(device);
     return Failure(failure.text(), passing ? "device-busy" : failure.code());
 }
 
@@ -47,13 +55,6 @@ bool configure(int loop, int image, std::uint32_t extraFlags)
     settings.block_size = kSectorBytes;
     settings.info.lo_flags = LO_FLAGS_AUTOCLEAR | extraFlags;
     return ::ioctl(loop, LOOP_CONFIGURE, &settings) == 0;
-}
-
-bool hasBackingFile(const std::string& device)
-{
-    const std::filesystem::path backing =
-        "/sys/block" / std::filesystem::path(device).filename() / "loop/backing_file";
-    return ::access(backing.c_str(), F_OK) == 0;
 }
 
 /// Unmounts when it goes, whatever happened in between.
@@ -130,14 +131,16 @@ void prepareOnLoop(const std::string& device, const std::filesystem::path& scrat
     if (::mkdir(scratch.c_str(), 0700) != 0 && errno != EEXIST) {
         throw systemFailure("Cannot make " + scratch.string(), errno);
     }
-    // A killed preparation leaves its mount, and the kernel refuses the same one twice on a folder.
+    // A killed preparation leaves its mount, and the kernel refuses the same one twice on a folder. That
+    // mount may be all that keeps the loop device on its file.
+    const FileDescriptor held(::open(device.c_str(), O_RDONLY | O_CLOEXEC));
     ::umount2(scratch.c_str(), UMOUNT_NOFOLLOW);
     if (::mount(device.c_str(), scratch.c_str(), "btrfs", MS_NOSUID | MS_NODEV | MS_NOEXEC | MS_NOATIME,
                 "discard=sync") != 0)
     {
         const int error = errno;
         ::rmdir(scratch.c_str());
-        throw mountFailure(error);
+        throw mountFailure(error, device);
     }
     const ScratchMount mounted(scratch);
     ensureFilesSubvolume(scratch, owner, group);
@@ -205,7 +208,7 @@ Volume DirectBackEnd::attach(const std::optional<LoopDevice>& existing, Interact
     if (::mount(volume.loop.c_str(), _mountPoint.c_str(), "btrfs", MS_NOATIME | MS_NOSUID | MS_NODEV,
                 kMountOptions) != 0)
     {
-        throw mountFailure(errno);
+        throw mountFailure(errno, volume.loop);
     }
     return volume;
 }

@@ -34,6 +34,7 @@ HousekeepingPace HousekeepingPace::usual()
 {
     HousekeepingPace pace;
     pace.wallClock = [] { return static_cast<std::int64_t>(::time(nullptr)); };
+    pace.monotonicClock = std::chrono::steady_clock::now;
     pace.conditions = [] { return currentConditions(); };
     pace.walkAllowed = mayWalk;
     return pace;
@@ -102,13 +103,13 @@ void Housekeeping::lookOnce(const std::stop_token& stop)
     }
     if (_seenGeneration != generation) {
         _seenGeneration = generation;
-        _changed = std::chrono::steady_clock::now();
+        _changed = _pace.monotonicClock();
     }
     std::optional<LastWalk> last;
     if (_memory.walkedGeneration) {
         last = LastWalk{.generation = *_memory.walkedGeneration,
                         .duration = _lastWalk.duration,
-                        .sinceItsEnd = std::chrono::steady_clock::now() - _walkEnd};
+                        .sinceItsEnd = _pace.monotonicClock() - _walkEnd};
     }
     if (_pace.walkAllowed(last, *generation)) {
         walk(*generation, stop);
@@ -136,7 +137,7 @@ void Housekeeping::lookOnce(const std::stop_token& stop)
 bool Housekeeping::mayWork(std::int64_t lastPass) const
 {
     ScanConditions conditions = _pace.conditions();
-    conditions.sinceLastChange = std::chrono::steady_clock::now() - _changed;
+    conditions.sinceLastChange = _pace.monotonicClock() - _changed;
     if (isOlderThan(lastPass, _pace.wallClock(), kDaySeconds) && lastPass != 0) {
         // A drive that is never quiet gets its pass all the same; files at work are left alone one by one.
         conditions.sinceLastChange = std::chrono::hours(24);
@@ -155,7 +156,7 @@ void Housekeeping::postUsage(std::uint64_t bytes, std::uint64_t generation)
 
 void Housekeeping::walk(std::uint64_t generation, const std::stop_token& stop)
 {
-    const auto begin = std::chrono::steady_clock::now();
+    const auto begin = _pace.monotonicClock();
     UsageSum sum;
     FileDescriptor root(::open(_root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     const std::optional<VolumeState> volume = root ? volumeState(root.get()) : std::nullopt;
@@ -163,7 +164,7 @@ void Housekeeping::walk(std::uint64_t generation, const std::stop_token& stop)
         return;
     }
     const WalkEnd end = walkTree(std::move(root), sum, stop);
-    _walkEnd = std::chrono::steady_clock::now();
+    _walkEnd = _pace.monotonicClock();
     _lastWalk.duration = _walkEnd - begin;
     if (end != WalkEnd::Cancelled) {
         postUsage(sum.usage().bytes, generation);

@@ -22,8 +22,9 @@ namespace ferrobank::drive {
 /// What housekeeping takes from outside, so that a test need not wait for minutes and days.
 struct HousekeepingPace {
     std::chrono::milliseconds look{5000};
-    /// Seconds since the epoch.
+    /// Seconds since the epoch; people and time servers set it, also backwards.
     std::function<std::int64_t()> wallClock;
+    std::function<std::chrono::steady_clock::time_point()> monotonicClock;
     std::function<ScanConditions()> conditions;
     std::function<bool(const std::optional<LastWalk>&, std::uint64_t)> walkAllowed;
     /// Files changed less than this ago are left alone by the scanner.
@@ -77,7 +78,7 @@ private:
     Mailbox& _mailbox;
 
     std::optional<std::uint64_t> _seenGeneration;
-    std::chrono::steady_clock::time_point _changed = std::chrono::steady_clock::now();
+    std::chrono::steady_clock::time_point _changed;
     std::optional<std::uint64_t> _sharedGeneration;
     LastWalk _lastWalk;
     std::chrono::steady_clock::time_point _walkEnd;

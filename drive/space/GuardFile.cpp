@@ -17,9 +17,31 @@ namespace ferrobank::drive {
 
 namespace {
 
-constexpr std::uint64_t kStep = 256ULL << 30;
-constexpr std::uint64_t kBlock = 4096;
+/// The file system gives out at most this much in one piece.
+constexpr std::uint64_t kLargePiece = 256ULL << 20;
+constexpr std::uint64_t kSmallPiece = 4ULL << 20;
 constexpr const char* kGuardPath = ".ferrobank/guard";
+
+std::uint64_t floorTo(std::uint64_t piece, std::uint64_t bytes)
+{
+    return bytes / piece * piece;
+}
+
+/// Length of the next piece behind `length` bytes: large ones from boundary to boundary, small ones before
+/// the first boundary and behind the last.
+std::uint64_t nextPiece(std::uint64_t length, std::uint64_t wanted)
+{
+    const bool large = length % kLargePiece == 0 && wanted - length >= kLargePiece;
+    return large ? kLargePiece : std::min(kSmallPiece, wanted - length);
+}
+
+/// What the file is cut to on its way to fewer bytes: the end of a piece, or the kernel keeps the rest of one
+/// that is cut, which nobody can use or count.
+std::uint64_t cutLength(std::uint64_t length, std::uint64_t wanted)
+{
+    const bool endsInSmallOnes = wanted > floorTo(kLargePiece, length);
+    return endsInSmallOnes ? wanted : floorTo(kLargePiece, wanted);
+}
 
 } // namespace
 
@@ -62,24 +84,23 @@ void GuardFile::resize(std::uint64_t bytes, const std::stop_token& stop) const
     if (::fstat(file.get(), &status) != 0) {
         throw systemFailure("Cannot look at the space guard", errno);
     }
-    const std::uint64_t wanted = bytes / kBlock * kBlock;
+    const std::uint64_t wanted = floorTo(kSmallPiece, bytes + kSmallPiece - 1);
     auto length = static_cast<std::uint64_t>(status.st_size);
-    while (length != wanted && !stop.stop_requested()) {
-        const std::uint64_t step = std::min(kStep, length < wanted ? wanted - length : length - wanted);
-        if (length < wanted) {
-            if (::fallocate(file.get(), 0, static_cast<off_t>(length), static_cast<off_t>(step)) != 0) {
-                if (errno == ENOSPC) {
-                    return;
-                }
-                throw systemFailure("Cannot grow the space guard", errno);
-            }
-            length += step;
-        } else {
-            length -= step;
-            if (::ftruncate(file.get(), static_cast<off_t>(length)) != 0) {
-                throw systemFailure("Cannot shrink the space guard", errno);
-            }
+    if (length > wanted) {
+        length = cutLength(length, wanted);
+        if (::ftruncate(file.get(), static_cast<off_t>(length)) != 0) {
+            throw systemFailure("Cannot shrink the space guard", errno);
         }
+    }
+    while (length < wanted && !stop.stop_requested()) {
+        const std::uint64_t piece = nextPiece(length, wanted);
+        if (::fallocate(file.get(), 0, static_cast<off_t>(length), static_cast<off_t>(piece)) != 0) {
+            if (errno == ENOSPC) {
+                return;
+            }
+            throw systemFailure("Cannot grow the space guard", errno);
+        }
+        length += piece;
     }
 }
 

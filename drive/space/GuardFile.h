@@ -19,8 +19,9 @@ public:
 
     /// Bytes allocated now; 0 when it is not there.
     [[nodiscard]] std::uint64_t size() const;
-    /// Grows or shrinks it towards `bytes` in steps of 256 GiB, stopping between two when asked, or where the
-    /// drive has no more room. Throws Failure when the drive refuses (read-only, say).
+    /// Grows or shrinks it to `bytes`, rounded up to 4 MiB, in pieces of at most 256 MiB, stopping between
+    /// two when asked, or where the drive has no more room. It never ends within a piece, so that its
+    /// allocated bytes are all that it takes. Throws Failure when the drive refuses (read-only, say).
     void resize(std::uint64_t bytes, const std::stop_token& stop) const;
 
 private:

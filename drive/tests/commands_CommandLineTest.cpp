@@ -5,6 +5,11 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <set>
+#include <string>
 #include <vector>
 
 namespace ferrobank::drive::testing {
@@ -28,6 +33,18 @@ Outcome run(std::vector<const char*> arguments)
     return outcome;
 }
 
+std::set<std::string> longOptions(const std::string& text)
+{
+    std::set<std::string> found;
+    const std::regex option("--[a-z]+(-[a-z]+)*");
+    for (auto match = std::sregex_iterator(text.begin(), text.end(), option); match != std::sregex_iterator();
+         ++match)
+    {
+        found.insert(match->str());
+    }
+    return found;
+}
+
 TEST(CommandLine, helpAndVersionSucceed)
 {
     const Outcome help = run({"--help"});
@@ -39,6 +56,20 @@ TEST(CommandLine, helpAndVersionSucceed)
     const Outcome version = run({"--version"});
     EXPECT_EQ(version.status, 0);
     EXPECT_TRUE(version.output.starts_with("ferrobank "));
+}
+
+TEST(CommandLine, manualPageKnowsEveryOptionOfTheHelpAndNoOther)
+{
+    std::set<std::string> inHelp{"--version"};
+    for (const char* command : {"status", "check", "serve", "restart", "uninstall"}) {
+        inHelp.merge(longOptions(run({command, "--help"}).output));
+    }
+    std::ifstream file(FERROBANK_MANUAL_PAGE);
+    std::string page((std::istreambuf_iterator<char>(file)), {});
+    std::erase(page, '\\');
+    ASSERT_NE(page.find(".B uninstall"), std::string::npos);
+    EXPECT_EQ(longOptions(page), inHelp);
+    EXPECT_NE(page.find("FOLDER"), std::string::npos) << "the help calls it so";
 }
 
 TEST(CommandLine, nonsenseIsRefusedWithTwoAndWordsOnStandardError)

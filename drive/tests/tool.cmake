@@ -26,14 +26,3 @@ drive_system_test(system_fstab
     --policy ${PROJECT_BINARY_DIR}/polkit/org.ferrobank.Ferrobank.fstab.policy
     --install $<TARGET_FILE:ferrobank>=${installed_tool} -- ${system_tests}/fstab-user.sh ${installed_tool})
 drive_system_test(system_login ${system_tests}/login-manager.sh $<TARGET_FILE:ferrobank>)
-
-# Killing the server at dozens of moments takes minutes and, on a busy machine, runs into the limits of the tests
-# themselves: programs of their own among the long tests.
-set_tests_properties(drive.tool_serve PROPERTIES ENVIRONMENT "GTEST_FILTER=-Serve.killAtAnyMoment*")
-set_tests_properties(drive.tool_uninstall PROPERTIES ENVIRONMENT "GTEST_FILTER=-Uninstall.mountLeftByAKilledServe*")
-add_test(NAME drive.tool_serve_kills COMMAND tool_serve)
-add_test(NAME drive.tool_uninstall_kills COMMAND tool_uninstall)
-set_tests_properties(drive.tool_serve_kills PROPERTIES ENVIRONMENT "GTEST_FILTER=Serve.killAtAnyMoment*")
-set_tests_properties(drive.tool_uninstall_kills PROPERTIES ENVIRONMENT "GTEST_FILTER=Uninstall.mountLeftByAKilledServe*")
-set_tests_properties(
-    drive.tool_serve_kills drive.tool_uninstall_kills PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 900 LABELS "drive;loop;long")

@@ -1,10 +1,13 @@
 #include "mounting/Volume.h"
+#include "platform/FileDescriptor.h"
 #include "platform/Files.h"
 #include "testing/DriveHost.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/fs.h>
 #include <signal.h>
+#include <sys/ioctl.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -14,6 +17,16 @@
 
 namespace ferrobank::drive::testing {
 namespace {
+
+/// Where the first superblock begins, with its own checksum.
+constexpr off_t kSuperblock = 64 * 1024;
+
+char byteAt(int file, off_t place)
+{
+    char byte = 0;
+    EXPECT_EQ(::pread(file, &byte, 1, place), 1);
+    return byte;
+}
 
 class Guards : public ::testing::Test {
 protected:
@@ -309,6 +322,46 @@ TEST_F(Guards, unwritableHomeIsSaidPlainly)
     EXPECT_EQ(serve.status, 1);
     EXPECT_NE(serve.errorText.find("Read-only file system"), std::string::npos) << serve.errorText;
     host->disk().remount("rw");
+}
+
+TEST_F(Guards, kernelWithoutBtrfsIsSaidPlainlyAndTheDriveComesBackWithOneThatHasIt)
+{
+    makeDrive();
+    // A list without it in the kernel's place, and a mount that fails, which is when the list is looked at.
+    const std::filesystem::path list = host->folder() / "filesystems";
+    std::ofstream(list) << "nodev\ttmpfs\n\text4\n";
+    ASSERT_EQ(::mount(list.c_str(), "/proc/filesystems", nullptr, MS_BIND, nullptr), 0);
+    const FileDescriptor image(::open(host->paths().image.c_str(), O_RDWR | O_CLOEXEC));
+    const char right = byteAt(image.get(), kSuperblock);
+    const char wrong = static_cast<char>(~right);
+    ASSERT_EQ(::pwrite(image.get(), &wrong, 1, kSuperblock), 1);
+    EXPECT_FALSE(host->serveAndMount());
+    EXPECT_EQ(host->attachError(), "This system's kernel has no Btrfs support.");
+
+    ASSERT_EQ(::pwrite(image.get(), &right, 1, kSuperblock), 1);
+    ASSERT_EQ(::umount("/proc/filesystems"), 0);
+    EXPECT_EQ(host->run({"restart"}).status, 0) << host->logText();
+    EXPECT_EQ(fingerprint(host->paths().drive), files);
+}
+
+TEST_F(Guards, hostWhoseFilesCannotBeSoLongGetsASmallerDrive)
+{
+    host.reset();
+    host = std::make_unique<DriveHost>("ext3");
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
+    EXPECT_EQ(std::filesystem::file_size(host->paths().image), std::uint64_t{1} << 40U);
+    ASSERT_TRUE(writeRandomFile(host->paths().drive / "a", 1'000'000, 1));
+}
+
+TEST_F(Guards, hostThatCopiesOnWriteDoesNotDoSoBelowTheImage)
+{
+    host.reset();
+    host = std::make_unique<DriveHost>("btrfs");
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
+    const FileDescriptor image(::open(host->paths().image.c_str(), O_RDONLY | O_CLOEXEC));
+    int flags = 0;
+    ASSERT_EQ(::ioctl(image.get(), FS_IOC_GETFLAGS, &flags), 0);
+    EXPECT_NE(flags & FS_NOCOW_FL, 0);
 }
 
 } // namespace

@@ -1,3 +1,4 @@
+#include "mounting/DirectBackEnd.h"
 #include "mounting/Volume.h"
 #include "platform/FileLock.h"
 #include "platform/Files.h"
@@ -6,6 +7,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -276,6 +278,21 @@ TEST_F(Serve, startedWhileAKilledOneStillHoldsTheLocksItWaitsForThem)
         return state.find("\"pid\":" + std::to_string(next) + ",") != std::string::npos &&
                state.find(R"("phase":"mounted")") != std::string::npos;
     })) << host->logText();
+}
+
+TEST_F(Serve, mountLeftByAKilledPreparationIsUsedUp)
+{
+    host->makeSmallStore();
+    const std::filesystem::path scratch = host->paths().runtime / "top-level";
+    std::filesystem::create_directories(scratch);
+    std::filesystem::permissions(host->paths().runtime, std::filesystem::perms(0700));
+    {
+        const FreshLoop loop = makeLoop(host->paths().image);
+        ASSERT_EQ(::mount(loop.device.c_str(), scratch.c_str(), "btrfs", MS_NOATIME, "discard=sync"), 0);
+    }
+    EXPECT_TRUE(host->serveAndMount()) << host->logText();
+    EXPECT_FALSE(std::filesystem::exists(scratch));
+    EXPECT_EQ(loopsOf(host->paths().image, Recognise::ByFile).size(), 1U);
 }
 
 TEST_F(Serve, killAtAnyMomentOfTheFirstStartLeavesNothingThatTheNextCannotUse)

@@ -15,3 +15,11 @@ drive_test(NAME unit_helper SOURCES helper_FstabHelperTest.cpp LINK drive_helper
 drive_test(NAME unit_commands
     SOURCES commands_CheckRowTest.cpp commands_CommandLineTest.cpp commands_LateChangesTest.cpp
     LINK drive_commands LABELS unit)
+target_compile_definitions(unit_commands PRIVATE
+    "FERROBANK_MANUAL_PAGE=\"${PROJECT_SOURCE_DIR}/../packaging/man/ferrobank.1\"")
+drive_test(NAME serving_on_drive
+    SOURCES serving_HousekeepingTest.cpp testing/ScanVolume.cpp
+    LINK drive_serving LABELS component)
+drive_test(NAME space_on_drive
+    SOURCES space_GuardFileTest.cpp testing/ScanVolume.cpp
+    LINK drive_space drive_sharing LABELS component)

@@ -1,9 +1,10 @@
 """A private desktop with a copy of the built bundle on it, for tests of the running program.
 
-The drive tool of the copy is the scripted one; its status is what a test writes into a file. Everything lives in a
-temporary folder, and the folder of the command link is a private one, so that nothing of the machine is touched.
+The drive tool of the copy is the scripted one, unless a test asks for the real one; its status is what a test writes
+into a file. Everything lives in a temporary folder, and the folder of the command link is a private one, so that nothing of the machine is touched.
 """
 import ctypes
+import enum
 import json
 import os
 import pathlib
@@ -66,6 +67,8 @@ class Desktop:
 
     def __enter__(self):
         result = self._command("up", *self._options, capture_output=True, text=True)
+        if result.returncode != 0:
+            shutil.rmtree(self.folder, ignore_errors=True)
         if result.returncode == CANNOT:
             raise unittest.SkipTest(result.stderr.strip())
         if result.returncode != 0:
@@ -143,16 +146,24 @@ class Drive:
         self._scenario.write_text(json.dumps(scenario))
 
 
+class Tool(enum.Enum):
+    """Which drive tool is in the copy of the bundle."""
+
+    SCRIPTED = enum.auto()
+    REAL = enum.auto()
+
+
 class Program:
     """The copy of the bundle and the process started from it."""
 
-    def __init__(self, desktop, name="Ferrobank.app"):
+    def __init__(self, desktop, name="Ferrobank.app", tool=Tool.SCRIPTED):
         self.desktop = desktop
         self.bundle = desktop.folder / name
         copy_linked(pathlib.Path(os.environ["FERROBANK_BUNDLE"]), self.bundle)
-        tool = self.bundle / "Contents/Helpers/ferrobank"
-        tool.unlink(missing_ok=True)
-        shutil.copy2(os.environ["FERROBANK_SCRIPTED_TOOL"], tool)
+        self.tool = self.bundle / "Contents/Helpers/ferrobank"
+        if tool is Tool.SCRIPTED:
+            self.tool.unlink(missing_ok=True)
+            shutil.copy2(os.environ["FERROBANK_SCRIPTED_TOOL"], self.tool)
         self.executable = self.bundle / "Contents/Linux/Ferrobank"
         self.process = None
         # Where it is seen when a test fails.
@@ -229,6 +240,7 @@ class ProgramTest(unittest.TestCase):
     fresh home folder, drive and program."""
 
     desktop_options = ()
+    tool = Tool.SCRIPTED
 
     @classmethod
     def setUpClass(cls):
@@ -236,7 +248,7 @@ class ProgramTest(unittest.TestCase):
 
     def setUp(self):
         self.drive = Drive(self.desktop.home)
-        self.program = Program(self.desktop)
+        self.program = Program(self.desktop, tool=self.tool)
         self.addCleanup(self._clean)
 
     def _clean(self):

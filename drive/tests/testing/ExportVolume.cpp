@@ -26,7 +26,7 @@ void ExportVolume::SetUp()
     _folder.emplace();
     fs::permissions(_folder->path(), fs::perms(0755));
     fs::create_directory(home() / "store");
-    _volume.emplace(home(), "drive", "btrfs", 384 * kMiB, "noatime,compress=zstd:1");
+    _volume.emplace(home(), "drive", "btrfs", driveBytes(), "noatime,compress=zstd:1");
 }
 
 std::string ExportVolume::refusal(const fs::path& destination) const

@@ -22,11 +22,14 @@ protected:
     static void SetUpTestSuite();
     void SetUp() override;
 
+    /// Room on the drive.
+    [[nodiscard]] virtual std::uint64_t driveBytes() const { return 384 * kMiB; }
+
     [[nodiscard]] const std::filesystem::path& home() const { return _folder->path(); }
 
     [[nodiscard]] const std::filesystem::path& root() const { return _volume->mountPoint(); }
 
-    [[nodiscard]] std::filesystem::path copy() const { return home() / "copy"; }
+    [[nodiscard]] virtual std::filesystem::path copy() const { return home() / "copy"; }
 
     [[nodiscard]] ExportRequest request() const { return {root(), home() / "store", copy()}; }
 
