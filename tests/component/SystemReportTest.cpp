@@ -1,6 +1,7 @@
 #include "Platform/linux/report/LinuxSystemReport.h"
 #include "support/Await.h"
 #include "support/PrivateBus.h"
+#include "support/TestProgram.h"
 
 #include <QtCore/QTemporaryDir>
 #include <QtDBus/QDBusMessage>
@@ -92,7 +93,9 @@ private Q_SLOTS:
         QVERIFY(panel.registerObject(u"/StatusNotifierWatcher"_s, &watcher,
                                      QDBusConnection::ExportAllProperties));
         QVERIFY(panel.registerService(u"org.kde.StatusNotifierWatcher"_s));
-        QCOMPARE(read().trayHost, QCoreApplication::applicationName().first(15) + ending);
+        QFile ownName(u"/proc/self/comm"_s);
+        QVERIFY(ownName.open(QIODevice::ReadOnly));
+        QCOMPARE(read().trayHost, QString::fromUtf8(ownName.readAll()).trimmed() + ending);
     }
 
     void runningPortalsAreListed()
@@ -136,5 +139,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(SystemReportTest)
+FERROBANK_TEST(SystemReportTest)
 #include "SystemReportTest.moc"

@@ -1,6 +1,7 @@
 #include "Ferrobank/Diagnostics/DiagnosticReport.h"
 
 #include "Ferrobank/Diagnostics/PrivateWords.h"
+#include "support/TestProgram.h"
 
 #include <QtTest/QTest>
 
@@ -167,5 +168,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(DiagnosticReportTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(DiagnosticReportTest)
 #include "DiagnosticReportTest.moc"

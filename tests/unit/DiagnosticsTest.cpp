@@ -1,6 +1,7 @@
 #include "Ferrobank/Diagnostics/Diagnostics.h"
 
 #include "support/Await.h"
+#include "support/TestProgram.h"
 #include "support/fakes/FakeSeam.h"
 #include "support/fakes/FakeSystemReport.h"
 
@@ -103,5 +104,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(DiagnosticsTest)
+FERROBANK_TEST(DiagnosticsTest)
 #include "DiagnosticsTest.moc"

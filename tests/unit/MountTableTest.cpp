@@ -1,5 +1,7 @@
 #include "Platform/linux/report/MountTable.h"
 
+#include "support/TestProgram.h"
+
 #include <QtTest/QTest>
 
 using namespace Qt::StringLiterals;
@@ -52,5 +54,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(MountTableTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(MountTableTest)
 #include "MountTableTest.moc"

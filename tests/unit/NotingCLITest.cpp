@@ -3,6 +3,7 @@
 #include "Ferrobank/Diagnostics/ToolJournal.h"
 #include "Platform/ChildProcess.h"
 #include "support/Await.h"
+#include "support/TestProgram.h"
 #include "support/fakes/FakeCLI.h"
 
 #include <QtTest/QTest>
@@ -34,7 +35,7 @@ private Q_SLOTS:
     void aFailureIsNotedAndThrown()
     {
         _tool.answer({u"restart"_s}, FakeCLI::Answer::fails(u"volume busy"_s));
-        QVERIFY_EXCEPTION_THROWN(static_cast<void>(test::await(_cli.run({u"restart"_s}))), CLI::Failure);
+        QVERIFY_THROWS_EXCEPTION(CLI::Failure, static_cast<void>(test::await(_cli.run({u"restart"_s}))));
         QCOMPARE(_journal.entries().size(), 1);
         QCOMPARE(_journal.entries().constFirst().args, QStringList{u"restart"_s});
         QCOMPARE(_journal.entries().constFirst().words, u"volume busy"_s);
@@ -43,10 +44,10 @@ private Q_SLOTS:
     void aToolThatCannotStartIsNotedToo()
     {
         _tool.answer({u"status"_s}, FakeCLI::Answer::missing());
-        QVERIFY_EXCEPTION_THROWN(static_cast<void>(test::await(_cli.run({u"status"_s}))), LaunchError);
+        QVERIFY_THROWS_EXCEPTION(LaunchError, static_cast<void>(test::await(_cli.run({u"status"_s}))));
         QCOMPARE(_journal.entries().constFirst().words, u"No such file or directory"_s);
     }
 };
 
-QTEST_GUILESS_MAIN(NotingCLITest)
+FERROBANK_TEST(NotingCLITest)
 #include "NotingCLITest.moc"

@@ -1,5 +1,7 @@
 #include "Ferrobank/Diagnostics/ToolJournal.h"
 
+#include "support/TestProgram.h"
+
 #include <QtTest/QTest>
 
 using namespace Qt::StringLiterals;
@@ -55,5 +57,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(ToolJournalTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(ToolJournalTest)
 #include "ToolJournalTest.moc"

@@ -1,5 +1,7 @@
 #include "Ferrobank/Components/WindowFit.h"
 
+#include "support/TestProgram.h"
+
 #include <QtTest/QTest>
 
 using namespace ferrobank;
@@ -48,5 +50,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(WindowFitTest)
+FERROBANK_TEST(WindowFitTest)
 #include "WindowFitTest.moc"
