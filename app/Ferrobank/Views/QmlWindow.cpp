@@ -120,6 +120,7 @@ void QmlWindow::build()
     if (_window == nullptr) {
         qFatal("The window's QML could not be loaded");
     }
+    _window->setTransientParent(_scene.transientParent);
     Theme& theme = Theme::of(*_engine);
     followDesktop(theme);
     followDisplay(theme);

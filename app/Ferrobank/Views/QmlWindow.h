@@ -4,7 +4,9 @@
 #include "Platform/DesktopAppearance.h"
 
 #include <QtCore/QObject>
+#include <QtCore/QPointer>
 #include <QtCore/QUrl>
+#include <QtGui/QWindow>
 #include <QtQml/QQmlApplicationEngine>
 
 #include <functional>
@@ -25,6 +27,7 @@ public:
     struct Scene {
         QUrl document; ///< its root is a window with a required property "presenter"
         std::function<std::unique_ptr<QObject>()> makePresenter;
+        QPointer<QWindow> transientParent = nullptr; ///< the window it belongs to; null for none
     };
 
     QmlWindow(Scene scene, WindowHost& host);
