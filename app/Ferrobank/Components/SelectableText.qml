@@ -1,7 +1,7 @@
 import QtQuick
 import Ferrobank
 
-/// Words that a person may want to copy.
+/// Words that a person may want to copy. The empty rest of its width belongs to the window's background, which moves it.
 TextEdit {
     id: words
 
@@ -14,6 +14,13 @@ TextEdit {
     textFormat: TextEdit.PlainText
     wrapMode: TextEdit.Wrap
     horizontalAlignment: TextEdit.AlignLeft
+
+    containmentMask: QtObject {
+        function contains(point: point): bool {
+            return words.effectiveHorizontalAlignment === TextEdit.AlignRight
+                ? point.x >= words.width - words.contentWidth : point.x <= words.contentWidth;
+        }
+    }
 
     Accessible.role: Accessible.StaticText
     Accessible.name: words.text
