@@ -17,6 +17,12 @@ public:
     /// replacement of the folder while the program runs.
     static const Bundle& main();
 
+    /// The same bundle by the path that stays the same over updates, for everything that is written down
+    /// outside of it: login entries, units, links. Where versions lie side by side, `<home>/versions/…`, that
+    /// is `<home>/current/<name>`, or the folder `<name>` beside `.<name>-versions` if its programs are links
+    /// to there. Elsewhere it is this bundle itself.
+    [[nodiscard]] Bundle atStablePath() const;
+
     [[nodiscard]] const std::filesystem::path& root() const { return _root; }
 
     [[nodiscard]] std::filesystem::path executable() const;

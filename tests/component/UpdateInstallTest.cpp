@@ -104,18 +104,8 @@ private Q_SLOTS:
                  QStringList{u"1.0.1"_s});
     }
 
-    void fileSystemThatCannotExchangeFoldersIsRefusedBeforeTheDownload()
+    void versionedFoldersNeedNoExchange()
     {
-        UpdateStage stage;
-        publishNext(stage);
-        const QJsonObject offer = offerOf(stage);
-        stage.environment[u"LD_PRELOAD"_s] = QStringLiteral(FAULT_INJECTOR);
-        stage.environment[u"FAULT_EXCHANGE"_s] = u"1"_s;
-        const WorkerOutcome outcome = stage.fetch(offer);
-        QCOMPARE(outcome.problem(), u"place"_s);
-        QCOMPARE(stage.leftovers(), QStringList());
-        QCOMPARE(stage.server.requestsFor("/Ferrobank_1.0.1.tar.zst"), 0);
-
         UpdateStage versioned;
         versioned.useVersionedLayout();
         publishNext(versioned);

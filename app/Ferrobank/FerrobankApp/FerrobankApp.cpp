@@ -32,7 +32,7 @@ FerrobankApp::FerrobankApp(DesktopSession& session)
       _tool(text(Bundle::main().driveTool())),
       _cli(_tool, _toolJournal),
       _service(_system->registry()),
-      _commandLineTool(_cli.url(), _system->privilegedLink()),
+      _commandLineTool(text(Bundle::main().atStablePath().driveTool()), _system->privilegedLink()),
       _model(std::make_unique<AppModel>(ModelCollaborators{
           .cli = _cli,
           .service = _service,

@@ -34,6 +34,24 @@ const Bundle& Bundle::main()
     return bundle;
 }
 
+Bundle Bundle::atStablePath() const
+{
+    namespace fs = std::filesystem;
+    const fs::path versions = _root.parent_path().parent_path();
+    const fs::path home = versions.parent_path();
+    std::error_code ignored; // what cannot be looked at is no such place
+    if (versions.filename() != "versions" || !fs::is_symlink(home / "current", ignored)) {
+        return *this;
+    }
+    const Bundle former(home.parent_path() / _root.filename());
+    if (home.filename() == "." + _root.filename().string() + "-versions" &&
+        fs::is_symlink(former.executable(), ignored))
+    {
+        return former;
+    }
+    return Bundle(home / "current" / _root.filename());
+}
+
 std::filesystem::path Bundle::executable() const
 {
     return _root / "Contents/Linux/Ferrobank";

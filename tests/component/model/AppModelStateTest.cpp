@@ -423,6 +423,14 @@ private Q_SLOTS:
         QCOMPARE(seam().registry.calls, QStringList());
     }
 
+    void refreshAsksForTheLoginSettingOnce()
+    {
+        start();
+        const int before = seam().registry.mainApp.statusReads;
+        advance(5s);
+        QCOMPARE(seam().registry.mainApp.statusReads, before + 1);
+    }
+
     void registryThatTakesHalfAMinuteOnlyDelays()
     {
         start();

@@ -95,6 +95,12 @@ int symlink(const char* target, const char* path)
     return REAL(symlink)(target, path);
 }
 
+int link(const char* from, const char* to)
+{
+    step();
+    return REAL(link)(from, to);
+}
+
 int fsync(int file)
 {
     step();

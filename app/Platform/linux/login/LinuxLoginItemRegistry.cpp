@@ -50,7 +50,7 @@ LinuxLoginItemRegistry::LinuxLoginItemRegistry(Bundle bundle, std::optional<User
 
 LinuxLoginItemRegistry& LinuxLoginItemRegistry::shared()
 {
-    static LinuxLoginItemRegistry registry(Bundle::main(), UserFolders::ofProcess(),
+    static LinuxLoginItemRegistry registry(Bundle::main().atStablePath(), UserFolders::ofProcess(),
                                            std::make_unique<BusUserManager>());
     return registry;
 }

@@ -1,5 +1,7 @@
 #include "Platform/linux/updates/install/InstallPlace.h"
 
+#include "Platform/Bundle.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
@@ -76,15 +78,17 @@ bool isOwnedByRoot(const fs::path& folder)
 
 InstallPlace InstallPlace::of(const fs::path& realRoot)
 {
-    InstallPlace place{realRoot, realRoot.parent_path(), Layout::Exchange};
-    const fs::path versions = realRoot.parent_path().parent_path();
-    const fs::path link = versions.parent_path() / "current";
-    std::error_code ignored;
-    if (versions.filename() == "versions" && fs::is_symlink(link, ignored)) {
-        place.home = versions.parent_path();
-        place.layout = Layout::Versioned;
-    }
-    return place;
+    std::error_code error;
+    const fs::path program = realRoot / "Contents/Linux/Ferrobank";
+    // A bundle that was moved among versions has left links to its programs.
+    const bool wasMoved = fs::is_symlink(program, error) && !error;
+    const fs::path real = wasMoved ? fs::canonical(program, error) : fs::path();
+    const fs::path root = wasMoved && !error ? real.parent_path().parent_path().parent_path() : realRoot;
+
+    const Bundle stable = Bundle(root).atStablePath();
+    if (stable.root() == root)
+        return {root, root.parent_path(), Layout::Exchange};
+    return {root, root.parent_path().parent_path().parent_path(), Layout::Versioned};
 }
 
 fs::path InstallPlace::staging() const
@@ -95,6 +99,12 @@ fs::path InstallPlace::staging() const
 fs::path InstallPlace::stableRoot() const
 {
     return layout == Layout::Versioned ? home / "current" / root.filename() : root;
+}
+
+std::optional<fs::path> InstallPlace::formerRoot() const
+{
+    const fs::path stable = Bundle(root).atStablePath().root();
+    return stable == stableRoot() ? std::nullopt : std::optional(stable);
 }
 
 PlaceVerdict judgePlace(const InstallPlace& place, const fs::path& userHome)

@@ -3,16 +3,17 @@
 #include "Platform/linux/updates/install/InstallKind.h"
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 namespace ferrobank::updates {
 
 /// Where a bundle lies and how it can be replaced there. Plain value, free of Qt.
 ///
-/// | layout    | root                              | replaced by |
-/// |-----------|-----------------------------------|---------------------------------------------------------|
-/// | Exchange  | <home>/<name>                     | exchanging the two folders in one step | | Versioned |
-/// <home>/versions/<version>/<name>  | a new folder and one renamed link, <home>/current       |
+/// | layout    | root                             | replaced by                                       |
+/// |-----------|----------------------------------|---------------------------------------------------|
+/// | Exchange  | <home>/<name>                    | exchanging the two folders in one step            |
+/// | Versioned | <home>/versions/<version>/<name> | a new folder and one renamed link, <home>/current |
 ///
 /// Downloads and unpacked versions wait in <home>/.<name>-update, on the same file system.
 struct InstallPlace {
@@ -27,7 +28,11 @@ struct InstallPlace {
     /// The path of the installed bundle that stays the same over updates.
     [[nodiscard]] std::filesystem::path stableRoot() const;
 
-    /// The place of a bundle, from its real path alone.
+    /// The folder that the bundle had before it was moved among versions (see SideBySide), where that is how
+    /// it came there: its programs are links to those of the installed version.
+    [[nodiscard]] std::optional<std::filesystem::path> formerRoot() const;
+
+    /// The place of a bundle, from its real path, or from that of a folder it was moved away from.
     [[nodiscard]] static InstallPlace of(const std::filesystem::path& realRoot);
 };
 

@@ -4,6 +4,7 @@
 #include "Platform/linux/updates/UpdateFailure.h"
 #include "Platform/linux/updates/feed/VersionComparison.h"
 #include "Platform/linux/updates/install/Files.h"
+#include "Platform/linux/updates/install/SideBySide.h"
 #include "Platform/linux/updates/install/Trial.h"
 
 #include <fcntl.h>
@@ -154,8 +155,10 @@ void Staging::removeLeftovers(const std::string& installedVersion)
         if (!isRunningFrom(next()))
             removeAll(next());
     }
-    if (_place.layout == InstallPlace::Layout::Versioned)
+    if (_place.layout == InstallPlace::Layout::Versioned) {
         removeOldVersions(installedVersion);
+        tidyFormerFolder(_place);
+    }
 }
 
 void Staging::removeOldVersions(const std::string& installedVersion)

@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -66,6 +67,11 @@ void swapLinks(const InstallPlace& place, const std::string& to)
 
 bool canExchange(const fs::path& folder)
 {
+    // New folders can be exchanged there, but not those of a lower layer.
+    constexpr unsigned long kOverlay = 0x794c7630;
+    struct statfs facts{};
+    if (::statfs(folder.c_str(), &facts) != 0 || static_cast<unsigned long>(facts.f_type) == kOverlay)
+        return false;
     const fs::path one = folder / "probe-one";
     const fs::path other = folder / "probe-other";
     ::mkdir(one.c_str(), 0700);

@@ -1,5 +1,6 @@
 #include "Platform/linux/Descriptor.h"
 #include "Platform/linux/updates/UpdateFailure.h"
+#include "Platform/linux/updates/install/SideBySide.h"
 #include "Platform/linux/updates/install/Staging.h"
 #include "Platform/linux/updates/install/StagingLock.h"
 #include "Platform/linux/updates/install/Swap.h"
@@ -128,6 +129,20 @@ void expectUpdatable(const fs::path& bundle, const QString& version)
         throw UpdateFailure(Problem::Version, "The update was refused: it could not be updated again.");
 }
 
+/// The context's place, or the one among versions that its bundle moves to where folders cannot be exchanged.
+InstallPlace placeThatCanBeReplaced(const WorkerContext& context)
+{
+    const InstallPlace& place = context.place;
+    if (place.layout == InstallPlace::Layout::Versioned)
+        return place;
+    const StagingLock lock(place, std::chrono::milliseconds(0));
+    if (trialAt(place))
+        throw UpdateFailure(Problem::Busy, "The last update has not finished yet.");
+    if (canExchange(place.staging()))
+        return place;
+    return moveSideBySide(place, context.configuration.version.toStdString());
+}
+
 /// Lets the new version load all its libraries once, before anything is replaced.
 void expectStarts(const fs::path& bundle, const QString& version)
 {
@@ -155,19 +170,15 @@ void runFetch(const WorkerContext& context)
     if (!context.verdict.mayReplace)
         throw UpdateFailure(Problem::Place, context.verdict.sentence);
     expectUsable(offer);
+    const InstallPlace place = placeThatCanBeReplaced(context);
 
-    const StagingLock lock(context.place, std::chrono::milliseconds(0));
-    if (trialAt(context.place))
+    const StagingLock lock(place, std::chrono::milliseconds(0));
+    if (trialAt(place))
         throw UpdateFailure(Problem::Busy, "The last update has not finished yet.");
-    const fs::path folder = context.place.staging();
-    if (context.place.layout == InstallPlace::Layout::Exchange && !canExchange(folder))
-        throw UpdateFailure(Problem::Place,
-                            "This copy cannot replace itself: its file system cannot exchange "
-                            "two folders in one step.");
-    Staging staging(context.place);
+    Staging staging(place);
     staging.forgetStaged();
     staging.removeLeftovers(context.configuration.version.toStdString());
-    expectRoom(offer, folder);
+    expectRoom(offer, place.staging());
 
     try {
         const auto told = [&context, &offer](std::int64_t bytes) {
@@ -180,7 +191,7 @@ void runFetch(const WorkerContext& context)
         context.tell(QJsonObject{{u"event"_s, u"verifying"_s}});
         const Descriptor archive = openVerified(staging.archive(), offer, keys);
         staging.beginUnpacking();
-        const std::string name = context.place.root.filename().string();
+        const std::string name = place.root.filename().string();
         unpackArchive(archive.number(), static_cast<std::uint64_t>(offer.length), staging.unpacking(), name,
                       expectationOf(context, offer));
         expectUpdatable(staging.unpacking() / name, offer.version);

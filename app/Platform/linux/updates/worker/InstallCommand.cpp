@@ -45,7 +45,9 @@ void swapAfterQuit(const WorkerContext& context, const StagedUpdate& update, pid
         context.tell(QJsonObject{{u"event"_s, u"waiting"_s}});
         if (!waitForEnd(application, kQuitTakes))
             throw UpdateFailure(Problem::Busy, "The application did not quit, so the update still waits.");
-        if (isRunningFrom(place.root / "Contents/Linux"))
+        const auto former = place.formerRoot();
+        if (isRunningFrom(place.root / "Contents/Linux") ||
+            (former && isRunningFrom(*former / "Contents/Linux")))
             throw UpdateFailure(Problem::Busy,
                                 "The application runs a second time, so the update still waits.");
         swapVersions(place, update.version);

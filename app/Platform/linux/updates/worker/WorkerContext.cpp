@@ -42,18 +42,20 @@ UpdateConfiguration configurationOf(const fs::path& bundle)
 WorkerContext WorkerContext::of(const QJsonObject& request, std::function<void(const QJsonObject&)> tell)
 {
     std::error_code error;
-    const fs::path root = fs::canonical(request[u"bundle"_s].toString().toStdString(), error);
+    const fs::path named = fs::canonical(request[u"bundle"_s].toString().toStdString(), error);
     WorkerContext context;
-    if (!error)
-        context.configuration = configurationOf(root);
+    if (!error) {
+        context.place = InstallPlace::of(named);
+        context.configuration = configurationOf(context.place.root);
+    }
     if (error || context.configuration.version.isEmpty())
         throw UpdateFailure(Problem::Place, "This copy of the application is not complete.");
     context.request = request;
     context.tell = std::move(tell);
-    context.place = InstallPlace::of(root);
     context.verdict = judgePlace(context.place, QDir::homePath().toStdString());
     context.rules.userAgent = u"Ferrobank/%1"_s.arg(context.configuration.version);
-    const auto authority = readSmallFile(root / "Contents/Resources/update-authority.pem", kLongestAuthority);
+    const auto authority =
+        readSmallFile(context.place.root / "Contents/Resources/update-authority.pem", kLongestAuthority);
     if (authority)
         context.rules.authority = QByteArray::fromStdString(*authority);
     const qint64 stall = context.request[u"stall"_s].toInteger();
