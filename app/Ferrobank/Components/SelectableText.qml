@@ -17,8 +17,10 @@ TextEdit {
 
     containmentMask: QtObject {
         function contains(point: point): bool {
-            return words.effectiveHorizontalAlignment === TextEdit.AlignRight
-                ? point.x >= words.width - words.contentWidth : point.x <= words.contentWidth;
+            const begin = words.effectiveHorizontalAlignment === TextEdit.AlignRight
+                ? words.width - words.contentWidth : 0;
+            return point.y >= 0 && point.y < words.height
+                && point.x >= begin && point.x < begin + words.contentWidth;
         }
     }
 

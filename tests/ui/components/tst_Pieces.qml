@@ -104,6 +104,9 @@ TestCase {
         const words = createTemporaryObject(selectable, test);
         verify(words.contains(Qt.point(5, 5)));
         verify(!words.contains(Qt.point(words.contentWidth + 5, 5)));
+        verify(!words.contains(Qt.point(-5, 5)));
+        verify(!words.contains(Qt.point(5, -5)));
+        verify(!words.contains(Qt.point(5, words.height + 5)));
         words.LayoutMirroring.enabled = true;
         verify(words.contains(Qt.point(295, 5)));
         verify(!words.contains(Qt.point(5, 5)));
