@@ -107,7 +107,7 @@ class Life(program.ProgramTest):
         self.see("Space saved")
         window = self.wait_for_window()[0]
         beside_the_words = self.middle("Space saved")[1]
-        for by in (-60, 40, -30):
+        for by in (-100, 80, -60):
             before = self.corner(window)
             self.drag(before[0] + 300, before[1] + 12, by)
             wait_until(lambda: self.corner(window) != before, "the window has moved by its top edge")
@@ -127,11 +127,11 @@ class Life(program.ProgramTest):
         return int(facts["X"]), int(facts["Y"])
 
     def drag(self, x, y, by):
-        """A person's hand is slower than the window manager's."""
+        """Sideways. A person's hand is slower than the window manager's."""
         subprocess.run(["xdotool", "mousemove", str(x), str(y), "mousedown", "1"], check=True)
-        for step in range(1, 6):
-            time.sleep(0.05)
-            subprocess.run(["xdotool", "mousemove", str(x + step * by // 5), str(y + step * by // 5)], check=True)
+        for step in range(1, 11):
+            time.sleep(0.03)
+            subprocess.run(["xdotool", "mousemove", str(x + step * by // 10), str(y)], check=True)
         subprocess.run(["xdotool", "mouseup", "1"], check=True)
         time.sleep(0.3)
 
