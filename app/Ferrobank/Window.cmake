@@ -60,6 +60,7 @@ qt_add_qml_module(
         Views/DonePage.qml
         Views/LoginItem.qml
         Views/LoginItems.qml
+        Views/Message.qml
         Views/Onboarding.qml
         Views/ReleaseNotes.qml
         Views/RootView.qml
@@ -91,10 +92,14 @@ qt_add_qml_module(
         Views/DiagnosticsCopy.h
         Views/LoginItemsPresenter.cpp
         Views/LoginItemsPresenter.h
+        Views/ForwardingHost.h
         Views/MainWindow.h
+        Views/MessageWindow.h
         Views/ModelTypes.h
         Views/OnboardingPresenter.cpp
         Views/OnboardingPresenter.h
+        Views/QmlMessage.cpp
+        Views/QmlMessage.h
         Views/QmlWindow.cpp
         Views/QmlWindow.h
         Views/RootPresenter.cpp

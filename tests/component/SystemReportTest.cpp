@@ -93,7 +93,9 @@ private Q_SLOTS:
         QVERIFY(panel.registerObject(u"/StatusNotifierWatcher"_s, &watcher,
                                      QDBusConnection::ExportAllProperties));
         QVERIFY(panel.registerService(u"org.kde.StatusNotifierWatcher"_s));
-        QCOMPARE(read().trayHost, QCoreApplication::applicationName().first(15) + ending);
+        QFile ownName(u"/proc/self/comm"_s);
+        QVERIFY(ownName.open(QIODevice::ReadOnly));
+        QCOMPARE(read().trayHost, QString::fromUtf8(ownName.readAll()).trimmed() + ending);
     }
 
     void runningPortalsAreListed()

@@ -101,6 +101,40 @@ class Life(program.ProgramTest):
         self.assertEqual(status, 0)
         self.assertLess(seconds, 5)
 
+    def test_background_moves_the_window_again_and_again(self):
+        self.start_set_up()
+        self.tray().choose("Open Ferrobank")
+        self.see("Space saved")
+        window = self.wait_for_window()[0]
+        beside_the_words = self.middle("Space saved")[1]
+        for by in (-100, 80, -60):
+            before = self.corner(window)
+            self.drag(before[0] + 300, before[1] + 12, by)
+            wait_until(lambda: self.corner(window) != before, "the window has moved by its top edge")
+            before = self.corner(window)
+            self.drag(before[0] + 560, before[1] + beside_the_words, by)
+            wait_until(lambda: self.corner(window) != before, "the window has moved by the rest of a line")
+
+    def middle(self, name):
+        """Of something shown, from the window's corner."""
+        x, y = self.a11y().center(self.see(name))
+        left, top = self.corner(self.windows()[0])
+        return x - left, y - top
+
+    def corner(self, window):
+        told = subprocess.run(["xdotool", "getwindowgeometry", "--shell", window], capture_output=True, text=True)
+        facts = dict(line.split("=") for line in told.stdout.split())
+        return int(facts["X"]), int(facts["Y"])
+
+    def drag(self, x, y, by):
+        """Sideways. A person's hand is slower than the window manager's."""
+        subprocess.run(["xdotool", "mousemove", str(x), str(y), "mousedown", "1"], check=True)
+        for step in range(1, 11):
+            time.sleep(0.03)
+            subprocess.run(["xdotool", "mousemove", str(x + step * by // 10), str(y)], check=True)
+        subprocess.run(["xdotool", "mouseup", "1"], check=True)
+        time.sleep(0.3)
+
     def test_fifty_openings_leave_nothing_behind(self):
         self.start_set_up()
         item = self.tray()

@@ -57,7 +57,7 @@ protected:
     /// Object name of the item that has the keyboard.
     QString focused();
 
-private Q_SLOTS:
+protected Q_SLOTS:
     void init();
     void cleanup();
 

@@ -35,7 +35,7 @@ private Q_SLOTS:
     void aFailureIsNotedAndThrown()
     {
         _tool.answer({u"restart"_s}, FakeCLI::Answer::fails(u"volume busy"_s));
-        QVERIFY_EXCEPTION_THROWN(static_cast<void>(test::await(_cli.run({u"restart"_s}))), CLI::Failure);
+        QVERIFY_THROWS_EXCEPTION(CLI::Failure, static_cast<void>(test::await(_cli.run({u"restart"_s}))));
         QCOMPARE(_journal.entries().size(), 1);
         QCOMPARE(_journal.entries().constFirst().args, QStringList{u"restart"_s});
         QCOMPARE(_journal.entries().constFirst().words, u"volume busy"_s);
@@ -44,7 +44,7 @@ private Q_SLOTS:
     void aToolThatCannotStartIsNotedToo()
     {
         _tool.answer({u"status"_s}, FakeCLI::Answer::missing());
-        QVERIFY_EXCEPTION_THROWN(static_cast<void>(test::await(_cli.run({u"status"_s}))), LaunchError);
+        QVERIFY_THROWS_EXCEPTION(LaunchError, static_cast<void>(test::await(_cli.run({u"status"_s}))));
         QCOMPARE(_journal.entries().constFirst().words, u"No such file or directory"_s);
     }
 };

@@ -9,6 +9,8 @@ Window {
 
     required property int contentWidth
     default property alias content: holder.data
+    /// Dialogs go with the window they belong to.
+    property bool minimisable: true
 
     readonly property int padding: Theme.pagePadding
 
@@ -134,6 +136,7 @@ Window {
 
             WindowControl {
                 objectName: "minimise"
+                visible: frame.minimisable
                 symbol: "minus"
                 text: qsTr("Minimise")
                 onClicked: frame.showMinimized()

@@ -5,8 +5,8 @@ import Ferrobank
 Item {
     id: page
 
-    required property string title
     /// No line is kept for an empty one.
+    property string title: ""
     property string subtitle: ""
     default property alias content: body.data
     property alias buttons: actions.data
@@ -27,6 +27,7 @@ Item {
             id: head
 
             width: parent.width
+            visible: page.title !== ""
             spacing: 6
 
             HeadingText {

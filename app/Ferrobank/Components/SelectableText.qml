@@ -1,7 +1,7 @@
 import QtQuick
 import Ferrobank
 
-/// Words that a person may want to copy.
+/// Words that a person may want to copy. The empty rest of its width belongs to the window's background, which moves it.
 TextEdit {
     id: words
 
@@ -14,6 +14,15 @@ TextEdit {
     textFormat: TextEdit.PlainText
     wrapMode: TextEdit.Wrap
     horizontalAlignment: TextEdit.AlignLeft
+
+    containmentMask: QtObject {
+        function contains(point: point): bool {
+            const begin = words.effectiveHorizontalAlignment === TextEdit.AlignRight
+                ? words.width - words.contentWidth : 0;
+            return point.y >= 0 && point.y < words.height
+                && point.x >= begin && point.x < begin + words.contentWidth;
+        }
+    }
 
     Accessible.role: Accessible.StaticText
     Accessible.name: words.text

@@ -2,6 +2,7 @@
 
 #include "Ferrobank/Async/Spawn.h"
 #include "Ferrobank/FerrobankApp/Alerts.h"
+#include "Platform/Latch.h"
 #include "Platform/Memory.h"
 #include "Platform/Workspace.h"
 
@@ -84,14 +85,42 @@ bool Windows::mainIsVisible() const
     return _main && _main->isVisible();
 }
 
+bool Windows::show(const Message& message, std::function<void(bool)> answered)
+{
+    auto window = _library.make<MessageWindow>("ferrobankMakeMessageWindow", _forWindows);
+    if (!window) {
+        return false;
+    }
+    MessageWindow& shown = *window;
+    _messages.push_back(std::move(window));
+    shown.show(message, frontWindow(), std::move(answered));
+    return true;
+}
+
 void Windows::showAlert(const QString& text)
 {
-    ferrobank::showAlert(text, frontWindow());
+    if (!show({Message::Kind::Alert, text}, nullptr)) {
+        ferrobank::showAlert(text, frontWindow());
+    }
 }
 
 QCoro::Task<bool> Windows::askToGoOn(QString text)
 {
-    return ferrobank::askToGoOn(text, frontWindow());
+    const auto goesOn = std::make_shared<bool>(false);
+    Latch over;
+    const auto answered = [goesOn, over](bool answer) mutable {
+        *goesOn = answer;
+        over.open();
+    };
+    const Message message{Message::Kind::Question, text};
+    const bool isShown = show(message, answered);
+    if (!isShown) {
+        QWindow* const front = frontWindow();
+        const bool answer = co_await ferrobank::askToGoOn(text, front);
+        co_return answer;
+    }
+    co_await over.wait();
+    co_return *goesOn;
 }
 
 void Windows::chooseFolder(std::function<void(QString)> chosen)
@@ -123,6 +152,7 @@ void Windows::windowClosed()
         if (_loginItems && _loginItems->window() == nullptr) {
             _loginItems.reset();
         }
+        std::erase_if(_messages, [](const auto& message) { return !message->isOpen(); });
         returnFreeMemory();
         Q_EMIT closed();
     });

@@ -3,7 +3,7 @@
 #include "Ferrobank/FerrobankApp/UpdatePrompts.h"
 #include "Ferrobank/FerrobankApp/WindowLibrary.h"
 #include "Ferrobank/Updater.h"
-#include "Ferrobank/Views/MainWindow.h"
+#include "Ferrobank/Views/MessageWindow.h"
 #include "Platform/FolderChooser.h"
 
 #include <QCoro/QCoroTask>
@@ -66,12 +66,16 @@ private:
     [[nodiscard]] std::unique_ptr<Thing> make(const char* entryPoint);
     [[nodiscard]] QWindow* frontWindow() const;
 
+    /// False when the library cannot be loaded.
+    bool show(const Message& message, std::function<void(bool)> answered);
+
     WindowsCollaborators _with;
     WindowCollaborators _forWindows;
     WindowLibrary _library;
     std::unique_ptr<FolderChooser> _folderChooser;
     std::unique_ptr<MainWindow> _main;
     std::unique_ptr<MainWindow> _loginItems;
+    std::vector<std::unique_ptr<MessageWindow>> _messages;
     UpdatePrompts _updates;
 };
 

@@ -131,6 +131,7 @@ void QmlWindow::build()
         qFatal("The window's QML could not be loaded: %s", qPrintable(document.errorString()));
     }
     _window.reset(static_cast<QQuickWindow*>(root.release()));
+    _window->setTransientParent(_scene.transientParent);
     Theme& theme = Theme::of(*_engine);
     followDesktop(theme);
     followDisplay(theme);

@@ -4,7 +4,9 @@
 #include "Platform/DesktopAppearance.h"
 
 #include <QtCore/QObject>
+#include <QtCore/QPointer>
 #include <QtCore/QUrl>
+#include <QtGui/QWindow>
 #include <QtQml/QQmlEngine>
 #include <QtQuick/QQuickWindow>
 
@@ -24,6 +26,7 @@ public:
     struct Scene {
         QUrl document; ///< its root is a window with a required property "presenter"
         std::function<std::unique_ptr<QObject>()> makePresenter;
+        QPointer<QWindow> transientParent = nullptr; ///< the window it belongs to; null for none
 
         /// What the document will load by its address as soon as it is there, so that it can be read
         /// meanwhile; empty for nothing. None: there is no such thing.

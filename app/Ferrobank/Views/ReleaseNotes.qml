@@ -8,13 +8,13 @@ Panel {
 
     property alias text: words.text
 
-    height: Math.min(words.height + 24, 220)
+    height: Math.min(words.height + 32, 220)
 
     Flickable {
         id: scroller
 
         anchors.fill: parent
-        anchors.margins: 12
+        anchors.margins: 16
         contentHeight: words.height
         interactive: contentHeight > height
         boundsBehavior: Flickable.StopAtBounds

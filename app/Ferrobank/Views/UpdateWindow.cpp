@@ -11,36 +11,12 @@ namespace ferrobank {
 
 using namespace Qt::StringLiterals;
 
-/// The host as the window sees it: the same, but this window hears first that it was closed.
-class UpdateWindow::Host : public WindowHost {
-public:
-    Host(UpdateWindow& window, WindowHost& host) : _window(window), _host(host) {}
-
-    void showAlert(const QString& text) override { _host.showAlert(text); }
-
-    void chooseFolder(std::function<void(QString)> chosen) override { _host.chooseFolder(std::move(chosen)); }
-
-    void quit() override { _host.quit(); }
-
-    void trashAndQuit() override { _host.trashAndQuit(); }
-
-    void windowClosed() override
-    {
-        _window.windowClosed();
-        _host.windowClosed();
-    }
-
-private:
-    UpdateWindow& _window;
-    WindowHost& _host;
-};
-
 UpdateWindow::UpdateWindow(const WindowCollaborators& with)
     : _diagnostics(with.diagnostics),
-      _host(std::make_unique<Host>(*this, with.host)),
+      _host(with.host, [this] { windowClosed(); }),
       _window(std::make_unique<QmlWindow>(QmlWindow::Scene{QUrl(u"qrc:/qt/qml/Ferrobank/Views/Update.qml"_s),
                                                            [this] { return makePresenter(); }},
-                                          *_host))
+                                          _host))
 {}
 
 UpdateWindow::~UpdateWindow() = default;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Ferrobank/Views/MainWindow.h"
+#include "Ferrobank/Views/ForwardingHost.h"
 #include "Platform/UpdateInterface.h"
 
 #include <QtCore/QObject>
@@ -30,14 +30,12 @@ public:
     [[nodiscard]] QmlWindow& window() { return *_window; }
 
 private:
-    class Host;
-
     [[nodiscard]] std::unique_ptr<QObject> makePresenter();
     void windowClosed();
 
     Diagnostics& _diagnostics;
     UpdatePrompt _prompt;
-    std::unique_ptr<Host> _host;
+    ForwardingHost _host;
     QPointer<UpdatePresenter> _presenter;
     std::unique_ptr<QmlWindow> _window;
     bool _isWanted = false; ///< between show() and close(): a window that closes then was closed by the user

@@ -23,7 +23,17 @@ namespace {
 
 QmlWindow& windowOf(Stage& stage, const OfflineScene& scene)
 {
-    return scene.window == OfflineScene::Window::Main ? stage.mainWindow() : stage.loginItems();
+    switch (scene.window) {
+    case OfflineScene::Window::Main:
+        return stage.mainWindow();
+    case OfflineScene::Window::LoginItems:
+        return stage.loginItems();
+    case OfflineScene::Window::Message:
+        return stage.showMessage(offlineMessage());
+    case OfflineScene::Window::Update:
+        return stage.showUpdate(offlinePrompt());
+    }
+    return stage.mainWindow();
 }
 
 void call(const std::function<void(Stage&)>& step, Stage& stage)
@@ -49,6 +59,7 @@ int main(int argc, char** argv)
 {
     QGuiApplication app(argc, argv);
     QGuiApplication::setApplicationName(u"ferrobank-offline"_s);
+    QGuiApplication::setApplicationVersion(u"1.0.0"_s);
 
     QCommandLineParser parser;
     const QCommandLineOption list(u"list"_s, u"Print the names of all scenes."_s);

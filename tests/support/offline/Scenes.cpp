@@ -353,14 +353,42 @@ std::vector<Scene> loginItemsScenes()
     };
 }
 
+std::vector<Scene> otherScenes()
+{
+    return {{u"message"_s, Scene::Window::Message, {}, {}, {}},
+            {u"update"_s, Scene::Window::Update, {}, {}, {}}};
+}
+
 } // namespace
+
+Message offlineMessage()
+{
+    return {
+        Message::Kind::Question,
+        u"Ferrobank wants to add the ferrobank command to /usr/local/bin. You will be asked for your password."_s};
+}
+
+UpdatePrompt offlinePrompt()
+{
+    UpdatePrompt prompt;
+    prompt.headline = u"A new version of Ferrobank is available"_s;
+    prompt.text = u"Ferrobank 1.1.0 is now available; you have 1.0.0."_s;
+    prompt.notes = u"• The dashboard opens faster.\n• Clones of large repositories are shared at once.\n"
+                   "• The health checks name the program that holds the drive."_s;
+    prompt.automaticTitle = u"Automatically download and install updates in the future"_s;
+    prompt.buttons = {{UpdateAction::Install, u"Install Update"_s},
+                      {UpdateAction::RemindLater, u"Remind Me Later"_s},
+                      {UpdateAction::Skip, u"Skip This Version"_s}};
+    prompt.dismiss = UpdateAction::RemindLater;
+    return prompt;
+}
 
 const std::vector<OfflineScene>& offlineScenes()
 {
     static const std::vector<OfflineScene> scenes = [] {
         std::vector<OfflineScene> all;
-        for (const auto& part :
-             {dashboardScenes(), onboardingScenes(), checksScenes(), uninstallScenes(), loginItemsScenes()})
+        for (const auto& part : {dashboardScenes(), onboardingScenes(), checksScenes(), uninstallScenes(),
+                                 loginItemsScenes(), otherScenes()})
         {
             all.insert(all.end(), part.begin(), part.end());
         }

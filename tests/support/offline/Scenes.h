@@ -11,7 +11,7 @@ namespace ferrobank {
 
 /// One state of one screen that can be looked at by name.
 struct OfflineScene {
-    enum class Window { Main, LoginItems };
+    enum class Window { Main, LoginItems, Message, Update };
 
     QString name;
     Window window = Window::Main;
@@ -19,6 +19,10 @@ struct OfflineScene {
     std::function<void(Stage&)> ready;  ///< the model is there, the window is not yet open
     std::function<void(Stage&)> shown;  ///< the window is open
 };
+
+/// What the windows show that belong to no screen.
+[[nodiscard]] Message offlineMessage();
+[[nodiscard]] UpdatePrompt offlinePrompt();
 
 /// Every screen of the application in every state that looks different.
 [[nodiscard]] const std::vector<OfflineScene>& offlineScenes();

@@ -8,6 +8,8 @@ Stage::Stage() = default;
 
 Stage::~Stage()
 {
+    _update.reset();
+    _message.reset();
     _mainWindow.reset();
     _loginItems.reset();
     _diagnostics.reset();
@@ -28,6 +30,20 @@ void Stage::start()
     const WindowCollaborators with = collaborators();
     _mainWindow = std::make_unique<QmlWindow>(QmlWindow::mainScene(with), host);
     _loginItems = std::make_unique<QmlWindow>(QmlWindow::loginItemsScene(with), host);
+}
+
+QmlWindow& Stage::showMessage(const Message& message)
+{
+    _message = std::make_unique<QmlMessage>(host);
+    _message->show(message, nullptr, nullptr);
+    return _message->window();
+}
+
+QmlWindow& Stage::showUpdate(const UpdatePrompt& prompt)
+{
+    _update = std::make_unique<UpdateWindow>(collaborators());
+    _update->show(prompt);
+    return _update->window();
 }
 
 WindowCollaborators Stage::collaborators()

@@ -2,7 +2,9 @@
 
 #include "Ferrobank/Diagnostics/Diagnostics.h"
 #include "Ferrobank/Diagnostics/ToolJournal.h"
+#include "Ferrobank/Views/QmlMessage.h"
 #include "Ferrobank/Views/QmlWindow.h"
+#include "Ferrobank/Views/UpdateWindow.h"
 #include "support/fakes/FakeSeam.h"
 #include "support/fakes/FakeSystemReport.h"
 
@@ -54,6 +56,12 @@ public:
 
     [[nodiscard]] QmlWindow& loginItems() { return *_loginItems; }
 
+    /// A message, shown.
+    QmlWindow& showMessage(const Message& message);
+
+    /// The updater's window, shown with a prompt.
+    QmlWindow& showUpdate(const UpdatePrompt& prompt);
+
     [[nodiscard]] Diagnostics& diagnostics() { return *_diagnostics; }
 
     [[nodiscard]] WindowCollaborators collaborators();
@@ -66,6 +74,8 @@ private:
     std::unique_ptr<Diagnostics> _diagnostics;
     std::unique_ptr<QmlWindow> _mainWindow;
     std::unique_ptr<QmlWindow> _loginItems;
+    std::unique_ptr<QmlMessage> _message;
+    std::unique_ptr<UpdateWindow> _update;
 };
 
 } // namespace ferrobank

@@ -63,6 +63,15 @@ TestCase {
     }
 
     Component {
+        id: selectable
+
+        SelectableText {
+            width: 300
+            text: "Some words"
+        }
+    }
+
+    Component {
         id: spinner
 
         Spinner {}
@@ -89,6 +98,18 @@ TestCase {
         mouseDoubleClickSequence(value, 8, value.height / 2);
         value.selectAll();
         compare(value.selectedText, "48.6 GB");
+    }
+
+    function test_theRestOfALineBelongsToTheBackground() {
+        const words = createTemporaryObject(selectable, test);
+        verify(words.contains(Qt.point(5, 5)));
+        verify(!words.contains(Qt.point(words.contentWidth + 5, 5)));
+        verify(!words.contains(Qt.point(-5, 5)));
+        verify(!words.contains(Qt.point(5, -5)));
+        verify(!words.contains(Qt.point(5, words.height + 5)));
+        words.LayoutMirroring.enabled = true;
+        verify(words.contains(Qt.point(295, 5)));
+        verify(!words.contains(Qt.point(5, 5)));
     }
 
     function test_aShortValueKeepsItsSize() {
