@@ -23,14 +23,17 @@ PRESS = """
 import sys, time
 sys.path.insert(0, "/tests/desktop")
 import a11y
-end = time.monotonic() + 40
+end = time.monotonic() + 60
 for name in sys.argv[1:]:
-    while not a11y.find("Ferrobank", name):
+    while True:
+        thing = a11y.find("Ferrobank", name)
+        if thing is not None:
+            break
         if time.monotonic() > end:
             sys.exit(f"{name!r} is not shown; there are {a11y.described('Ferrobank')}")
         time.sleep(0.1)
     if name != sys.argv[-1]:
-        a11y.press(a11y.find("Ferrobank", name))
+        a11y.press(thing)
 """
 
 
