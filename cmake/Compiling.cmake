@@ -79,10 +79,13 @@ function(ferrobank_test_program target)
 endfunction()
 
 # Gives a target the toolkit's headers precompiled: two thirds of the time of most files is reading them. Targets share one
-# set each for libraries and for programs, whose code is generated differently. Clang only: GCC 12 wants every definition of
-# the sharing targets to be the same.
+# set each for libraries and for programs, whose code is generated differently. GCC 12 wants every definition of the sharing
+# targets to be the same, so there each target has its own.
 function(ferrobank_precompile target)
     if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+        target_precompile_headers(${target} PRIVATE "${CMAKE_SOURCE_DIR}/cmake/Precompiled.h")
+        # Without this the compiler cache cannot see what is in them.
+        target_compile_options(${target} PRIVATE -fpch-preprocess)
         return()
     endif()
     get_target_property(type ${target} TYPE)

@@ -50,10 +50,12 @@ qt_add_qml_module(
         Dashboard/Settings.qml
         Dashboard/Tile.qml
         Dashboard/Tiles.qml
+        Views/About.qml
         Views/CheckList.qml
         Views/CheckRow.qml
         Views/ChecksScreen.qml
         Views/ConsentPage.qml
+        Views/CopyDiagnostics.qml
         Views/DonePage.qml
         Views/LoginItem.qml
         Views/LoginItems.qml
@@ -76,12 +78,16 @@ qt_add_qml_module(
         Components/SymbolImage.h
         Components/Theme.cpp
         Components/Theme.h
+        Components/WindowFit.cpp
+        Components/WindowFit.h
         Dashboard/DashboardPresenter.cpp
         Dashboard/DashboardPresenter.h
         Views/CheckRowStyle.cpp
         Views/CheckRowStyle.h
         Views/ChecksPresenter.cpp
         Views/ChecksPresenter.h
+        Views/DiagnosticsCopy.cpp
+        Views/DiagnosticsCopy.h
         Views/LoginItemsPresenter.cpp
         Views/LoginItemsPresenter.h
         Views/MainWindow.h

@@ -5,6 +5,7 @@
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -40,6 +41,10 @@ public:
 
         /// "NAME=value" each; none: ours.
         std::optional<QStringList> environment;
+
+        /// The output of a child that ends within this time is read when it ends, in one go: a short run then
+        /// wakes this process once. From then on, output is read as it comes.
+        std::chrono::milliseconds patience{0};
     };
 
     virtual ~ChildProcess() = default;

@@ -44,4 +44,9 @@ private:
 /// Whether windows may be partly transparent, so that rounded corners show what lies behind them.
 [[nodiscard]] bool windowsAreComposited();
 
+/// Whether the desktop may leave an open window behind others although the user has asked for it: it wants a
+/// token of the user's click, which a program started from a terminal does not have. A window that appears
+/// anew is in front.
+[[nodiscard]] bool raisingNeedsLeave();
+
 } // namespace ferrobank

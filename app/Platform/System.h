@@ -13,6 +13,7 @@ class Defaults;
 class LoginItemRegistry;
 class PrivilegedLink;
 class SettingsPages;
+class SystemReport;
 class UpdateController;
 class UpdateDelegate;
 class UpdateInterface;
@@ -51,6 +52,7 @@ public:
     [[nodiscard]] virtual Defaults& defaults() = 0;
     [[nodiscard]] virtual Volumes& volumes() = 0;
     [[nodiscard]] virtual Clock& clock() = 0;
+    [[nodiscard]] virtual SystemReport& report() = 0;
 
     /// The system's updater, started. Delegate and interface must outlive it.
     [[nodiscard]] virtual std::unique_ptr<UpdateController>

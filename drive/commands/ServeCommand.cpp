@@ -38,7 +38,7 @@ int serve(const Paths& paths, const Log& log)
         inheritance = Inheritance::fromText(text);
         ::unsetenv(Inheritance::kVariable);
     }
-    std::optional<Locks> locks = inheritance ? Locks::inherit(*inheritance) : Locks::tryTake(paths);
+    std::optional<Locks> locks = inheritance ? Locks::inherit(*inheritance) : Locks::take(paths);
     if (!locks) {
         log.write("The drive is served already by another process.");
         // A service that ends without having been ready counts as failed and would be started over and over.

@@ -5,7 +5,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
-#include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -19,24 +19,31 @@ namespace {
 
 constexpr std::size_t kKeptOutput = 64 * 1024;
 
+/// In the child, between fork and exec: only what a program with threads may call there.
+[[noreturn]] void become(const char* program, char* const* arguments, char* const* environment, int output,
+                         pid_t parent)
+{
+    // It must not go on with the store when whoever wanted it was killed; that may have happened already.
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (::getppid() != parent) {
+        ::_exit(127);
+    }
+    const int nothing = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    ::dup2(nothing, STDIN_FILENO);
+    ::dup2(output, STDOUT_FILENO);
+    ::dup2(output, STDERR_FILENO);
+    // The serving process blocks the signals it reads from a descriptor; children must get the usual ones
+    // back.
+    sigset_t none;
+    sigemptyset(&none);
+    ::sigprocmask(SIG_SETMASK, &none, nullptr);
+    ::execve(program, arguments, environment);
+    ::_exit(127);
+}
+
 /// Starts the child with its output in the pipe; 0 when it could not be started.
 pid_t spawn(const std::filesystem::path& program, const std::vector<std::string>& arguments, int output)
 {
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, output, STDERR_FILENO);
-
-    // The serving process blocks the signals it reads from a descriptor; children must get the usual ones
-    // back.
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    sigset_t none;
-    sigemptyset(&none);
-    posix_spawnattr_setsigmask(&attributes, &none);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
-
     std::vector<std::string> texts{program.string()};
     texts.insert(texts.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
@@ -48,12 +55,12 @@ pid_t spawn(const std::filesystem::path& program, const std::vector<std::string>
     std::array<std::string, 2> variables{"PATH=/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL=C.UTF-8"};
     std::array<char*, 3> environment{variables[0].data(), variables[1].data(), nullptr};
 
-    pid_t child = 0;
-    const int error =
-        posix_spawn(&child, program.c_str(), &actions, &attributes, pointers.data(), environment.data());
-    posix_spawn_file_actions_destroy(&actions);
-    posix_spawnattr_destroy(&attributes);
-    return error == 0 ? child : 0;
+    const pid_t parent = ::getpid();
+    const pid_t child = ::fork();
+    if (child == 0) {
+        become(program.c_str(), pointers.data(), environment.data(), output, parent);
+    }
+    return std::max(child, 0);
 }
 
 enum class Reading { Ended, TimedOut };

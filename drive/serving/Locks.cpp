@@ -8,12 +8,17 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
+#include <thread>
 #include <utility>
 
 namespace ferrobank::drive {
 
 namespace {
+
+constexpr std::chrono::seconds kDyingLimit{30};
+constexpr std::chrono::milliseconds kDyingStep{20};
 
 void writeLockText(int file, const std::string& text)
 {
@@ -63,6 +68,22 @@ std::optional<Locks> Locks::tryTake(const Paths& paths)
     }
     writeLockText(store->descriptor(), LockText{.process = ::getpid(), .runtime = paths.runtime}.toText());
     return Locks{.serve = std::move(*serve), .store = std::move(*store)};
+}
+
+std::optional<Locks> Locks::take(const Paths& paths)
+{
+    const auto limit = std::chrono::steady_clock::now() + kDyingLimit;
+    for (;;) {
+        if (std::optional<Locks> locks = tryTake(paths)) {
+            return locks;
+        }
+        const std::optional<LockText> holder =
+            LockText::fromText(readSmallFile(paths.storeLock).value_or(std::string()));
+        if (!holder || holder->isAlive() || std::chrono::steady_clock::now() >= limit) {
+            return std::nullopt;
+        }
+        std::this_thread::sleep_for(kDyingStep);
+    }
 }
 
 Locks Locks::inherit(const Inheritance& inheritance)

@@ -32,6 +32,9 @@ struct Locks {
     /// Nothing when another process serves. Makes the folders, and writes this process and its runtime folder
     /// into the store's lock for the commands. Throws Failure.
     [[nodiscard]] static std::optional<Locks> tryTake(const Paths& paths);
+    /// The same, but waits for a holder that was killed: its locks go with the last of its threads, which on
+    /// a busy computer takes a while, and nobody else would serve the drive then.
+    [[nodiscard]] static std::optional<Locks> take(const Paths& paths);
     [[nodiscard]] static Locks inherit(const Inheritance& inheritance);
 };
 

@@ -23,6 +23,18 @@ std::optional<LockText> LockText::fromText(const std::string& text)
     return found;
 }
 
+bool LockText::isAlive() const
+{
+    const std::optional<std::string> facts = readSmallFile("/proc/" + std::to_string(process) + "/stat");
+    if (!facts) {
+        return false;
+    }
+    // The state follows the name, which may hold anything, brackets too.
+    const std::size_t name = facts->rfind(") ");
+    const char state = name == std::string::npos ? 'X' : (*facts)[name + 2];
+    return state != 'Z' && state != 'X';
+}
+
 ServerProbe ServerProbe::probe(const Paths& paths)
 {
     ServerProbe probe;
@@ -34,6 +46,7 @@ ServerProbe ServerProbe::probe(const Paths& paths)
     if (const std::optional<LockText> holder =
             LockText::fromText(readSmallFile(paths.storeLock).value_or(std::string())))
     {
+        probe.running = holder->isAlive();
         probe.process = holder->process;
         probe.runtime = holder->runtime;
     }

@@ -16,11 +16,15 @@ struct LockText {
 
     [[nodiscard]] std::string toText() const;
     [[nodiscard]] static std::optional<LockText> fromText(const std::string& text);
+
+    /// False once the process has ended or was killed. It may still hold the lock then, until the last of its
+    /// threads has left the kernel.
+    [[nodiscard]] bool isAlive() const;
 };
 
 /// What a one-shot command can know of the serving process without talking to it.
 struct ServerProbe {
-    /// Somebody holds the store's lock.
+    /// Somebody holds the store's lock, and is not a process that was killed a moment ago.
     bool running = false;
     /// That process, 0 when unknown.
     int process = 0;

@@ -1,6 +1,12 @@
+#include "platform/Files.h"
 #include "platform/Program.h"
+#include "testing/DriveHost.h"
+#include "testing/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace ferrobank::drive::testing {
 namespace {
@@ -41,6 +47,28 @@ TEST(Program, argumentsAreNotTouchedByAnyShell)
 {
     EXPECT_EQ(runSystemProgram("echo", {"a b", "$HOME", "'"}, std::chrono::seconds(10)).output,
               "a b $HOME '\n");
+}
+
+TEST(Program, killedCallerTakesItsProgramAlong)
+{
+    const TemporaryFolder folder;
+    const std::filesystem::path note = folder.path() / "process";
+    const pid_t caller = ::fork();
+    if (caller == 0) {
+        static_cast<void>(runSystemProgram(
+            "sh", {"-c", "echo $$ > \"$0.new\"; mv \"$0.new\" \"$0\"; exec sleep 60", note.string()},
+            std::chrono::seconds(60)));
+        ::_exit(0);
+    }
+    ASSERT_TRUE(waitUntil([&] { return readSmallFile(note).has_value(); }));
+    const std::string process = "/proc/" + std::to_string(std::stoi(*readSmallFile(note)));
+    ::kill(caller, SIGKILL);
+    ::waitpid(caller, nullptr, 0);
+    EXPECT_TRUE(waitUntil([&] {
+        // Nobody may be there to take a zombie's status.
+        const std::string facts = readSmallFile(process + "/stat").value_or(") Z");
+        return facts[facts.rfind(") ") + 2] == 'Z';
+    }));
 }
 
 } // namespace

@@ -1,13 +1,18 @@
 #include "state/State.h"
 
 #include "platform/Failure.h"
+#include "platform/FileLock.h"
 #include "state/Figures.h"
 #include "state/ServerProbe.h"
 #include "testing/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <limits>
+#include <utility>
 
 namespace ferrobank::drive::testing {
 namespace {
@@ -93,6 +98,44 @@ TEST(LockText, holdsProcessAndFolder)
     EXPECT_EQ(found->runtime, "/run/a b");
     for (const char* text : {"", "17", "17 ", "17 relative", "x /run", " /run"}) {
         EXPECT_FALSE(LockText::fromText(text)) << text;
+    }
+}
+
+TEST(LockText, holderLivesUntilItIsKilledAndNotOnlyUntilItIsForgotten)
+{
+    EXPECT_TRUE((LockText{.process = ::getpid(), .runtime = "/run"}.isAlive()));
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::pause();
+    }
+    const LockText holder{.process = child, .runtime = "/run"};
+    EXPECT_TRUE(holder.isAlive());
+    ::kill(child, SIGKILL);
+    siginfo_t end{};
+    ASSERT_EQ(::waitid(P_PID, static_cast<id_t>(child), &end, WEXITED | WNOWAIT), 0);
+    EXPECT_FALSE(holder.isAlive()) << "its status was not taken yet";
+    ::waitpid(child, nullptr, 0);
+    EXPECT_FALSE(holder.isAlive());
+}
+
+TEST(ServerProbe, lockOfAKilledHolderIsNoRunningServer)
+{
+    const TemporaryFolder folder;
+    const Paths paths = Paths::of(folder.path() / "home", folder.path(), folder.path() / "config");
+    std::filesystem::create_directories(paths.store);
+    const auto lock = FileLock::tryTake(paths.storeLock);
+    ASSERT_TRUE(lock);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::_exit(0);
+    }
+    ::waitpid(child, nullptr, 0);
+    for (const auto& [holder, running] : {std::pair(::getpid(), true), std::pair(child, false)}) {
+        const std::string text = LockText{.process = holder, .runtime = paths.runtime}.toText();
+        ASSERT_EQ(::pwrite(lock->descriptor(), text.data(), text.size(), 0),
+                  static_cast<ssize_t>(text.size()));
+        ASSERT_EQ(::ftruncate(lock->descriptor(), static_cast<off_t>(text.size())), 0);
+        EXPECT_EQ(ServerProbe::probe(paths).running, running);
     }
 }
 

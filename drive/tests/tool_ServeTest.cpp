@@ -252,6 +252,32 @@ TEST_F(Serve, killedServeLeavesTheMountAndTheNextOneAdoptsIt)
     EXPECT_EQ(loopsOf(host->paths().image, Recognise::ByFile).size(), 1U);
 }
 
+TEST_F(Serve, startedWhileAKilledOneStillHoldsTheLocksItWaitsForThem)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    host->endServing(SIGKILL);
+    // As the last thread of the killed one would, which is still busy in the kernel.
+    std::optional<FileLock> lock;
+    ASSERT_TRUE(waitUntil([&] { return (lock = FileLock::tryTake(host->paths().storeLock)).has_value(); }));
+    const pid_t next = host->startServing();
+    const auto turns = [&] {
+        const std::string facts =
+            readSmallFile("/proc/" + std::to_string(next) + "/status").value_or(std::string());
+        const std::size_t at = facts.find("\nvoluntary_ctxt_switches:");
+        return at == std::string::npos ? 0 : std::atoi(facts.c_str() + at + 25);
+    };
+    EXPECT_TRUE(waitUntil([&] { return host->servingProcess() == next; }));
+    const int before = turns();
+    EXPECT_TRUE(waitUntil([&] { return turns() >= before + 5; })) << "it does not wait";
+    EXPECT_EQ(status()["mounted"], true);
+    lock.reset();
+    EXPECT_TRUE(waitUntil([&] {
+        const std::string state = readSmallFile(host->paths().state()).value_or(std::string());
+        return state.find("\"pid\":" + std::to_string(next) + ",") != std::string::npos &&
+               state.find(R"("phase":"mounted")") != std::string::npos;
+    })) << host->logText();
+}
+
 TEST_F(Serve, killAtAnyMomentOfTheFirstStartLeavesNothingThatTheNextCannotUse)
 {
     for (int delay = 0; delay <= 400; delay += 20) {
@@ -275,7 +301,7 @@ TEST_F(Serve, killAtAnyMomentOfALaterStartKeepsAllFiles)
     const auto before = fingerprint(host->paths().drive);
     for (int delay = 0; delay <= 200; delay += 10) {
         host->endServing(SIGTERM);
-        ASSERT_FALSE(host->isMounted());
+        ASSERT_FALSE(host->isMounted()) << host->logText();
         host->startServing();
         ::usleep(static_cast<useconds_t>(delay) * 1000);
         host->endServing(SIGKILL);

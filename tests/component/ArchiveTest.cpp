@@ -1,6 +1,7 @@
 #include "Platform/linux/updates/UpdateFailure.h"
 #include "Platform/linux/updates/install/Unpack.h"
 #include "Platform/linux/updates/worker/WorkerContext.h"
+#include "support/TestProgram.h"
 #include "support/updates/TestRelease.h"
 
 #include <QtCore/QDir>
@@ -293,5 +294,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(ArchiveTest)
+FERROBANK_TEST(ArchiveTest)
 #include "ArchiveTest.moc"

@@ -2,6 +2,7 @@
 
 #include "support/AwkwardPaths.h"
 #include "support/BundleCopy.h"
+#include "support/TestProgram.h"
 #include "support/desktop/PrivateSession.h"
 
 #include <QtCore/QDir>
@@ -167,5 +168,5 @@ void AutostartEntryTest::entryWhoseProgramIsGoneIsNotStarted()
 
 } // namespace ferrobank
 
-QTEST_GUILESS_MAIN(ferrobank::AutostartEntryTest)
+FERROBANK_TEST(ferrobank::AutostartEntryTest)
 #include "AutostartEntryTest.moc"

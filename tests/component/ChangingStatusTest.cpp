@@ -3,6 +3,7 @@
 #include "Platform/linux/tray/StatusNotifierItem.h"
 #include "support/PrivateBus.h"
 #include "support/ProcessFacts.h"
+#include "support/TestProgram.h"
 #include "support/fakes/FakeSeam.h"
 
 #include <QtCore/QDir>
@@ -125,5 +126,5 @@ private:
 
 } // namespace ferrobank
 
-QTEST_GUILESS_MAIN(ferrobank::ChangingStatusTest)
+FERROBANK_TEST(ferrobank::ChangingStatusTest)
 #include "ChangingStatusTest.moc"

@@ -3,6 +3,7 @@
 #include "Ferrobank/CLI/CLI.h"
 #include "Platform/LinkPlacement.h"
 #include "support/Await.h"
+#include "support/TestProgram.h"
 #include "support/fakes/FakePrivilegedLink.h"
 
 #include <QtCore/QDir>
@@ -261,5 +262,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(CommandLineToolTest)
+FERROBANK_TEST(CommandLineToolTest)
 #include "CommandLineToolTest.moc"

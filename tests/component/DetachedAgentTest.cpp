@@ -3,6 +3,7 @@
 #include "Platform/LoginItemRegistry.h"
 #include "support/BundleCopy.h"
 #include "support/ProcessFacts.h"
+#include "support/TestProgram.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -236,5 +237,5 @@ void DetachedAgentTest::noDescriptorAndNoChildIsLeftHere()
 
 } // namespace ferrobank
 
-QTEST_GUILESS_MAIN(ferrobank::DetachedAgentTest)
+FERROBANK_TEST(ferrobank::DetachedAgentTest)
 #include "DetachedAgentTest.moc"

@@ -4,6 +4,7 @@
 #include "support/Await.h"
 #include "support/ProcessFacts.h"
 #include "support/ScriptedTool.h"
+#include "support/TestProgram.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QTimer>
@@ -244,5 +245,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(DriveToolLinesTest)
+FERROBANK_TEST(DriveToolLinesTest)
 #include "DriveToolLinesTest.moc"

@@ -4,7 +4,9 @@
 #include "support/Await.h"
 #include "support/ProcessFacts.h"
 #include "support/ScriptedTool.h"
+#include "support/TestProgram.h"
 
+#include <QtCore/QByteArrayList>
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QJsonArray>
@@ -21,6 +23,7 @@
 using namespace ferrobank;
 using namespace ferrobank::test;
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -55,6 +58,16 @@ QString launchErrorOf(ProcessCLI& cli)
 QJsonObject reportOf(ProcessCLI& cli)
 {
     return QJsonDocument::fromJson(run(cli).toUtf8()).object();
+}
+
+std::unique_ptr<ChildProcess> launchPatiently(const ScriptedTool& tool, std::chrono::milliseconds patience,
+                                              const std::shared_ptr<QByteArrayList>& pieces)
+{
+    ChildProcess::Setup setup;
+    setup.program = tool.path();
+    setup.output = [pieces](const QByteArray& piece) { pieces->append(piece); };
+    setup.patience = patience;
+    return ChildProcess::launch(std::move(setup));
 }
 
 /// Replaces one standard descriptor of this process, or closes it, until it goes out of scope.
@@ -318,6 +331,38 @@ private Q_SLOTS:
         QVERIFY(text.endsWith(u"abab"_s));
     }
 
+    void outputOfAShortRunIsReadAtItsEndInOneGo()
+    {
+        const ScriptedTool tool;
+        tool.plays(R"([{"out": "one"}, {"pause": 20}, {"out": "two"}])");
+        const auto pieces = std::make_shared<QByteArrayList>();
+        const auto process = launchPatiently(tool, 1h, pieces);
+        QCOMPARE(await(process->finished()), 0);
+        QCOMPARE(*pieces, (QByteArrayList{"onetwo", QByteArray()}));
+    }
+
+    void outputOfALongRunIsReadWhileItRuns()
+    {
+        const ScriptedTool tool;
+        tool.plays(R"([{"out": "one"}, {"wait_for": )" + tool.quoted(u"go"_s) + R"(}, {"out": "two"}])");
+        const auto pieces = std::make_shared<QByteArrayList>();
+        const auto process = launchPatiently(tool, 1ms, pieces);
+        QTRY_COMPARE(*pieces, QByteArrayList{"one"});
+        QVERIFY(QFile(tool.file(u"go"_s)).open(QIODevice::WriteOnly));
+        QCOMPARE(await(process->finished()), 0);
+        QCOMPARE(*pieces, (QByteArrayList{"one", "two", QByteArray()}));
+    }
+
+    void shortRunThatFillsThePipeIsNotLeftWaiting()
+    {
+        const ScriptedTool tool;
+        tool.plays(R"([{"flood": {"bytes": 1048576, "text": "ab"}}])");
+        const auto pieces = std::make_shared<QByteArrayList>();
+        const auto process = launchPatiently(tool, 50ms, pieces);
+        QCOMPARE(await(process->finished()), 0);
+        QCOMPARE(pieces->join().size(), 1048576);
+    }
+
     void hangingToolHoldsNothingElseUp()
     {
         const ScriptedTool hanging;
@@ -415,5 +460,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(DriveToolRunTest)
+FERROBANK_TEST(DriveToolRunTest)
 #include "DriveToolRunTest.moc"

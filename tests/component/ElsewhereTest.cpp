@@ -1,9 +1,11 @@
 #include "Platform/linux/files/Elsewhere.h"
 
+#include "Platform/linux/files/CachedLookup.h"
 #include "Platform/linux/files/LinuxVolumes.h"
 #include "Platform/linux/time/SystemClock.h"
 #include "support/Await.h"
 #include "support/ProcessFacts.h"
+#include "support/TestProgram.h"
 
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QFile>
@@ -25,6 +27,30 @@ class ElsewhereTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+
+    void whatIsInTheKernelsCacheIsAnsweredAtOnce()
+    {
+        const QTemporaryDir folder;
+        QFile file(folder.filePath(u"there"_s));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QVERIFY(QFile::link(u"/nowhere"_s, folder.filePath(u"dangling"_s)));
+        const auto inCache = [&folder](const QString& name) {
+            const QString path = folder.filePath(name);
+            QFile::exists(path); // now it is known, also when nothing is there
+            return existsInCache(QFile::encodeName(path).constData());
+        };
+        if (!inCache(u"there"_s)) {
+            QSKIP("The kernel cannot be asked for what it has in memory");
+        }
+        QCOMPARE(inCache(u"there"_s), std::optional(true));
+        QCOMPARE(inCache(u"dangling"_s), std::optional(true));
+        // What is not there may also be unknown.
+        QVERIFY(inCache(u"there/below"_s) != std::optional(true));
+        QVERIFY(inCache(u"missing"_s) != std::optional(true));
+
+        QVERIFY(file.remove());
+        QVERIFY(inCache(u"there"_s) != std::optional(true));
+    }
 
     void answerComesFromAnotherThread()
     {
@@ -217,5 +243,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(ElsewhereTest)
+FERROBANK_TEST(ElsewhereTest)
 #include "ElsewhereTest.moc"

@@ -1,5 +1,6 @@
 #include "Platform/linux/tray/ExportedMenu.h"
 
+#include "support/TestProgram.h"
 #include "support/TrayHost.h"
 
 #include <QtDBus/QDBusConnectionInterface>
@@ -201,5 +202,5 @@ private:
 
 } // namespace ferrobank
 
-QTEST_GUILESS_MAIN(ferrobank::ExportedMenuTest)
+FERROBANK_TEST(ferrobank::ExportedMenuTest)
 #include "ExportedMenuTest.moc"

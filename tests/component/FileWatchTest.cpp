@@ -1,6 +1,7 @@
 #include "Platform/linux/desktop/FileWatch.h"
 
 #include "Platform/linux/desktop/LinuxSystemChanges.h"
+#include "support/TestProgram.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -152,5 +153,5 @@ private:
 
 } // namespace ferrobank
 
-QTEST_GUILESS_MAIN(ferrobank::FileWatchTest)
+FERROBANK_TEST(ferrobank::FileWatchTest)
 #include "FileWatchTest.moc"

@@ -1,5 +1,6 @@
 #include "Platform/linux/desktop/DesktopFolderChooser.h"
 #include "support/PrivateBus.h"
+#include "support/TestProgram.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QTemporaryDir>
@@ -215,13 +216,6 @@ private:
 
 } // namespace ferrobank
 
-int main(int argc, char** argv)
-{
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication application(argc, argv);
-    QApplication::setQuitOnLastWindowClosed(false);
-    ferrobank::FolderChooserTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FERROBANK_TEST_WITH_WINDOWS(ferrobank::FolderChooserTest)
 
 #include "FolderChooserTest.moc"

@@ -1,5 +1,7 @@
 #include "Platform/LinkPlacement.h"
 
+#include "support/TestProgram.h"
+
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QTest>
 
@@ -109,5 +111,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(LinkPlacementTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(LinkPlacementTest)
 #include "LinkPlacementTest.moc"

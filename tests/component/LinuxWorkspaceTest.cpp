@@ -3,6 +3,7 @@
 #include "Platform/linux/workspace/DesktopPages.h"
 #include "support/Await.h"
 #include "support/SmallFileSystem.h"
+#include "support/TestProgram.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -353,5 +354,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(LinuxWorkspaceTest)
+FERROBANK_TEST(LinuxWorkspaceTest)
 #include "LinuxWorkspaceTest.moc"

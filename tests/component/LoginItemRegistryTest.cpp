@@ -4,6 +4,7 @@
 #include "Platform/linux/login/LinuxLoginItemRegistry.h"
 #include "support/AwkwardPaths.h"
 #include "support/BundleCopy.h"
+#include "support/TestProgram.h"
 #include "support/desktop/PrivateSession.h"
 
 #include <QtCore/QDir>
@@ -472,5 +473,5 @@ void LoginItemRegistryTest::loginItemsPageIsTheApplicationsOwn()
 
 } // namespace ferrobank
 
-QTEST_GUILESS_MAIN(ferrobank::LoginItemRegistryTest)
+FERROBANK_TEST(ferrobank::LoginItemRegistryTest)
 #include "LoginItemRegistryTest.moc"

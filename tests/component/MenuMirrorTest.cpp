@@ -1,5 +1,7 @@
 #include "Platform/linux/tray/MenuMirror.h"
 
+#include "support/TestProgram.h"
+
 #include <QtGui/QAction>
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
@@ -100,12 +102,6 @@ private Q_SLOTS:
 
 } // namespace ferrobank
 
-int main(int argc, char** argv)
-{
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication application(argc, argv);
-    ferrobank::MenuMirrorTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FERROBANK_TEST_WITH_WINDOWS(ferrobank::MenuMirrorTest)
 
 #include "MenuMirrorTest.moc"

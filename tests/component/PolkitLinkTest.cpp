@@ -1,6 +1,7 @@
 #include "Platform/linux/link/PolkitLink.h"
 
 #include "support/Await.h"
+#include "support/TestProgram.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -209,5 +210,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(PolkitLinkTest)
+FERROBANK_TEST(PolkitLinkTest)
 #include "PolkitLinkTest.moc"

@@ -1,6 +1,7 @@
 #include "Platform/linux/files/SettingsFile.h"
 
 #include "support/SmallFileSystem.h"
+#include "support/TestProgram.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -228,5 +229,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(SettingsFileTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(SettingsFileTest)
 #include "SettingsFileTest.moc"

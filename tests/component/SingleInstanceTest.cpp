@@ -1,6 +1,7 @@
 #include "Platform/linux/instance/BusInstance.h"
 #include "Platform/linux/instance/SocketInstance.h"
 #include "support/PrivateBus.h"
+#include "support/TestProgram.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
@@ -311,5 +312,5 @@ private:
 
 } // namespace ferrobank
 
-QTEST_GUILESS_MAIN(ferrobank::SingleInstanceTest)
+FERROBANK_TEST(ferrobank::SingleInstanceTest)
 #include "SingleInstanceTest.moc"

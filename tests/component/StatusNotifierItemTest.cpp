@@ -1,5 +1,6 @@
 #include "Platform/linux/tray/StatusNotifierItem.h"
 
+#include "support/TestProgram.h"
 #include "support/TrayHost.h"
 
 #include <QtCore/QDir>
@@ -244,5 +245,5 @@ private:
 
 } // namespace ferrobank
 
-QTEST_GUILESS_MAIN(ferrobank::StatusNotifierItemTest)
+FERROBANK_TEST(ferrobank::StatusNotifierItemTest)
 #include "StatusNotifierItemTest.moc"

@@ -1,5 +1,7 @@
 #include "Platform/TerminationSignals.h"
 
+#include "support/TestProgram.h"
+
 #include <QtTest/QTest>
 
 #include <csignal>
@@ -44,5 +46,5 @@ private Q_SLOTS:
 
 } // namespace ferrobank
 
-QTEST_GUILESS_MAIN(ferrobank::TerminationSignalsTest)
+FERROBANK_TEST(ferrobank::TerminationSignalsTest)
 #include "TerminationSignalsTest.moc"

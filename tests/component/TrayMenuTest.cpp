@@ -2,6 +2,7 @@
 
 #include "Platform/StatusItem.h"
 #include "Platform/SystemChanges.h"
+#include "support/TestProgram.h"
 #include "support/fakes/FakeSeam.h"
 
 #include <QtCore/QFile>
@@ -21,18 +22,21 @@ class FakeStatusItem : public StatusItem {
 public:
     QList<MenuEntry> entries;
     StatusItemFace face;
+    int told = 0; ///< calls of any kind
     int menuChanges = 0;
     int faceChanges = 0;
     int repeats = 0;
 
     void setFace(const StatusItemFace& newFace) override
     {
+        ++told;
         faceChanges += newFace == face ? 0 : 1;
         face = newFace;
     }
 
     void setMenu(const QList<MenuEntry>& newEntries) override
     {
+        ++told;
         menuChanges += newEntries == entries ? 0 : 1;
         entries = newEntries;
     }
@@ -112,13 +116,11 @@ private Q_SLOTS:
         seam.cli.answerStatus(mountedStatus());
         Bench bench(seam);
         QTRY_VERIFY(bench.item.find(MenuItem::State));
-        const int menus = bench.item.menuChanges;
-        const int faces = bench.item.faceChanges;
+        const int told = bench.item.told;
         QSignalSpy polls(&bench.model, &AppModel::statusChanged);
         seam.clock.advance(std::chrono::seconds(20));
         QTRY_VERIFY(polls.count() >= 2);
-        QCOMPARE(bench.item.menuChanges, menus);
-        QCOMPARE(bench.item.faceChanges, faces);
+        QCOMPARE(bench.item.told, told);
     }
 
     void pollsDoNotAskTheRegistryForTheAgent()
@@ -339,5 +341,5 @@ private Q_SLOTS:
 
 } // namespace ferrobank
 
-QTEST_GUILESS_MAIN(ferrobank::TrayMenuTest)
+FERROBANK_TEST(ferrobank::TrayMenuTest)
 #include "TrayMenuTest.moc"

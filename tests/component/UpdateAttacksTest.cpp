@@ -1,3 +1,4 @@
+#include "support/TestProgram.h"
 #include "support/updates/UpdateStage.h"
 
 #include <QtCore/QDir>
@@ -439,5 +440,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(UpdateAttacksTest)
+FERROBANK_TEST(UpdateAttacksTest)
 #include "UpdateAttacksTest.moc"

@@ -2,6 +2,7 @@
 #include "Platform/linux/updates/install/Staging.h"
 #include "Platform/linux/updates/install/StagingLock.h"
 #include "Platform/linux/updates/install/Trial.h"
+#include "support/TestProgram.h"
 #include "support/updates/UpdateStage.h"
 
 #include <QtCore/QDir>
@@ -503,5 +504,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(UpdateInstallTest)
+FERROBANK_TEST(UpdateInstallTest)
 #include "UpdateInstallTest.moc"

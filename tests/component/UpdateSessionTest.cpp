@@ -1,6 +1,7 @@
 #include "Platform/linux/updates/session/UpdateSession.h"
 
 #include "Platform/linux/updates/session/ProcessWorker.h"
+#include "support/TestProgram.h"
 #include "support/fakes/VirtualClock.h"
 
 #include <QtCore/QCoreApplication>
@@ -791,5 +792,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(UpdateSessionTest)
+FERROBANK_TEST(UpdateSessionTest)
 #include "UpdateSessionTest.moc"

@@ -4,6 +4,7 @@
 #include "Platform/linux/updates/install/StagingLock.h"
 #include "Platform/linux/updates/install/Swap.h"
 #include "Platform/linux/updates/install/Trial.h"
+#include "support/TestProgram.h"
 #include "support/updates/UpdateStage.h"
 
 #include <QtCore/QDir>
@@ -249,5 +250,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(UpdateSideBySideTest)
+FERROBANK_TEST(UpdateSideBySideTest)
 #include "UpdateSideBySideTest.moc"

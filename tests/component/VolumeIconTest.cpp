@@ -2,6 +2,7 @@
 
 #include "Platform/linux/workspace/IconImage.h"
 #include "support/SmallFileSystem.h"
+#include "support/TestProgram.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -223,5 +224,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(VolumeIconTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(VolumeIconTest)
 #include "VolumeIconTest.moc"

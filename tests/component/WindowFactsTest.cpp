@@ -1,4 +1,5 @@
 #include "Ferrobank/FerrobankApp/Windows.h"
+#include "support/TestProgram.h"
 
 #include <QtGui/QGuiApplication>
 #include <QtGui/QWindow>
@@ -61,12 +62,6 @@ private Q_SLOTS:
 
 } // namespace ferrobank
 
-int main(int argc, char** argv)
-{
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QGuiApplication application(argc, argv);
-    ferrobank::WindowFactsTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+FERROBANK_TEST_WITH_WINDOWS(ferrobank::WindowFactsTest)
 
 #include "WindowFactsTest.moc"

@@ -1,4 +1,5 @@
 #include "support/BundleCopy.h"
+#include "support/TestProgram.h"
 #include "support/desktop/PrivateSession.h"
 
 #include <QtCore/QDir>
@@ -321,5 +322,5 @@ void HeadlessProgramTest::accountWithoutHomeIsAnswered()
 
 } // namespace ferrobank
 
-QTEST_GUILESS_MAIN(ferrobank::HeadlessProgramTest)
+FERROBANK_TEST(ferrobank::HeadlessProgramTest)
 #include "HeadlessProgramTest.moc"

@@ -1,4 +1,5 @@
 #include "support/BundleCopy.h"
+#include "support/TestProgram.h"
 #include "support/desktop/PrivateSession.h"
 
 #include <QtCore/QDir>
@@ -322,5 +323,5 @@ void HeadlessSessionTest::failedUnregisteringLeavesTheLoginItem()
 
 } // namespace ferrobank
 
-QTEST_GUILESS_MAIN(ferrobank::HeadlessSessionTest)
+FERROBANK_TEST(ferrobank::HeadlessSessionTest)
 #include "HeadlessSessionTest.moc"

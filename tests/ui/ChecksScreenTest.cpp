@@ -1,3 +1,4 @@
+#include "support/TestProgram.h"
 #include "ui/WindowTest.h"
 
 using namespace Qt::StringLiterals;
@@ -141,5 +142,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(ChecksScreenTest)
+FERROBANK_TEST_WITH_WINDOWS(ChecksScreenTest)
 #include "ChecksScreenTest.moc"

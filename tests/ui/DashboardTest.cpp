@@ -1,3 +1,4 @@
+#include "support/TestProgram.h"
 #include "ui/WindowTest.h"
 
 #include <QtCore/QFile>
@@ -406,5 +407,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(DashboardTest)
+FERROBANK_TEST_WITH_WINDOWS(DashboardTest)
 #include "DashboardTest.moc"

@@ -1,5 +1,8 @@
 #include "Ferrobank/Views/LoginItemsPresenter.h"
+#include "support/TestProgram.h"
 #include "ui/WindowTest.h"
+
+#include <QtGui/QClipboard>
 
 using namespace Qt::StringLiterals;
 using namespace ferrobank;
@@ -83,6 +86,33 @@ private Q_SLOTS:
         QTRY_VERIFY(isOn(switchOf(u"menu"_s)));
     }
 
+    void diagnosticsAreCopiedAndTold()
+    {
+        stage().toolJournal.note({u"restart"_s}, u"The drive in /home/anna/Ferrobank is in use."_s,
+                                 QDateTime::fromSecsSinceEpoch(1'700'000'000));
+        openLoginItems();
+        QCOMPARE(textOf(u"copyDiagnostics"_s), u"Copy Diagnostics"_s);
+        click(u"copyDiagnostics"_s);
+        QTRY_COMPARE(textOf(u"copyDiagnostics"_s), u"Copied"_s);
+        const QString report = QGuiApplication::clipboard()->text();
+        QVERIFY(report.contains(u"restart: The drive in ~/Ferrobank is in use."_s));
+        QVERIFY(!report.contains(u"anna"_s));
+        QVERIFY(!report.contains(u"violet"_s));
+    }
+
+    void closingWhileTheDiagnosticsAreGatheredIsHarmless()
+    {
+        stage().seam.cli.hold({u"--version"_s});
+        openLoginItems();
+        QGuiApplication::clipboard()->setText(u"before"_s);
+        click(u"copyDiagnostics"_s);
+        QVERIFY(!item(u"copyDiagnostics"_s).isEnabled());
+        stage().loginItems().close();
+        QTRY_COMPARE(stage().host.closings, 1);
+        stage().seam.cli.finish({u"--version"_s}, FakeCLI::Answer::text(u"ferrobank 1.0.0"_s));
+        QCOMPARE(QGuiApplication::clipboard()->text(), u"before"_s);
+    }
+
     void returnAndEscapeClose_data()
     {
         QTest::addColumn<Qt::Key>("key");
@@ -99,5 +129,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(LoginItemsTest)
+FERROBANK_TEST_WITH_WINDOWS(LoginItemsTest)
 #include "LoginItemsTest.moc"

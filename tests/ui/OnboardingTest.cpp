@@ -1,3 +1,4 @@
+#include "support/TestProgram.h"
 #include "ui/WindowTest.h"
 
 using namespace Qt::StringLiterals;
@@ -314,5 +315,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(OnboardingTest)
+FERROBANK_TEST_WITH_WINDOWS(OnboardingTest)
 #include "OnboardingTest.moc"

@@ -1,4 +1,5 @@
 #include "Ferrobank/Components/Theme.h"
+#include "support/TestProgram.h"
 #include "ui/WindowTest.h"
 
 #include <QtGui/QScreen>
@@ -90,6 +91,30 @@ private Q_SLOTS:
         const QQuickItem& done = item(u"done"_s);
         const QPointF end = done.mapToScene(QPointF(done.width(), done.height()));
         QVERIFY(end.y() <= window().height());
+    }
+
+    void aWindowThatGrowsNearTheLowerEdgeMovesUp()
+    {
+        openOn(Screen::onboarding(Screen::Welcome));
+        const QRect display = window().screen()->availableGeometry();
+        const int small = window().height();
+        window().setPosition(100, display.y() + display.height() - small);
+        QTRY_COMPARE(window().y(), display.y() + display.height() - small);
+        model().setScreen(Screen::onboarding(Screen::Consent));
+        QTRY_VERIFY(window().height() > small);
+        QCOMPARE(window().y() + window().height(), display.y() + display.height());
+        QCOMPARE(window().x(), 100);
+    }
+
+    void aWindowThatWidensNearTheFarEdgeMovesBack()
+    {
+        useMountedDrive();
+        openOn(Screen::checks());
+        const QRect display = window().screen()->availableGeometry();
+        window().setPosition(display.x() + display.width() - window().width(), display.y() + 20);
+        model().setScreen(Screen::dashboard());
+        QTRY_COMPARE(window().width(), 620 + 64);
+        QCOMPARE(window().x() + window().width(), display.x() + display.width());
     }
 
     void aContentTallerThanTheDisplayScrollsToTheFocus()
@@ -219,5 +244,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(RootViewTest)
+FERROBANK_TEST_WITH_WINDOWS(RootViewTest)
 #include "RootViewTest.moc"

@@ -1,4 +1,5 @@
 #include "Ferrobank/Components/Theme.h"
+#include "support/TestProgram.h"
 #include "ui/WindowTest.h"
 
 using namespace Qt::StringLiterals;
@@ -261,5 +262,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(UninstallScreenTest)
+FERROBANK_TEST_WITH_WINDOWS(UninstallScreenTest)
 #include "UninstallScreenTest.moc"

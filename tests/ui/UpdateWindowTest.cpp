@@ -1,8 +1,10 @@
 #include "Ferrobank/Views/UpdateWindow.h"
 
 #include "Ferrobank/Views/UpdatePresenter.h"
+#include "support/TestProgram.h"
 #include "support/offline/Stage.h"
 
+#include <QtGui/QClipboard>
 #include <QtQuick/QQuickItem>
 #include <QtQuick/QQuickWindow>
 #include <QtTest/QTest>
@@ -150,6 +152,22 @@ private Q_SLOTS:
         QTRY_COMPARE(_automatic, QList{true});
     }
 
+    void theRunningVersionIsToldAndItsDiagnosticsCopied()
+    {
+        show(found());
+        QCOMPARE(textOf(u"about"_s), u"Ferrobank %1"_s.arg(QCoreApplication::applicationVersion()));
+        click(u"copyDiagnostics"_s);
+        QTRY_COMPARE(textOf(u"copyDiagnostics"_s), u"Copied"_s);
+        QVERIFY(QGuiApplication::clipboard()->text().startsWith(u"Ferrobank: 1.0.0, folder"_s));
+        QVERIFY(_acts.isEmpty());
+    }
+
+    void nothingIsAskedAboutWhileTheUpdaterWorks()
+    {
+        show(downloading(0.5));
+        QVERIFY(!item(u"about"_s) && !item(u"copyDiagnostics"_s));
+    }
+
     void longNotesScrollAndTheWindowStaysSmall()
     {
         UpdatePrompt prompt = found();
@@ -161,7 +179,7 @@ private Q_SLOTS:
 
     void presenterMapsButtonsFromTheTrailingEdge()
     {
-        UpdatePresenter presenter(found());
+        UpdatePresenter presenter(found(), _stage->diagnostics());
         QList<UpdateAction> pressed;
         connect(&presenter, &UpdatePresenter::pressed, this,
                 [&pressed](UpdateAction action) { pressed.append(action); });
@@ -203,5 +221,5 @@ private:
     QList<bool> _automatic;
 };
 
-QTEST_MAIN(UpdateWindowTest)
+FERROBANK_TEST_WITH_WINDOWS(UpdateWindowTest)
 #include "UpdateWindowTest.moc"

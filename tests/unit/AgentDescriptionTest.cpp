@@ -1,5 +1,7 @@
 #include "Platform/linux/login/AgentDescription.h"
 
+#include "support/TestProgram.h"
+
 #include <QtCore/QFile>
 #include <QtTest/QTest>
 
@@ -107,5 +109,5 @@ void AgentDescriptionTest::missingPropertyListReadsAsNone()
 
 } // namespace ferrobank
 
-QTEST_APPLESS_MAIN(ferrobank::AgentDescriptionTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(ferrobank::AgentDescriptionTest)
 #include "AgentDescriptionTest.moc"

@@ -1,6 +1,7 @@
 #include "Platform/linux/login/AgentService.h"
 
 #include "Platform/linux/SmallFile.h"
+#include "support/TestProgram.h"
 #include "support/fakes/FakeUserManager.h"
 
 #include <QtCore/QTemporaryDir>
@@ -311,5 +312,5 @@ void AgentServiceTest::unregisteringWhatIsNotThereSucceeds()
 
 } // namespace ferrobank
 
-QTEST_APPLESS_MAIN(ferrobank::AgentServiceTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(ferrobank::AgentServiceTest)
 #include "AgentServiceTest.moc"

@@ -2,6 +2,7 @@
 
 #include "Platform/linux/updates/UpdateFailure.h"
 #include "Platform/linux/updates/feed/ReleaseNotes.h"
+#include "support/TestProgram.h"
 
 #include <QtTest/QTest>
 
@@ -249,5 +250,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(AppcastTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(AppcastTest)
 #include "AppcastTest.moc"

@@ -1,6 +1,7 @@
 #include "Platform/linux/login/DesktopEntry.h"
 
 #include "support/AwkwardPaths.h"
+#include "support/TestProgram.h"
 
 #include <QtTest/QTest>
 
@@ -159,5 +160,5 @@ void DesktopEntryTest::lineEndsOfOtherSystemsAreRead()
 
 } // namespace ferrobank
 
-QTEST_APPLESS_MAIN(ferrobank::DesktopEntryTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(ferrobank::DesktopEntryTest)
 #include "DesktopEntryTest.moc"

@@ -1,5 +1,6 @@
 #include "Platform/linux/process/ForeignEnvironment.h"
 #include "Platform/linux/workspace/DesktopPages.h"
+#include "support/TestProgram.h"
 
 #include <QtTest/QTest>
 
@@ -97,5 +98,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(DesktopProgramsTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(DesktopProgramsTest)
 #include "DesktopProgramsTest.moc"

@@ -1,5 +1,6 @@
 #include "Ferrobank/Headless.h"
 
+#include "support/TestProgram.h"
 #include "support/fakes/FakeRegistry.h"
 
 #include <QtTest/QTest>
@@ -162,5 +163,5 @@ void HeadlessTest::lineThatCannotBeWrittenIsAFailure()
 
 } // namespace ferrobank
 
-QTEST_APPLESS_MAIN(ferrobank::HeadlessTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(ferrobank::HeadlessTest)
 #include "HeadlessTest.moc"

@@ -1,5 +1,7 @@
 #include "Platform/linux/updates/feed/ItemChoice.h"
 
+#include "support/TestProgram.h"
+
 #include <QtTest/QTest>
 
 using namespace ferrobank::updates;
@@ -258,5 +260,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(ItemChoiceTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(ItemChoiceTest)
 #include "ItemChoiceTest.moc"

@@ -1,5 +1,7 @@
 #include "Ferrobank/FerrobankApp/LaunchRule.h"
 
+#include "support/TestProgram.h"
+
 #include <QtTest/QTest>
 
 namespace ferrobank {
@@ -56,5 +58,5 @@ private Q_SLOTS:
 
 } // namespace ferrobank
 
-QTEST_APPLESS_MAIN(ferrobank::LaunchRuleTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(ferrobank::LaunchRuleTest)
 #include "LaunchRuleTest.moc"

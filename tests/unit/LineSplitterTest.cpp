@@ -1,5 +1,7 @@
 #include "Ferrobank/CLI/LineSplitter.h"
 
+#include "support/TestProgram.h"
+
 #include <QtTest/QTest>
 
 using ferrobank::LineSplitter;
@@ -108,5 +110,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(LineSplitterTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(LineSplitterTest)
 #include "LineSplitterTest.moc"

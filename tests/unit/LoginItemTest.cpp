@@ -1,6 +1,7 @@
 #include "Platform/linux/login/LoginItem.h"
 
 #include "Platform/linux/SmallFile.h"
+#include "support/TestProgram.h"
 
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QTest>
@@ -177,5 +178,5 @@ void LoginItemTest::folderThatCannotBeMadeIsTold()
 
 } // namespace ferrobank
 
-QTEST_APPLESS_MAIN(ferrobank::LoginItemTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(ferrobank::LoginItemTest)
 #include "LoginItemTest.moc"

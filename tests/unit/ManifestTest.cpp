@@ -2,6 +2,7 @@
 
 #include "Platform/linux/updates/UpdateFailure.h"
 #include "Platform/linux/updates/install/SafePath.h"
+#include "support/TestProgram.h"
 
 #include <QtTest/QTest>
 
@@ -173,5 +174,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(ManifestTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(ManifestTest)
 #include "ManifestTest.moc"

@@ -1,5 +1,7 @@
 #include "Platform/linux/tray/MenuChange.h"
 
+#include "support/TestProgram.h"
+
 #include <QtTest/QTest>
 
 namespace ferrobank {
@@ -71,5 +73,5 @@ private Q_SLOTS:
 
 } // namespace ferrobank
 
-QTEST_APPLESS_MAIN(ferrobank::MenuChangeTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(ferrobank::MenuChangeTest)
 #include "MenuChangeTest.moc"

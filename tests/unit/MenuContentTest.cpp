@@ -1,5 +1,7 @@
 #include "Ferrobank/FerrobankApp/MenuContent.h"
 
+#include "support/TestProgram.h"
+
 #include <QtCore/QStringList>
 #include <QtTest/QTest>
 
@@ -237,5 +239,5 @@ private Q_SLOTS:
 
 } // namespace ferrobank
 
-QTEST_APPLESS_MAIN(ferrobank::MenuContentTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(ferrobank::MenuContentTest)
 #include "MenuContentTest.moc"

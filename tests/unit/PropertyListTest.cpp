@@ -1,5 +1,7 @@
 #include "Platform/linux/PropertyList.h"
 
+#include "support/TestProgram.h"
+
 #include <QtTest/QTest>
 
 #include <string>
@@ -117,5 +119,5 @@ void PropertyListTest::missingFileIsRefused()
 
 } // namespace ferrobank
 
-QTEST_APPLESS_MAIN(ferrobank::PropertyListTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(ferrobank::PropertyListTest)
 #include "PropertyListTest.moc"

@@ -2,6 +2,7 @@
 #include "Ferrobank/CLI/DecodingError.h"
 #include "Ferrobank/CLI/DriveStatus.h"
 #include "Ferrobank/CLI/JsonRecord.h"
+#include "support/TestProgram.h"
 
 #include <QtTest/QTest>
 
@@ -367,5 +368,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(RecordsTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(RecordsTest)
 #include "RecordsTest.moc"

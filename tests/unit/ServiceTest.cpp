@@ -1,5 +1,6 @@
 #include "Ferrobank/Service.h"
 
+#include "support/TestProgram.h"
 #include "support/fakes/FakeRegistry.h"
 
 #include <QtTest/QTest>
@@ -236,5 +237,5 @@ void ServiceTest::openingTheLoginItemsIsLeftToTheRegistry()
 
 } // namespace ferrobank
 
-QTEST_APPLESS_MAIN(ferrobank::ServiceTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(ferrobank::ServiceTest)
 #include "ServiceTest.moc"

@@ -1,6 +1,7 @@
 #include "Platform/linux/login/ServiceUnit.h"
 
 #include "support/AwkwardPaths.h"
+#include "support/TestProgram.h"
 
 #include <QtTest/QTest>
 
@@ -152,5 +153,5 @@ void ServiceUnitTest::unitOfOthersHasNoProgramOfOurs()
 
 } // namespace ferrobank
 
-QTEST_APPLESS_MAIN(ferrobank::ServiceUnitTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(ferrobank::ServiceUnitTest)
 #include "ServiceUnitTest.moc"

@@ -1,6 +1,7 @@
 #include "Platform/linux/updates/feed/SignedFeed.h"
 
 #include "Platform/linux/updates/UpdateFailure.h"
+#include "support/TestProgram.h"
 #include "support/updates/SigningKey.h"
 
 #include <QtTest/QTest>
@@ -142,5 +143,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(SignedFeedTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(SignedFeedTest)
 #include "SignedFeedTest.moc"

@@ -1,5 +1,7 @@
 #include "Platform/linux/SmallFile.h"
 
+#include "support/TestProgram.h"
+
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
@@ -89,5 +91,5 @@ void SmallFileTest::failedReplacementLeavesTheOldContentAndNoTemporaryFile()
 
 } // namespace ferrobank
 
-QTEST_APPLESS_MAIN(ferrobank::SmallFileTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(ferrobank::SmallFileTest)
 #include "SmallFileTest.moc"

@@ -1,4 +1,5 @@
 #include "Platform/linux/updates/session/Prompts.h"
+#include "support/TestProgram.h"
 
 #include <QtTest/QTest>
 
@@ -175,5 +176,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(UpdatePromptsTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(UpdatePromptsTest)
 #include "UpdatePromptsTest.moc"

@@ -1,6 +1,7 @@
 #include "Platform/linux/updates/install/InstallKind.h"
 #include "Platform/linux/updates/install/Trial.h"
 #include "Platform/linux/updates/session/Schedule.h"
+#include "support/TestProgram.h"
 
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QTest>
@@ -253,5 +254,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(UpdateScheduleTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(UpdateScheduleTest)
 #include "UpdateScheduleTest.moc"

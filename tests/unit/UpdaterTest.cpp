@@ -1,5 +1,7 @@
 #include "Ferrobank/Updater.h"
 
+#include "support/TestProgram.h"
+
 #include <QtTest/QTest>
 
 #include <sys/wait.h>
@@ -152,5 +154,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(UpdaterTest)
+FERROBANK_TEST(UpdaterTest)
 #include "UpdaterTest.moc"

@@ -1,5 +1,7 @@
 #include "Platform/linux/login/UserFolders.h"
 
+#include "support/TestProgram.h"
+
 #include <QtTest/QTest>
 
 #include <pwd.h>
@@ -76,5 +78,5 @@ void UserFoldersTest::placesFollowTheFolders()
 
 } // namespace ferrobank
 
-QTEST_APPLESS_MAIN(ferrobank::UserFoldersTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(ferrobank::UserFoldersTest)
 #include "UserFoldersTest.moc"

@@ -1,5 +1,7 @@
 #include "Platform/linux/updates/feed/VersionComparison.h"
 
+#include "support/TestProgram.h"
+
 #include <QtTest/QTest>
 
 using ferrobank::updates::compareVersions;
@@ -81,5 +83,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(VersionComparisonTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(VersionComparisonTest)
 #include "VersionComparisonTest.moc"

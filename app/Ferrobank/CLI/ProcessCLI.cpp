@@ -24,6 +24,9 @@ QString textOf(const QByteArray& bytes)
     return decoder(bytes);
 }
 
+/// Longer than a poll of the status takes, and too short to be noticed by who floods us.
+constexpr std::chrono::milliseconds kPatience{50};
+
 /// Both outputs of one run, while it runs and after it.
 struct Captured {
     QByteArray output;
@@ -95,10 +98,13 @@ CLI& CLI::shared()
 QCoro::Task<QString> ProcessCLI::run(QStringList args)
 {
     const auto captured = std::make_shared<Captured>();
-    const auto process = ChildProcess::launch(
-        _tool, args, ChildProcess::StandardError::Capture,
-        [captured](const QByteArray& piece) { captured->output += piece; },
-        [captured](const QByteArray& piece) { captured->errorText += piece; });
+    ChildProcess::Setup setup;
+    setup.program = _tool;
+    setup.arguments = args;
+    setup.output = [captured](const QByteArray& piece) { captured->output += piece; };
+    setup.errorText = [captured](const QByteArray& piece) { captured->errorText += piece; };
+    setup.patience = kPatience;
+    const auto process = ChildProcess::launch(std::move(setup));
     const int status = co_await process->finished();
     if (status == 0) {
         co_return textOf(captured->output);

@@ -25,18 +25,8 @@ Window {
     Component.onCompleted: fit()
     onActiveFocusItemChanged: scroller.reveal(activeFocusItem)
 
-    /// The window manager holds a window within its limits, so they make way before the size changes.
     function fit(): void {
-        minimumWidth = Math.min(minimumWidth, wantedWidth);
-        minimumHeight = Math.min(minimumHeight, wantedHeight);
-        maximumWidth = Math.max(width, wantedWidth);
-        maximumHeight = Math.max(height, wantedHeight);
-        width = wantedWidth;
-        height = wantedHeight;
-        minimumWidth = wantedWidth;
-        minimumHeight = wantedHeight;
-        maximumWidth = wantedWidth;
-        maximumHeight = wantedHeight;
+        WindowFit.apply(frame, wantedWidth, wantedHeight);
     }
 
     Shortcut {

@@ -25,8 +25,8 @@ Item {
             visible: face.symbol !== ""
             name: face.symbol
             color: face.ink
-            width: 15
-            height: 15
+            width: Math.round(15 * Theme.textScale)
+            height: width
         }
 
         Text {

@@ -17,8 +17,8 @@ Item {
         y: (metrics.height - height) / 2
         name: notice.symbol
         color: Theme.accentText
-        width: 18
-        height: 18
+        width: Math.round(18 * Theme.textScale)
+        height: width
     }
 
     FontMetrics {

@@ -1,7 +1,7 @@
 import QtQuick
 import Ferrobank
 
-/// The frame of a screen: a title block, the content, and a row of buttons at the trailing edge.
+/// The frame of a screen: a title block, the content, and the buttons at the trailing edge.
 Item {
     id: page
 
@@ -52,12 +52,29 @@ Item {
             visible: children.length > 0
         }
 
-        Row {
+        // Side by side; in large text or long languages, where that is too wide, one below the other.
+        Grid {
             id: actions
+
+            readonly property int shown: {
+                let count = 0;
+                for (let index = 0; index < children.length; ++index)
+                    count += children[index].visible && children[index].width > 0 ? 1 : 0;
+                return count;
+            }
+            readonly property real sideBySide: {
+                let sum = (shown - 1) * columnSpacing;
+                for (let index = 0; index < children.length; ++index)
+                    sum += children[index].visible ? children[index].width : 0;
+                return sum;
+            }
 
             objectName: "pageButtons"
             anchors.right: parent.right
-            spacing: 10
+            columns: sideBySide <= page.width ? Math.max(1, shown) : 1
+            horizontalItemAlignment: Grid.AlignRight
+            columnSpacing: 10
+            rowSpacing: 8
         }
     }
 }

@@ -112,6 +112,9 @@ Palette Palette::light(const QColor& accent)
     palette.green = meaning(QColor(0x1e, 0x85, 0x42), panel, palette.window);
     palette.orange = meaning(QColor(0xb8, 0x5c, 0x00), panel, palette.window);
     palette.red = meaning(QColor(0xc9, 0x28, 0x28), panel, palette.window);
+    palette.vividGreen = readable(QColor(0x2a, 0xa6, 0x4c), panel, kSymbolContrast);
+    palette.vividOrange = readable(QColor(0xf0, 0x86, 0x00), panel, kSymbolContrast);
+    palette.vividRed = readable(QColor(0xe0, 0x3a, 0x36), panel, kSymbolContrast);
     return palette;
 }
 
@@ -134,6 +137,9 @@ Palette Palette::dark(const QColor& accent)
     palette.green = meaning(QColor(0x3d, 0xcb, 0x68), panel, palette.window);
     palette.orange = meaning(QColor(0xff, 0xa0, 0x2e), panel, palette.window);
     palette.red = meaning(QColor(0xff, 0x6b, 0x64), panel, palette.window);
+    palette.vividGreen = readable(QColor(0x3d, 0xcb, 0x68), panel, kSymbolContrast);
+    palette.vividOrange = readable(QColor(0xff, 0xa0, 0x2e), panel, kSymbolContrast);
+    palette.vividRed = readable(QColor(0xff, 0x5c, 0x55), panel, kSymbolContrast);
     return palette;
 }
 
@@ -156,6 +162,24 @@ QColor Palette::tint(Tint tint) const
         return red;
     }
     return primary;
+}
+
+QColor Palette::symbolTint(Tint tint) const
+{
+    switch (tint) {
+    case Tint::Green:
+        return vividGreen;
+    case Tint::Orange:
+        return vividOrange;
+    case Tint::Red:
+        return vividRed;
+    case Tint::Primary:
+    case Tint::Secondary:
+    case Tint::Tertiary:
+    case Tint::Accent:
+        break;
+    }
+    return this->tint(tint);
 }
 
 } // namespace ferrobank

@@ -18,7 +18,7 @@ public:
 using Tint = Tints::Tint;
 
 /// Every colour of the screens. Plain value, pure. Text reaches a contrast of 4.5 : 1 on `window`, on `panel`
-/// and on its own pill; symbols in Tertiary, which is never text, reach 3 : 1.
+/// and on its own pill; symbols and Tertiary, which is never text, reach 3 : 1.
 struct Palette {
     QColor window;
     QColor panel;    ///< the quaternary fill at half strength, translucent
@@ -40,6 +40,9 @@ struct Palette {
     QColor green;
     QColor orange;
     QColor red;
+    QColor vividGreen; ///< for symbols, which need less contrast than text
+    QColor vividOrange;
+    QColor vividRed;
 
     [[nodiscard]] static Palette light(const QColor& accent);
     [[nodiscard]] static Palette dark(const QColor& accent);
@@ -48,6 +51,9 @@ struct Palette {
     [[nodiscard]] static QColor defaultAccent();
 
     [[nodiscard]] QColor tint(Tint tint) const;
+
+    /// The same meaning for a symbol that stands by itself.
+    [[nodiscard]] QColor symbolTint(Tint tint) const;
 
     friend bool operator==(const Palette&, const Palette&) = default;
 };

@@ -27,8 +27,8 @@ Rectangle {
             anchors.verticalCenter: parent.verticalCenter
             name: pill.symbol
             color: pill.tint
-            width: 14
-            height: 14
+            width: Math.round(14 * Theme.textScale)
+            height: width
         }
 
         Text {

@@ -13,6 +13,6 @@ SpinnerDrawing {
     width: 16
     height: 16
 
-    Accessible.role: Accessible.Indicator
+    Accessible.role: Accessible.Animation
     Accessible.name: spinner.label
 }

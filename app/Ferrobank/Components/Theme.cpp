@@ -2,10 +2,14 @@
 
 #include <QtCore/QEvent>
 #include <QtGui/QFontDatabase>
+#include <QtGui/QFontInfo>
+#include <QtGui/QFontMetricsF>
 #include <QtGui/QGuiApplication>
 #include <QtGui/QScreen>
 #include <QtQml/QQmlEngine>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace ferrobank {
@@ -15,6 +19,8 @@ namespace {
 using namespace Qt::StringLiterals;
 
 constexpr double kBodySize = 13;
+constexpr std::array kTints{Tint::Primary, Tint::Secondary, Tint::Tertiary, Tint::Accent,
+                            Tint::Green,   Tint::Orange,    Tint::Red};
 
 void scale(QFont& font, const QFont& base, double factor)
 {
@@ -103,10 +109,17 @@ void Theme::rebuild()
 QVariantList Theme::tints() const
 {
     QVariantList colors;
-    for (const Tint tint :
-         {Tint::Primary, Tint::Secondary, Tint::Tertiary, Tint::Accent, Tint::Green, Tint::Orange, Tint::Red})
-    {
+    for (const Tint tint : kTints) {
         colors << _palette.tint(tint);
+    }
+    return colors;
+}
+
+QVariantList Theme::symbolTints() const
+{
+    QVariantList colors;
+    for (const Tint tint : kTints) {
+        colors << _palette.symbolTint(tint);
     }
     return colors;
 }
@@ -117,6 +130,23 @@ QFont Theme::styled(double size, QFont::Weight weight) const
     scale(font, _base, size / kBodySize);
     font.setWeight(weight);
     return font;
+}
+
+qreal Theme::textScale() const
+{
+    return QFontInfo(_base).pixelSize() / kBodySize;
+}
+
+QFont Theme::fitted(const QFont& font, const QString& text, qreal width, qreal least) const
+{
+    const qreal wanted = QFontMetricsF(font).horizontalAdvance(text);
+    if (wanted <= width) {
+        return font;
+    }
+    QFont smaller = font;
+    const int size = QFontInfo(font).pixelSize();
+    smaller.setPixelSize(int(std::max(std::floor(size * width / wanted), std::ceil(size * least))));
+    return smaller;
 }
 
 QFont Theme::monospace() const

@@ -50,7 +50,10 @@ class Theme : public QObject {
     Q_PROPERTY(QColor red READ red NOTIFY colorsChanged)
     /// The colours of Tints, in its order.
     Q_PROPERTY(QVariantList tints READ tints NOTIFY colorsChanged)
+    /// The same for symbols that stand by themselves.
+    Q_PROPERTY(QVariantList symbolTints READ symbolTints NOTIFY colorsChanged)
 
+    Q_PROPERTY(qreal textScale READ textScale NOTIFY fontsChanged)
     Q_PROPERTY(QFont title READ title NOTIFY fontsChanged)
     Q_PROPERTY(QFont titleBold READ titleBold NOTIFY fontsChanged)
     Q_PROPERTY(QFont title2Bold READ title2Bold NOTIFY fontsChanged)
@@ -131,6 +134,15 @@ public:
     [[nodiscard]] QColor red() const { return _palette.red; }
 
     [[nodiscard]] QVariantList tints() const;
+    [[nodiscard]] QVariantList symbolTints() const;
+
+    /// How large the desktop's text is: 1 for a body of 13 device-independent pixels.
+    [[nodiscard]] qreal textScale() const;
+
+    /// The font, made smaller where the text on one line would be wider than `width`, but not below `least`
+    /// of its size.
+    Q_INVOKABLE [[nodiscard]] QFont fitted(const QFont& font, const QString& text, qreal width,
+                                           qreal least) const;
 
     [[nodiscard]] QFont title() const { return styled(22, QFont::Normal); }
 

@@ -18,7 +18,8 @@ T.Switch {
 
     Accessible.role: Accessible.CheckBox
     Accessible.name: toggle.text
-    Accessible.description: toggle.enabled ? toggle.caption : qsTr("dimmed")
+    Accessible.description: toggle.enabled ? toggle.caption
+        : toggle.caption === "" ? qsTr("dimmed") : qsTr("dimmed: %1").arg(toggle.caption)
     Accessible.checkable: true
     Accessible.checked: toggle.checked
     Accessible.onToggleAction: toggle.flip()

@@ -33,7 +33,7 @@ Item {
             anchors.centerIn: parent
             visible: !health.presenter.healthRunning
             name: health.presenter.healthSymbol
-            color: Theme.tints[health.presenter.healthTint]
+            color: Theme.symbolTints[health.presenter.healthTint]
             width: 22
             height: 22
         }

@@ -41,15 +41,13 @@ Panel {
             color: Theme.secondary
         }
 
-        BodyText {
+        SelectableText {
             objectName: "saved"
             width: parent.width
             visible: !hero.presenter.nothingSaved
             text: hero.presenter.saved
-            font: Theme.hero
-            wrapMode: Text.NoWrap
-            fontSizeMode: Text.HorizontalFit
-            minimumPixelSize: 20
+            font: Theme.fitted(Theme.hero, text, width, 0.4)
+            wrapMode: TextEdit.NoWrap
         }
 
         SavingsBar {
@@ -59,7 +57,7 @@ Panel {
             fraction: hero.presenter.fraction
         }
 
-        BodyText {
+        SelectableText {
             objectName: "savingSentence"
             width: parent.width
             visible: !hero.presenter.nothingSaved

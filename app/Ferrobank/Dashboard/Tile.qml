@@ -1,52 +1,42 @@
 import QtQuick
 import Ferrobank
 
-/// One figure and what it is.
+/// One figure and what it is. In a tile taller than it needs to be the figure stays at the bottom, level with its
+/// neighbours'.
 Panel {
     id: tile
 
     required property string label
     required property string value
 
-    implicitHeight: column.implicitHeight + 32
+    implicitHeight: words.implicitHeight + 4 + figure.implicitHeight + 32
 
-    Accessible.role: Accessible.StaticText
-    Accessible.name: qsTr("%1: %2").arg(tile.label).arg(tile.value)
+    Accessible.role: Accessible.Grouping
+    Accessible.name: tile.label
 
-    Column {
-        id: column
+    BodyText {
+        id: words
 
         x: 16
         y: 16
         width: parent.width - 32
-        spacing: 4
+        text: tile.label
+        font: Theme.callout
+        color: Theme.secondary
+        Accessible.ignored: true
+    }
 
-        BodyText {
-            width: parent.width
-            text: tile.label
-            font: Theme.callout
-            color: Theme.secondary
-            Accessible.ignored: true
-        }
+    SelectableText {
+        id: figure
 
-        BodyText {
-            id: figure
-
-            objectName: "value"
-            width: parent.width
-            text: tile.value
-            font: Theme.title2Figure
-            wrapMode: Text.NoWrap
-            fontSizeMode: Text.HorizontalFit
-            minimumPixelSize: Math.ceil(metrics.height / 1.2 * 0.8)
-            elide: Text.ElideRight
-            Accessible.ignored: true
-        }
-
-        FontMetrics {
-            id: metrics
-
-            font: Theme.title2Figure
-        }
+        objectName: "value"
+        x: 16
+        y: parent.height - height - 16
+        width: parent.width - 32
+        text: tile.value
+        // Text that is larger than usual by the desktop's wish may give way further: the tile cannot grow.
+        font: Theme.fitted(Theme.title2Figure, tile.value, width, 0.8 / Math.max(1, Theme.textScale))
+        wrapMode: TextEdit.NoWrap
+        clip: contentWidth > width
     }
 }

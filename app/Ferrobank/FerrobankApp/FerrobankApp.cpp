@@ -29,7 +29,8 @@ FerrobankApp::FerrobankApp(DesktopSession& session)
           .activationToken = [this] { return _menu->takeActivationToken(); },
           .quit = [this] { _windows->quit(); },
       })),
-      _cli(text(Bundle::main().driveTool())),
+      _tool(text(Bundle::main().driveTool())),
+      _cli(_tool, _toolJournal),
       _service(_system->registry()),
       _commandLineTool(text(Bundle::main().atStablePath().driveTool()), _system->privilegedLink()),
       _model(std::make_unique<AppModel>(ModelCollaborators{
@@ -44,6 +45,17 @@ FerrobankApp::FerrobankApp(DesktopSession& session)
           .home = QDir::homePath(),
           .volumeIcon = text(Bundle::main().resource("VolumeIcon.icns")),
       })),
+      _diagnostics({
+          .model = *_model,
+          .service = _service,
+          .cli = _cli,
+          .journal = _toolJournal,
+          .system = _system->report(),
+          .version = QCoreApplication::applicationVersion(),
+          .toolkit = QStringLiteral("Qt %1 on %2")
+                         .arg(QString::fromUtf8(qVersion()), QGuiApplication::platformName()),
+          .home = QDir::homePath(),
+      }),
       _windows(std::make_unique<Windows>(WindowsCollaborators{
           .model = *_model,
           .service = _service,
@@ -52,6 +64,7 @@ FerrobankApp::FerrobankApp(DesktopSession& session)
           .settingsPages = _system->settingsPages(),
           .volumes = _system->volumes(),
           .registry = _system->registry(),
+          .diagnostics = _diagnostics,
           .home = QDir::homePath(),
           .bundle = text(Bundle::main().root()),
       })),

@@ -2,6 +2,9 @@
 
 #include "Ferrobank/CLI/CommandLineTool.h"
 #include "Ferrobank/CLI/ProcessCLI.h"
+#include "Ferrobank/Diagnostics/Diagnostics.h"
+#include "Ferrobank/Diagnostics/NotingCLI.h"
+#include "Ferrobank/Diagnostics/ToolJournal.h"
 #include "Ferrobank/FerrobankApp/TrayMenu.h"
 #include "Ferrobank/FerrobankApp/Windows.h"
 #include "Ferrobank/Model/AppModel.h"
@@ -45,10 +48,13 @@ private:
     // In the order in which they are made: the item first, so that the panel has it while the rest is built.
     std::unique_ptr<StatusItem> _statusItem;
     std::unique_ptr<System> _system;
-    ProcessCLI _cli;
+    ToolJournal _toolJournal;
+    ProcessCLI _tool;
+    NotingCLI _cli;
     Service _service;
     CommandLineTool _commandLineTool;
     std::unique_ptr<AppModel> _model;
+    Diagnostics _diagnostics;
     std::unique_ptr<Windows> _windows;
     std::unique_ptr<Updater> _updater;
     std::unique_ptr<SystemChanges> _systemChanges;

@@ -72,14 +72,17 @@ void TrayMenu::choose(MenuItem item, const QString& activationToken)
 
 void TrayMenu::update(Read read)
 {
-    _facts.status = _with.model.status();
-    _facts.menuOpensAtLogin = _with.model.menuOpensAtLogin();
-    _facts.commandInstalled = _with.commandLineTool.isInstalled();
-    if (read == Read::Everything) {
-        _facts.setupComplete = _with.model.setupComplete();
+    MenuFacts facts{.status = _with.model.status(),
+                    .setupComplete = read == Read::Everything ? _with.model.setupComplete()
+                                                              : _facts && _facts->setupComplete,
+                    .commandInstalled = _with.commandLineTool.isInstalled(),
+                    .menuOpensAtLogin = _with.model.menuOpensAtLogin()};
+    if (_facts == facts) {
+        return;
     }
-    _with.item.setFace(menuFace(_facts));
-    _with.item.setMenu(menuContent(_facts));
+    _facts = std::move(facts);
+    _with.item.setFace(menuFace(*_facts));
+    _with.item.setMenu(menuContent(*_facts));
 }
 
 void TrayMenu::openWindowAt(const Screen& screen, const QString& activationToken)

@@ -8,6 +8,7 @@
 #include <QtCore/QString>
 
 #include <functional>
+#include <optional>
 #include <utility>
 
 namespace ferrobank {
@@ -61,7 +62,7 @@ private:
     QCoro::Task<> installCommand();
 
     TrayMenuCollaborators _with;
-    MenuFacts _facts;
+    std::optional<MenuFacts> _facts; ///< of the menu as it is; absent until there is one
     QString _activationToken;
 };
 

@@ -43,9 +43,16 @@ std::unique_ptr<Thing> Windows::make(const char* entryPoint)
 Windows::Windows(WindowsCollaborators collaborators, QObject* parent)
     : QObject(parent),
       _with(std::move(collaborators)),
-      _forWindows{_with.model,         _with.service, _with.commandLineTool, _with.workspace,
-                  _with.settingsPages, _with.volumes, _with.registry,        *this,
-                  _with.home},
+      _forWindows{.model = _with.model,
+                  .service = _with.service,
+                  .commandLineTool = _with.commandLineTool,
+                  .workspace = _with.workspace,
+                  .settingsPages = _with.settingsPages,
+                  .volumes = _with.volumes,
+                  .registry = _with.registry,
+                  .diagnostics = _with.diagnostics,
+                  .host = *this,
+                  .home = _with.home},
       _folderChooser(FolderChooser::make()),
       _updates([this] { return make<UpdateInterface>("ferrobankMakeUpdateWindow"); })
 {}

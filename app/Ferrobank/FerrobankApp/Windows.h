@@ -25,6 +25,7 @@ struct WindowsCollaborators {
     SettingsPages& settingsPages;
     Volumes& volumes;
     LoginItemRegistry& registry;
+    Diagnostics& diagnostics;
     QString home;   ///< the user's home folder, absolute
     QString bundle; ///< the folder of the application, for the Trash
 };

@@ -71,6 +71,14 @@ void AppModel::setMenuOpensAtLogin(bool value)
     }
 }
 
+void AppModel::storeMenuOpensAtLogin(bool value)
+{
+    if (_menuOpensAtLogin != value) {
+        _menuOpensAtLogin = value;
+        Q_EMIT menuOpensAtLoginChanged();
+    }
+}
+
 void AppModel::matchLoginItem()
 {
     try {
@@ -113,7 +121,8 @@ QCoro::Task<> AppModel::refresh()
     if (answer) {
         setStatus(*std::move(answer));
     }
-    setMenuOpensAtLogin(_with.service.mainAppStatus() == LoginServiceStatus::Enabled);
+    // What the system has needs no matching with the system.
+    storeMenuOpensAtLogin(_with.service.mainAppStatus() == LoginServiceStatus::Enabled);
 }
 
 void AppModel::setStatus(DriveStatus status)

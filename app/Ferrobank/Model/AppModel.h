@@ -194,6 +194,7 @@ private:
     [[nodiscard]] bool isMounted() const { return _status && _status->mounted; }
 
     void setStatus(DriveStatus status);
+    void storeMenuOpensAtLogin(bool value);
     void matchLoginItem();
     bool writeSetupRecord(bool complete);
     void tellDerived();

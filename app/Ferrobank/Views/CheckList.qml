@@ -10,6 +10,8 @@ ListView {
     id: list
 
     property real maximumHeight: Infinity
+    /// What the rows are, for people who do not see them.
+    property string label: qsTr("Checks")
     /// Whether rows show the button for their remedy.
     property bool offersFixes: false
 
@@ -43,6 +45,7 @@ ListView {
     }
 
     Accessible.role: Accessible.List
+    Accessible.name: list.label
 
     T.ScrollBar.vertical: ThinScrollBar {}
 

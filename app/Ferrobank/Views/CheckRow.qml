@@ -14,6 +14,8 @@ Item {
     required property int action
     required property bool hasAction
     property bool offersFixes: false
+    /// The state has been seen: only a later one is news.
+    property bool settled: false
 
     readonly property string stateWord: CheckRowStyle.word(checkState)
     /// Middle of the icon, of the title's first line and of the button.
@@ -27,7 +29,8 @@ Item {
     implicitHeight: Math.ceil(Math.max(words.y + words.implicitHeight, remedy.visible ? remedy.y + remedy.height : 0,
         icon.y + icon.height))
 
-    onCheckStateChanged: announcement(qsTr("%1: %2").arg(title).arg(CheckRowStyle.word(checkState)))
+    Component.onCompleted: settled = true
+    onCheckStateChanged: if (settled) announcement(qsTr("%1: %2").arg(title).arg(CheckRowStyle.word(checkState)))
 
     Accessible.role: Accessible.ListItem
     Accessible.name: qsTr("%1: %2").arg(row.title).arg(row.stateWord)

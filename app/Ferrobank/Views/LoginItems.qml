@@ -44,13 +44,16 @@ AppFrame {
             }
         }
 
-        buttons: PushButton {
-            objectName: "done"
-            look: PushButton.Prominent
-            defaultAction: true
-            cancelAction: true
-            text: qsTr("Done")
-            onClicked: items.close()
-        }
+        buttons: [
+            CopyDiagnostics { diagnostics: items.presenter.diagnostics },
+            PushButton {
+                objectName: "done"
+                look: PushButton.Prominent
+                defaultAction: true
+                cancelAction: true
+                text: qsTr("Done")
+                onClicked: items.close()
+            }
+        ]
     }
 }

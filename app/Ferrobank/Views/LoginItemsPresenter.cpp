@@ -70,7 +70,9 @@ void LoginItemRow::refresh()
 }
 
 LoginItemsPresenter::LoginItemsPresenter(const WindowCollaborators& with)
-    : _agent(with.registry, LoginService::Agent), _menu(with.registry, LoginService::MainApp)
+    : _agent(with.registry, LoginService::Agent),
+      _menu(with.registry, LoginService::MainApp),
+      _diagnostics(with.diagnostics)
 {
     connect(&with.model, &AppModel::statusChanged, this, &LoginItemsPresenter::refresh);
 }

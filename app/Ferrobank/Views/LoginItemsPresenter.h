@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Ferrobank/Views/DiagnosticsCopy.h"
 #include "Ferrobank/Views/MainWindow.h"
 #include "Platform/LoginItemRegistry.h"
 
@@ -62,6 +63,7 @@ class LoginItemsPresenter : public QObject {
 
     Q_PROPERTY(ferrobank::LoginItemRow* agent READ agent CONSTANT)
     Q_PROPERTY(ferrobank::LoginItemRow* menu READ menu CONSTANT)
+    Q_PROPERTY(ferrobank::DiagnosticsCopy* diagnostics READ diagnostics CONSTANT)
 
 public:
     explicit LoginItemsPresenter(const WindowCollaborators& with);
@@ -70,11 +72,14 @@ public:
 
     [[nodiscard]] LoginItemRow* menu() { return &_menu; }
 
+    [[nodiscard]] DiagnosticsCopy* diagnostics() { return &_diagnostics; }
+
     Q_INVOKABLE void refresh();
 
 private:
     LoginItemRow _agent;
     LoginItemRow _menu;
+    DiagnosticsCopy _diagnostics;
 };
 
 } // namespace ferrobank

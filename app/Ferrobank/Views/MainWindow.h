@@ -10,6 +10,7 @@ namespace ferrobank {
 
 class AppModel;
 class CommandLineTool;
+class Diagnostics;
 class LoginItemRegistry;
 class Service;
 class SettingsPages;
@@ -48,6 +49,7 @@ struct WindowCollaborators {
     SettingsPages& settingsPages;
     Volumes& volumes;
     LoginItemRegistry& registry; ///< for the Login Items window
+    Diagnostics& diagnostics;
     WindowHost& host;
     QString home; ///< the user's home folder, absolute
 };

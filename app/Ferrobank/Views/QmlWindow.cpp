@@ -5,16 +5,22 @@
 #include "Ferrobank/Views/RootPresenter.h"
 
 #include <QtCore/QEvent>
+#include <QtCore/QTimer>
 #include <QtGui/QGuiApplication>
 #include <QtGui/QPalette>
 #include <QtGui/QScreen>
 #include <QtQuick/QQuickWindow>
+
+#include <chrono>
 
 namespace ferrobank {
 
 namespace {
 
 using namespace Qt::StringLiterals;
+
+// For the desktop to bring a window to the front that has leave to be there.
+constexpr std::chrono::milliseconds kRaisePatience(300);
 
 // Where no theme sets one, Qt's own palette carries this blue; it says nothing about the desktop.
 constexpr QRgb kQtHighlight = 0xff308cc6;
@@ -80,6 +86,7 @@ void QmlWindow::open(const QString& activationToken)
         // Where Qt's Wayland plugin looks for the token that lets a window take the focus.
         qputenv("XDG_ACTIVATION_TOKEN", activationToken.toUtf8());
     }
+    const bool wasOpen = _window->isVisible();
     if (_window->visibility() == QWindow::Minimized) {
         _window->showNormal();
     } else {
@@ -87,6 +94,18 @@ void QmlWindow::open(const QString& activationToken)
     }
     _window->raise();
     _window->requestActivate();
+    if (wasOpen && raisingNeedsLeave()) {
+        QTimer::singleShot(kRaisePatience, _window, [this] { appearAnewUnlessActive(); });
+    }
+}
+
+void QmlWindow::appearAnewUnlessActive()
+{
+    if (_window->isVisible() && !_window->isActive()) {
+        // Back before the close that this looks like is acted upon.
+        _window->hide();
+        _window->show();
+    }
 }
 
 void QmlWindow::build()

@@ -42,6 +42,7 @@ public:
     static Scene loginItemsScene(const WindowCollaborators& with);
 
 private:
+    void appearAnewUnlessActive();
     void build();
     void tearDown();
     void followDesktop(Theme& theme);

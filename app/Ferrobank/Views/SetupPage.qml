@@ -14,6 +14,7 @@ Page {
         width: parent.width
         maximumHeight: page.roomForContent
         model: page.presenter.setupTasks
+        label: qsTr("Steps of the setup")
     }
 
     buttons: [

@@ -21,7 +21,7 @@ Item {
         anchors.centerIn: parent
         visible: !icon.running
         name: icon.symbol
-        color: Theme.tints[CheckRowStyle.tint(icon.checkState)]
+        color: Theme.symbolTints[CheckRowStyle.tint(icon.checkState)]
         width: 16
         height: 16
     }
@@ -29,6 +29,6 @@ Item {
     Loader {
         anchors.centerIn: parent
         active: icon.running
-        sourceComponent: Spinner {}
+        sourceComponent: Spinner { Accessible.ignored: true }
     }
 }

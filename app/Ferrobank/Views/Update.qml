@@ -19,7 +19,6 @@ AppFrame {
         Column {
             width: parent.width
             spacing: 16
-            visible: prompts.presenter.busy || prompts.presenter.notes !== "" || prompts.presenter.automaticTitle !== ""
 
             ProgressLine {
                 objectName: "progress"
@@ -43,6 +42,13 @@ AppFrame {
                 text: prompts.presenter.automaticTitle
                 checked: prompts.presenter.automatic
                 onToggled: prompts.presenter.automatic = checked
+            }
+
+            About {
+                width: parent.width
+                visible: !prompts.presenter.busy
+                text: prompts.presenter.about
+                diagnostics: prompts.presenter.diagnostics
             }
         }
 

@@ -1,11 +1,15 @@
 #include "Ferrobank/Views/UpdatePresenter.h"
 
+#include <QtCore/QCoreApplication>
+
 #include <ranges>
 #include <utility>
 
 namespace ferrobank {
 
-UpdatePresenter::UpdatePresenter(UpdatePrompt prompt) : _prompt(std::move(prompt)) {}
+UpdatePresenter::UpdatePresenter(UpdatePrompt prompt, Diagnostics& diagnostics)
+    : _prompt(std::move(prompt)), _diagnostics(diagnostics)
+{}
 
 void UpdatePresenter::setPrompt(const UpdatePrompt& prompt)
 {
@@ -25,6 +29,11 @@ QStringList UpdatePresenter::buttons() const
         titles.append(button.text);
     }
     return titles;
+}
+
+QString UpdatePresenter::about()
+{
+    return tr("Ferrobank %1").arg(QCoreApplication::applicationVersion());
 }
 
 void UpdatePresenter::press(int button)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Ferrobank/Views/DiagnosticsCopy.h"
 #include "Platform/UpdateInterface.h"
 
 #include <QtCore/QObject>
@@ -28,9 +29,12 @@ class UpdatePresenter : public QObject {
     Q_PROPERTY(bool automatic READ isAutomatic WRITE setAutomatic NOTIFY changed)
     /// As they stand from the leading to the trailing edge; the default button is the last.
     Q_PROPERTY(QStringList buttons READ buttons NOTIFY buttonsChanged)
+    /// Which version runs.
+    Q_PROPERTY(QString about READ about CONSTANT)
+    Q_PROPERTY(ferrobank::DiagnosticsCopy* diagnostics READ diagnostics CONSTANT)
 
 public:
-    explicit UpdatePresenter(UpdatePrompt prompt);
+    UpdatePresenter(UpdatePrompt prompt, Diagnostics& diagnostics);
 
     void setPrompt(const UpdatePrompt& prompt);
 
@@ -52,6 +56,10 @@ public:
 
     [[nodiscard]] QStringList buttons() const;
 
+    [[nodiscard]] static QString about();
+
+    [[nodiscard]] DiagnosticsCopy* diagnostics() { return &_diagnostics; }
+
     Q_INVOKABLE void press(int button);
 
 Q_SIGNALS:
@@ -64,6 +72,7 @@ Q_SIGNALS:
 
 private:
     UpdatePrompt _prompt;
+    DiagnosticsCopy _diagnostics;
 };
 
 } // namespace ferrobank

@@ -36,7 +36,8 @@ private:
 };
 
 UpdateWindow::UpdateWindow(const WindowCollaborators& with)
-    : _host(std::make_unique<Host>(*this, with.host)),
+    : _diagnostics(with.diagnostics),
+      _host(std::make_unique<Host>(*this, with.host)),
       _window(std::make_unique<QmlWindow>(QmlWindow::Scene{QUrl(u"qrc:/qt/qml/Ferrobank/Views/Update.qml"_s),
                                                            [this] { return makePresenter(); }},
                                           *_host))
@@ -46,7 +47,7 @@ UpdateWindow::~UpdateWindow() = default;
 
 std::unique_ptr<QObject> UpdateWindow::makePresenter()
 {
-    auto presenter = std::make_unique<UpdatePresenter>(_prompt);
+    auto presenter = std::make_unique<UpdatePresenter>(_prompt, _diagnostics);
     _presenter = presenter.get();
     // Queued: what a wish leads to may close this very window.
     const auto pressed = [this](UpdateAction action) {

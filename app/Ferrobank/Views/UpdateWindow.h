@@ -35,6 +35,7 @@ private:
     [[nodiscard]] std::unique_ptr<QObject> makePresenter();
     void windowClosed();
 
+    Diagnostics& _diagnostics;
     UpdatePrompt _prompt;
     std::unique_ptr<Host> _host;
     QPointer<UpdatePresenter> _presenter;

@@ -4,6 +4,7 @@
 #include "Platform/linux/files/SettingsFile.h"
 #include "Platform/linux/link/PolkitLink.h"
 #include "Platform/linux/login/LinuxLoginItemRegistry.h"
+#include "Platform/linux/report/LinuxSystemReport.h"
 #include "Platform/linux/time/SystemClock.h"
 #include "Platform/linux/updates/LinuxUpdateController.h"
 #include "Platform/linux/workspace/DesktopPages.h"
@@ -40,6 +41,8 @@ public:
 
     Clock& clock() override { return _clock; }
 
+    SystemReport& report() override { return _report; }
+
     std::unique_ptr<UpdateController> makeUpdateController(UpdateDelegate& delegate,
                                                            UpdateInterface& interface) override
     {
@@ -59,6 +62,7 @@ private:
     SettingsFile _defaults;
     LinuxVolumes _volumes;
     SystemClock _clock;
+    LinuxSystemReport _report{Bundle::main().root()};
 };
 
 } // namespace

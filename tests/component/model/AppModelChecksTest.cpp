@@ -1,4 +1,5 @@
 #include "component/model/ModelTest.h"
+#include "support/TestProgram.h"
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -298,5 +299,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(AppModelChecksTest)
+FERROBANK_TEST(AppModelChecksTest)
 #include "AppModelChecksTest.moc"

@@ -1,4 +1,5 @@
 #include "component/model/ModelTest.h"
+#include "support/TestProgram.h"
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -255,5 +256,5 @@ private:
     }
 };
 
-QTEST_GUILESS_MAIN(AppModelFixTest)
+FERROBANK_TEST(AppModelFixTest)
 #include "AppModelFixTest.moc"

@@ -2,6 +2,7 @@
 #include "component/model/ModelTest.h"
 #include "support/ProcessFacts.h"
 #include "support/ScriptedTool.h"
+#include "support/TestProgram.h"
 
 #include <QtCore/QFile>
 
@@ -211,5 +212,5 @@ private:
     }
 };
 
-QTEST_GUILESS_MAIN(AppModelRealToolTest)
+FERROBANK_TEST(AppModelRealToolTest)
 #include "AppModelRealToolTest.moc"

@@ -1,4 +1,5 @@
 #include "component/model/ModelTest.h"
+#include "support/TestProgram.h"
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -611,5 +612,5 @@ private:
     }
 };
 
-QTEST_GUILESS_MAIN(AppModelSetupRunTest)
+FERROBANK_TEST(AppModelSetupRunTest)
 #include "AppModelSetupRunTest.moc"

@@ -1,4 +1,5 @@
 #include "component/model/ModelTest.h"
+#include "support/TestProgram.h"
 
 #include <QtCore/QFileInfo>
 
@@ -201,5 +202,5 @@ private:
     }
 };
 
-QTEST_GUILESS_MAIN(AppModelSetupTasksTest)
+FERROBANK_TEST(AppModelSetupTasksTest)
 #include "AppModelSetupTasksTest.moc"

@@ -1,5 +1,6 @@
 #include "component/model/ModelTest.h"
 #include "support/AllocatedBytes.h"
+#include "support/TestProgram.h"
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -422,6 +423,14 @@ private Q_SLOTS:
         QCOMPARE(seam().registry.calls, QStringList());
     }
 
+    void refreshAsksForTheLoginSettingOnce()
+    {
+        start();
+        const int before = seam().registry.mainApp.statusReads;
+        advance(5s);
+        QCOMPARE(seam().registry.mainApp.statusReads, before + 1);
+    }
+
     void registryThatTakesHalfAMinuteOnlyDelays()
     {
         start();
@@ -527,5 +536,5 @@ void AppModelStateTest::pollCostsNoMemoryHowLongEverItGoesOn()
     QVERIFY(isIdle());
 }
 
-QTEST_GUILESS_MAIN(AppModelStateTest)
+FERROBANK_TEST(AppModelStateTest)
 #include "AppModelStateTest.moc"

@@ -1,4 +1,5 @@
 #include "component/model/ModelTest.h"
+#include "support/TestProgram.h"
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -199,5 +200,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(AppModelTeardownTest)
+FERROBANK_TEST(AppModelTeardownTest)
 #include "AppModelTeardownTest.moc"

@@ -1,4 +1,5 @@
 #include "component/model/ModelTest.h"
+#include "support/TestProgram.h"
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -213,5 +214,5 @@ private:
     }
 };
 
-QTEST_GUILESS_MAIN(AppModelUninstallTest)
+FERROBANK_TEST(AppModelUninstallTest)
 #include "AppModelUninstallTest.moc"

@@ -1,6 +1,7 @@
 #include "Ferrobank/Async/Spawn.h"
 
 #include "Ferrobank/Async/Lifeline.h"
+#include "support/TestProgram.h"
 #include "support/fakes/Gate.h"
 
 #include <QtTest/QtTest>
@@ -113,5 +114,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(SpawnTest)
+FERROBANK_TEST(SpawnTest)
 #include "SpawnTest.moc"

@@ -10,12 +10,21 @@ Stage::~Stage()
 {
     _mainWindow.reset();
     _loginItems.reset();
+    _diagnostics.reset();
     _model.reset();
 }
 
 void Stage::start()
 {
     _model = std::make_unique<AppModel>(seam.collaborators());
+    _diagnostics = std::make_unique<Diagnostics>(DiagnosticsCollaborators{.model = *_model,
+                                                                          .service = seam.service,
+                                                                          .cli = seam.cli,
+                                                                          .journal = toolJournal,
+                                                                          .system = systemReport,
+                                                                          .version = QStringLiteral("1.0.0"),
+                                                                          .toolkit = QStringLiteral("Qt 6"),
+                                                                          .home = FakeSeam::kHome});
     const WindowCollaborators with = collaborators();
     _mainWindow = std::make_unique<QmlWindow>(QmlWindow::mainScene(with), host);
     _loginItems = std::make_unique<QmlWindow>(QmlWindow::loginItemsScene(with), host);
@@ -30,6 +39,7 @@ WindowCollaborators Stage::collaborators()
             .settingsPages = seam.settingsPages,
             .volumes = seam.volumes,
             .registry = seam.registry,
+            .diagnostics = *_diagnostics,
             .host = host,
             .home = FakeSeam::kHome};
 }

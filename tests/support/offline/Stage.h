@@ -1,7 +1,10 @@
 #pragma once
 
+#include "Ferrobank/Diagnostics/Diagnostics.h"
+#include "Ferrobank/Diagnostics/ToolJournal.h"
 #include "Ferrobank/Views/QmlWindow.h"
 #include "support/fakes/FakeSeam.h"
+#include "support/fakes/FakeSystemReport.h"
 
 #include <memory>
 
@@ -40,6 +43,8 @@ public:
 
     FakeSeam seam;
     FakeWindowHost host;
+    FakeSystemReport systemReport;
+    ToolJournal toolJournal;
 
     void start();
 
@@ -49,6 +54,8 @@ public:
 
     [[nodiscard]] QmlWindow& loginItems() { return *_loginItems; }
 
+    [[nodiscard]] Diagnostics& diagnostics() { return *_diagnostics; }
+
     [[nodiscard]] WindowCollaborators collaborators();
 
     /// While the main window is open.
@@ -56,6 +63,7 @@ public:
 
 private:
     std::unique_ptr<AppModel> _model;
+    std::unique_ptr<Diagnostics> _diagnostics;
     std::unique_ptr<QmlWindow> _mainWindow;
     std::unique_ptr<QmlWindow> _loginItems;
 };

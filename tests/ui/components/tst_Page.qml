@@ -32,6 +32,30 @@ TestCase {
     }
 
     Component {
+        id: wide
+
+        Page {
+            width: 520
+            title: "Title"
+            buttons: [
+                PushButton {
+                    objectName: "first"
+                    text: "A rather long title"
+                },
+                PushButton {
+                    objectName: "hidden"
+                    visible: false
+                    text: "word ".repeat(40)
+                },
+                PushButton {
+                    objectName: "second"
+                    text: "Go"
+                }
+            ]
+        }
+    }
+
+    Component {
         id: bare
 
         Page {
@@ -81,6 +105,28 @@ TestCase {
         const page = createTemporaryObject(maker, test);
         const button = place(page, "button");
         compare(button.x + button.width, 520);
+    }
+
+    function test_buttonsThatFitStandSideBySideTenApart() {
+        const page = createTemporaryObject(wide, test);
+        const first = place(page, "first");
+        const second = place(page, "second");
+        compare(first.y, second.y);
+        compare(second.x - (first.x + first.width), 10);
+        compare(second.x + second.width, 520);
+    }
+
+    function test_buttonsThatDoNotFitStandOneBelowTheOther() {
+        const page = createTemporaryObject(wide, test);
+        const before = page.implicitHeight;
+        findChild(page, "second").text = "word ".repeat(12);
+        tryVerify(() => place(page, "second").y > place(page, "first").y);
+        const first = place(page, "first");
+        const second = place(page, "second");
+        compare(second.y, first.y + first.height + 8);
+        compare(first.x + first.width, 520);
+        compare(second.x + second.width, 520);
+        verify(page.implicitHeight > before + 30);
     }
 
     function test_mirroredButtonsStandAtTheOtherEdge() {

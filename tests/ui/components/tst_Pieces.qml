@@ -74,10 +74,26 @@ TestCase {
         StateIcon { checkState: CheckItem.Pending }
     }
 
-    function test_aTileTellsLabelAndValue() {
+    function test_aTileIsAGroupOfItsLabelAndHoldsItsValue() {
         const item = createTemporaryObject(tile, test);
-        compare(item.Accessible.name, "Files on drive: 48.6 GB");
+        compare(item.Accessible.role, Accessible.Grouping);
+        compare(item.Accessible.name, "Files on drive");
+        compare(findChild(item, "value").Accessible.name, "48.6 GB");
         compare(item.radius, 12);
+    }
+
+    function test_theValueOfATileCanBeSelected() {
+        const item = createTemporaryObject(tile, test);
+        const value = findChild(item, "value");
+        waitForRendering(item);
+        mouseDoubleClickSequence(value, 8, value.height / 2);
+        value.selectAll();
+        compare(value.selectedText, "48.6 GB");
+    }
+
+    function test_aShortValueKeepsItsSize() {
+        const value = findChild(createTemporaryObject(tile, test), "value");
+        compare(value.font, Theme.title2Figure);
     }
 
     function test_aLongValueShrinksToFourFifthsAndNeverWraps() {
@@ -85,8 +101,16 @@ TestCase {
         const value = findChild(item, "value");
         waitForRendering(item);
         compare(value.lineCount, 1);
-        verify(value.contentWidth <= value.width + 1);
-        verify(value.minimumPixelSize > 10);
+        compare(value.font.pixelSize, Math.ceil(Theme.textScale * 17 * 0.8));
+        verify(value.clip);
+    }
+
+    function test_aValueThatIsALittleTooWideShrinksJustEnough() {
+        const value = findChild(createTemporaryObject(tile, test), "value");
+        const needed = value.contentWidth;
+        const narrow = findChild(createTemporaryObject(tile, test, { width: needed * 0.9 + 32 }), "value");
+        verify(narrow.contentWidth <= narrow.width);
+        verify(narrow.contentWidth > needed * 0.75);
     }
 
     function test_aSettingsRowIsAtLeastTwentyEightHighInside() {

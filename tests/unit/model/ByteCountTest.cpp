@@ -1,5 +1,7 @@
 #include "Ferrobank/Model/ByteCount.h"
 
+#include "support/TestProgram.h"
+
 #include <QtCore/QLocale>
 #include <QtTest/QtTest>
 
@@ -171,5 +173,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(ByteCountTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(ByteCountTest)
 #include "ByteCountTest.moc"

@@ -1,5 +1,7 @@
 #include "Ferrobank/Model/CheckItemModel.h"
 
+#include "support/TestProgram.h"
+
 #include <QtTest/QAbstractItemModelTester>
 #include <QtTest/QtTest>
 
@@ -223,5 +225,5 @@ private:
     std::unique_ptr<QSignalSpy> _reset;
 };
 
-QTEST_GUILESS_MAIN(CheckItemModelTest)
+FERROBANK_TEST(CheckItemModelTest)
 #include "CheckItemModelTest.moc"

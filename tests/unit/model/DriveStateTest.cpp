@@ -1,5 +1,7 @@
 #include "Ferrobank/Model/DriveState.h"
 
+#include "support/TestProgram.h"
+
 #include <QtTest/QtTest>
 
 using namespace Qt::StringLiterals;
@@ -62,5 +64,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(DriveStateTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(DriveStateTest)
 #include "DriveStateTest.moc"

@@ -1,5 +1,7 @@
 #include "Ferrobank/Model/Footprint.h"
 
+#include "support/TestProgram.h"
+
 #include <QtCore/QLocale>
 #include <QtTest/QtTest>
 
@@ -73,5 +75,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(FootprintTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(FootprintTest)
 #include "FootprintTest.moc"

@@ -1,5 +1,7 @@
 #include "Ferrobank/Model/HealthSummary.h"
 
+#include "support/TestProgram.h"
+
 #include <QtTest/QtTest>
 
 using namespace Qt::StringLiterals;
@@ -67,5 +69,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(HealthSummaryTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(HealthSummaryTest)
 #include "HealthSummaryTest.moc"

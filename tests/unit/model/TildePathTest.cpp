@@ -1,5 +1,7 @@
 #include "Ferrobank/Model/TildePath.h"
 
+#include "support/TestProgram.h"
+
 #include <QtTest/QtTest>
 
 using namespace Qt::StringLiterals;
@@ -38,5 +40,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TildePathTest)
+FERROBANK_TEST_WITHOUT_APPLICATION(TildePathTest)
 #include "TildePathTest.moc"

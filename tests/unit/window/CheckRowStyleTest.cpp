@@ -1,5 +1,7 @@
 #include "Ferrobank/Views/CheckRowStyle.h"
 
+#include "support/TestProgram.h"
+
 #include <QtTest/QTest>
 
 using namespace Qt::StringLiterals;
@@ -58,5 +60,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(CheckRowStyleTest)
+FERROBANK_TEST(CheckRowStyleTest)
 #include "CheckRowStyleTest.moc"

@@ -1,5 +1,7 @@
 #include "Ferrobank/Components/Palette.h"
 
+#include "support/TestProgram.h"
+
 #include <QtTest/QTest>
 
 using namespace ferrobank;
@@ -65,9 +67,23 @@ private Q_SLOTS:
         for (const QColor& accent : accents()) {
             for (const Palette& palette : {Palette::light(accent), Palette::dark(accent)}) {
                 QVERIFY(contrast(palette.tertiary, palette.window) >= 3.0);
+                for (const Tint tint : {Tint::Green, Tint::Orange, Tint::Red}) {
+                    QVERIFY(contrast(palette.symbolTint(tint), palette.window) >= 3.0);
+                    QVERIFY(contrast(palette.symbolTint(tint), composed(palette.panel, palette.window)) >=
+                            3.0);
+                }
                 QVERIFY(contrast(palette.focusRing, palette.window) >= 3.0);
             }
         }
+    }
+
+    void symbolsAreMoreVividThanTextOnLight()
+    {
+        const Palette palette = Palette::light(Palette::defaultAccent());
+        for (const Tint tint : {Tint::Green, Tint::Orange, Tint::Red}) {
+            QVERIFY(palette.symbolTint(tint).valueF() > palette.tint(tint).valueF());
+        }
+        QCOMPARE(palette.symbolTint(Tint::Secondary), palette.secondary);
     }
 
     void aReadableColourStaysAsItIs()
@@ -97,5 +113,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(PaletteTest)
+FERROBANK_TEST(PaletteTest)
 #include "PaletteTest.moc"

@@ -1,5 +1,7 @@
 #include "Platform/linux/appearance/PortalAppearance.h"
 
+#include "support/TestProgram.h"
+
 #include <QtDBus/QDBusArgument>
 #include <QtTest/QTest>
 
@@ -70,5 +72,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(PortalAppearanceTest)
+FERROBANK_TEST(PortalAppearanceTest)
 #include "PortalAppearanceTest.moc"

@@ -1,4 +1,5 @@
 #include "Ferrobank/Views/OnboardingPresenter.h"
+#include "support/TestProgram.h"
 
 #include <QtTest/QTest>
 
@@ -52,5 +53,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(SetupButtonsTest)
+FERROBANK_TEST(SetupButtonsTest)
 #include "SetupButtonsTest.moc"

@@ -34,7 +34,17 @@ bool hasCompositingManager(xcb_connection_t* connection)
     return owner && owner->owner != XCB_WINDOW_NONE;
 }
 
+bool onWayland()
+{
+    return QGuiApplication::platformName().startsWith("wayland"_L1);
+}
+
 } // namespace
+
+bool raisingNeedsLeave()
+{
+    return onWayland();
+}
 
 bool windowsAreComposited()
 {
@@ -42,7 +52,7 @@ bool windowsAreComposited()
     if (x11 != nullptr && x11->connection() != nullptr) {
         return hasCompositingManager(x11->connection());
     }
-    return QGuiApplication::platformName().startsWith("wayland"_L1);
+    return onWayland();
 }
 
 } // namespace ferrobank

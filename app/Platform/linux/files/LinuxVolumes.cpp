@@ -1,5 +1,7 @@
 #include "Platform/linux/files/LinuxVolumes.h"
 
+#include "Platform/linux/files/CachedLookup.h"
+
 #include <QtCore/QFile>
 
 #include <sys/stat.h>
@@ -50,7 +52,12 @@ QCoro::Task<VolumeCapacity> LinuxVolumes::capacity(QString path)
 
 QCoro::Task<std::optional<bool>> LinuxVolumes::exists(QString path)
 {
-    const std::function<bool()> question = [file = QFile::encodeName(path)] {
+    const QByteArray encoded = QFile::encodeName(path);
+    // Asked at every poll, and nearly always known: a thread would cost more than the rest of the poll's end.
+    if (const std::optional<bool> known = existsInCache(encoded.constData())) {
+        co_return known;
+    }
+    const std::function<bool()> question = [file = encoded] {
         struct stat facts{};
         if (::lstat(file.constData(), &facts) == 0) {
             return true;

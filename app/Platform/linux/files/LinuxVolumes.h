@@ -5,7 +5,8 @@
 
 namespace ferrobank {
 
-/// statvfs(3) and lstat(2), with a limit of a second. Main thread; must outlive its tasks.
+/// statvfs(3) and lstat(2) on other threads, with a limit of a second; what the kernel knows without asking
+/// the file system is answered at once. Main thread; must outlive its tasks.
 class LinuxVolumes final : public Volumes {
 public:
     QCoro::Task<VolumeCapacity> capacity(QString path) override;

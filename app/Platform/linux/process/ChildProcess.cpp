@@ -52,7 +52,8 @@ std::unique_ptr<ChildProcess> ChildProcess::launch(Setup setup)
     request.environment = std::move(setup.environment);
     request.captureOutput = static_cast<bool>(setup.output);
     request.captureErrorText = static_cast<bool>(setup.errorText);
-    auto* const run = new ChildRun(launchChild(request), std::move(setup.output), std::move(setup.errorText));
+    auto* const run = new ChildRun(launchChild(request), std::move(setup.output), std::move(setup.errorText),
+                                   setup.patience);
     return std::make_unique<LinuxChildProcess>(run);
 }
 

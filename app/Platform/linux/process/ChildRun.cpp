@@ -23,8 +23,11 @@ constexpr int kSignalBase = 128;
 
 OutputPipe::OutputPipe(Descriptor descriptor, ChildProcess::Sink sink, std::function<void()> ended)
     : _descriptor(std::move(descriptor)), _sink(std::move(sink)), _ended(std::move(ended))
+{}
+
+void OutputPipe::follow()
 {
-    if (_descriptor.isOpen()) {
+    if (_descriptor.isOpen() && !_notifier) {
         _notifier = std::make_unique<QSocketNotifier>(_descriptor.number(), QSocketNotifier::Read);
         QObject::connect(_notifier.get(), &QSocketNotifier::activated, _notifier.get(), [this] { drain(); });
     }
@@ -38,6 +41,9 @@ void OutputPipe::discard()
 
 void OutputPipe::drain()
 {
+    if (!_descriptor.isOpen()) {
+        return;
+    }
     static std::array<char, 64 * 1024> buffer; // the main thread's alone
     const int capacity = ::fcntl(_descriptor.number(), F_GETPIPE_SZ);
     for (qsizetype left = capacity; left > 0 && _descriptor.isOpen();) {
@@ -69,14 +75,17 @@ void OutputPipe::deliver(const QByteArray& piece)
 
 void OutputPipe::end()
 {
-    _notifier->setEnabled(false);
-    _notifier.release()->deleteLater();
+    if (_notifier) {
+        _notifier->setEnabled(false);
+        _notifier.release()->deleteLater();
+    }
     _descriptor.reset();
     deliver(QByteArray());
     _ended();
 }
 
-ChildRun::ChildRun(LaunchedChild child, ChildProcess::Sink output, ChildProcess::Sink errorText)
+ChildRun::ChildRun(LaunchedChild child, ChildProcess::Sink output, ChildProcess::Sink errorText,
+                   std::chrono::milliseconds patience)
     : QObject(QCoreApplication::instance()),
       _exit(std::move(child.exit)),
       _exitNotifier(_exit.number(), QSocketNotifier::Read),
@@ -84,6 +93,13 @@ ChildRun::ChildRun(LaunchedChild child, ChildProcess::Sink output, ChildProcess:
       _errorText(std::move(child.errorText), std::move(errorText), [this] { settle(); })
 {
     connect(&_exitNotifier, &QSocketNotifier::activated, this, &ChildRun::reap);
+    if (patience.count() > 0) {
+        _patience.setSingleShot(true);
+        connect(&_patience, &QTimer::timeout, this, &ChildRun::follow);
+        _patience.start(patience);
+    } else {
+        follow();
+    }
     _grace.setSingleShot(true);
     connect(&_grace, &QTimer::timeout, this, &ChildRun::finish);
     if (!_output.isOpen()) {
@@ -97,6 +113,13 @@ void ChildRun::abandon()
     _output.discard();
     _errorText.discard();
     settle();
+}
+
+void ChildRun::follow()
+{
+    _patience.stop();
+    _output.follow();
+    _errorText.follow();
 }
 
 void ChildRun::reap()
@@ -115,7 +138,9 @@ void ChildRun::reap()
 
     _output.drain();
     _errorText.drain();
+    _patience.stop();
     if (_output.isOpen() || _errorText.isOpen()) {
+        follow();
         _grace.start(kGrace);
     }
     settle();

@@ -8,6 +8,7 @@
 #include <QtCore/QSocketNotifier>
 #include <QtCore/QTimer>
 
+#include <chrono>
 #include <memory>
 
 namespace ferrobank {
@@ -19,7 +20,7 @@ struct ChildOutcome {
     int status = -1;
 };
 
-/// Reads one of a child's outputs as it comes, to its end. Main thread.
+/// Reads one of a child's outputs to its end. Main thread.
 class OutputPipe {
 public:
     /// No descriptor: the output is at its end already. `ended` is called once, after the sink has had its
@@ -27,6 +28,9 @@ public:
     OutputPipe(Descriptor descriptor, ChildProcess::Sink sink, std::function<void()> ended);
 
     [[nodiscard]] bool isOpen() const { return _descriptor.isOpen(); }
+
+    /// From now on reads what comes when it comes.
+    void follow();
 
     /// What still comes is read and dropped.
     void discard();
@@ -51,7 +55,8 @@ class ChildRun final : public QObject {
     Q_OBJECT
 
 public:
-    ChildRun(LaunchedChild child, ChildProcess::Sink output, ChildProcess::Sink errorText);
+    ChildRun(LaunchedChild child, ChildProcess::Sink output, ChildProcess::Sink errorText,
+             std::chrono::milliseconds patience);
 
     [[nodiscard]] std::shared_ptr<ChildOutcome> outcome() const { return _outcome; }
 
@@ -59,6 +64,7 @@ public:
     void abandon();
 
 private:
+    void follow();
     void reap();
     void outputEnded();
     void settle();
@@ -67,6 +73,7 @@ private:
     std::shared_ptr<ChildOutcome> _outcome = std::make_shared<ChildOutcome>();
     Descriptor _exit;
     QSocketNotifier _exitNotifier;
+    QTimer _patience;
     QTimer _grace;
     bool _reaped = false;
     bool _abandoned = false;
