@@ -113,6 +113,17 @@ class Documents(unittest.TestCase):
                 elif words[0] not in ("ferrobank", "Ferrobank"):
                     self.assertTrue(os.access(ROOT / words[0], os.X_OK), words[0])
 
+    def test_tests_named_in_commands_exist(self):
+        names = names_of_tests()
+        for paper in PAPERS:
+            for line in (line for block in blocks(paper.read_text()) for line in logical_lines(block)):
+                words = line.split()
+                with self.subTest(paper=paper.name, line=line):
+                    if words[:1] == ["ctest"] and "-R" in words:
+                        self.assertIn(words[words.index("-R") + 1], names)
+                    elif words and re.fullmatch(r"build/\w+/tests/\w+-tests", words[0]):
+                        self.assertIn("::".join(words[1:3]), names)
+
     def test_every_option_named_is_one_that_the_command_tells_of(self):
         texts = {}
         for words, where in all_commands():

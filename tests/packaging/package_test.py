@@ -77,6 +77,28 @@ def with_version(package, version):
     return raised
 
 
+class Contents(unittest.TestCase):
+    def test_lintian_finds_no_error_and_no_warning(self):
+        if not shutil.which("lintian"):
+            self.skipTest("lintian is not installed")
+        done = subprocess.run(["lintian", "--allow-root", "--fail-on", "error,warning", built_package()], capture_output=True,
+                              text=True, check=False)  # fmt: skip
+        self.assertEqual((done.returncode, done.stdout), (0, ""), done.stderr)
+
+    def test_what_is_loaded_by_name_is_named_too(self):
+        """The packages of modules that pages import, which no library tells of."""
+        imports = set()
+        for page in (fresh_root.ROOT / "app").glob("**/*.qml"):
+            imports.update(re.findall(r"(?m)^import (Qt[\w.]*)", page.read_text()))
+        self.assertTrue(imports)
+        depends = field(built_package(), "Depends")
+        for module in imports - {"QtQml"}:
+            package = "qml6-module-" + module.lower().replace(".", "-")
+            self.assertIn(package, depends)
+        for program in ("btrfs-progs", "udisks2", "libqt6svg6"):
+            self.assertIn(program, depends)
+
+
 class Package(unittest.TestCase):
     def setUp(self):
         package = built_package()
