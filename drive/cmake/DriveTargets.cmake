@@ -6,6 +6,8 @@ target_include_directories(drive_settings INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_definitions(drive_settings INTERFACE _GNU_SOURCE _FILE_OFFSET_BITS=64)
 target_compile_options(drive_settings INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+# One of its commands runs as root.
+target_link_options(drive_settings INTERFACE -Wl,-z,relro -Wl,-z,now)
 
 # drive_library(NAME <target> SOURCES <files> [LINK <targets>]): a static library, or, where there are
 # no sources yet, an interface library of the same name.
