@@ -22,7 +22,8 @@ struct ProgramOutcome {
 
 /// Runs a system program (`mkfs.btrfs`, `btrfs`, `mount`) by name with a list of arguments, in the C locale
 /// and with no input, and waits for it. It is looked for in the system's own folders only, which users'
-/// search paths often lack. When `limit` passes it is killed, and also when the calling thread ends before it.
+/// search paths often lack. When `limit` passes it is killed, and also when the calling thread ends before
+/// it.
 [[nodiscard]] ProgramOutcome runSystemProgram(const std::string& name,
                                               const std::vector<std::string>& arguments,
                                               std::chrono::seconds limit);
