@@ -14,6 +14,7 @@ enum class UpdateAction {
     Cancel,
     Install,            ///< download and prepare
     InstallAndRelaunch, ///< replace this version now
+    Relaunch,           ///< start the version that somebody else has installed
     RemindLater,
     Skip,
     OpenPage,    ///< the page of the update

@@ -20,6 +20,8 @@ if(FERROBANK_SANITIZE)
         -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(drive_settings INTERFACE -fsanitize=address,undefined)
 endif()
+# One of its commands runs as root.
+target_link_options(drive_settings INTERFACE -Wl,-z,relro -Wl,-z,now)
 
 # drive_library(NAME <target> SOURCES <files> [LINK <targets>]): a static library, or, where there are
 # no sources yet, an interface library of the same name.

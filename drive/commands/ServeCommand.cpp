@@ -2,6 +2,7 @@
 
 #include "mounting/BackEndChoice.h"
 #include "platform/Failure.h"
+#include "platform/Files.h"
 #include "serving/Server.h"
 
 #include <signal.h>
@@ -11,8 +12,24 @@
 
 #include <climits>
 #include <cstdlib>
+#include <fstream>
 
 namespace ferrobank::drive {
+
+namespace {
+
+/// The path that this program was started by, if that is a whole one and leads to it; else its real path.
+/// Where versions lie side by side, the link on the way goes on leading to the installed one.
+std::string pathToFollow()
+{
+    std::string command;
+    std::ifstream file("/proc/self/cmdline");
+    std::getline(file, command, '\0');
+    const std::optional<FileIdentity> own = identityOf("/proc/self/exe");
+    return command.starts_with('/') && own && identityOf(command) == own ? command : ownPath();
+}
+
+} // namespace
 
 std::string ownPath()
 {
@@ -45,7 +62,7 @@ int serve(const Paths& paths, const Log& log)
         ::sd_notify(0, "READY=1");
         return EXIT_SUCCESS;
     }
-    const ServingProgram program{.path = ownPath(),
+    const ServingProgram program{.path = pathToFollow(),
                                  .identity = identityOf("/proc/self/exe").value_or(FileIdentity()),
                                  .version = ownVersion()};
     Server server(paths, log, program, std::move(*locks), chooseBackEnd(paths));

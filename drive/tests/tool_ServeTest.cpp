@@ -218,6 +218,29 @@ TEST_F(Serve, replacedProgramShowsAsPendingUpdateUntilTakenUp)
     EXPECT_TRUE(host->isMounted());
 }
 
+TEST_F(Serve, programStartedThroughALinkFollowsIt)
+{
+    const std::filesystem::path link = host->folder() / "current";
+    for (const char* version : {"one", "two"}) {
+        std::filesystem::create_directory(host->folder() / version);
+        std::filesystem::copy_file(FERROBANK_TOOL, host->folder() / version / "ferrobank");
+    }
+    std::filesystem::create_symlink("one", link);
+    host->useProgram(link / "ferrobank");
+    ASSERT_TRUE(host->serveAndMount());
+    EXPECT_FALSE(status().contains("update_pending"));
+
+    std::filesystem::create_symlink("two", host->folder() / "fresh");
+    std::filesystem::rename(host->folder() / "fresh", link);
+    EXPECT_EQ(status()["update_pending"], true);
+
+    EXPECT_EQ(host->run({"restart", "--keep-mounted"}).status, 0);
+    EXPECT_FALSE(status().contains("update_pending"));
+    EXPECT_TRUE(host->isMounted());
+    EXPECT_EQ(std::filesystem::read_symlink("/proc/" + std::to_string(host->servingProcess()) + "/exe"),
+              host->folder() / "two/ferrobank");
+}
+
 TEST_F(Serve, takeoverByABrokenProgramLeavesTheOldOneAtWork)
 {
     const std::filesystem::path program = host->folder() / "ferrobank";

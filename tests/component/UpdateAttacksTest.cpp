@@ -200,6 +200,29 @@ private Q_SLOTS:
         }
     }
 
+    void keysAreReplacedByAReleaseThatAnOldKeySignedAndCountFromThenOn()
+    {
+        UpdateStage stage;
+        const SigningKey oldKey = stage.key;
+        const SigningKey newKey;
+        stage.key = newKey;
+        const TestRelease withNewKey = stage.makeRelease(u"1.0.1"_s);
+        stage.publish(withNewKey);
+        QCOMPARE(stage.update().problem(), u"signature"_s);
+
+        const QByteArray archive = withNewKey.archive();
+        stage.key = oldKey;
+        stage.publishArchive(u"1.0.1"_s, archive);
+        QCOMPARE(stage.update().lastEvent(), u"installed"_s);
+        QCOMPARE(stage.run(u"healthy"_s).lastEvent(), u"healthy"_s);
+
+        stage.publish(stage.makeRelease(u"1.0.2"_s));
+        QCOMPARE(stage.update().problem(), u"signature"_s);
+        stage.key = newKey;
+        stage.publish(stage.makeRelease(u"1.0.2"_s));
+        QCOMPARE(stage.update().lastEvent(), u"installed"_s);
+    }
+
     void updateThatDoesNotStartIsRefused()
     {
         for (const char* script : {"#!/bin/sh\nexit 1\n", "#!/bin/sh\necho Ferrobank 9\n",

@@ -173,6 +173,7 @@ struct Surroundings {
             .stateFile = stateFile(),
             .quit = [this] { ++quits; },
             .isOnTrial = [this] { return isOnTrial; },
+            .versionInPlace = [this] { return inPlace; },
         });
         session->start();
     }
@@ -212,6 +213,7 @@ struct Surroundings {
     SpySurroundings surroundings;
     FakeDelegate delegate;
     bool isOnTrial = false;
+    QString inPlace = u"1.0.0"_s;
     int quits = 0;
     std::unique_ptr<UpdateSession> session;
 };
@@ -361,6 +363,80 @@ private Q_SLOTS:
         stage.checkInBackground(checkedWith(found));
         stage.worker.tell(kStaged);
         QCOMPARE(stage.surroundings.notices.size(), 1);
+    }
+
+    void updateThatWaitsForAWeekIsTold()
+    {
+        Surroundings stage;
+        stage.checkInBackground(checkedWith(offer()));
+        stage.worker.tell(kStaged);
+        stage.clock.advance(hours(24 * 6));
+        QVERIFY(stage.surroundings.notices.isEmpty());
+        stage.clock.advance(hours(24 * 2));
+        QCOMPARE(stage.surroundings.notices.size(), 1);
+        QVERIFY(stage.surroundings.notices.first().contains(u"1.0.1 is ready"_s));
+        QVERIFY(!stage.interface.isOpen);
+    }
+
+    void copyReplacedBySomebodyElseIsToldOnceAndRelaunchedOnRequest()
+    {
+        Surroundings stage;
+        stage.beginWithStatus();
+        stage.session->bundleChanged();
+        QVERIFY(stage.surroundings.notices.isEmpty());
+        stage.inPlace = u"1.0.5"_s;
+        stage.session->bundleChanged();
+        stage.session->bundleChanged();
+        QCOMPARE(stage.surroundings.notices.size(), 1);
+        QVERIFY(!stage.interface.isOpen);
+        stage.surroundings.openUpdate();
+        QCOMPARE(stage.buttons(), (QStringList{u"Relaunch"_s, u"Later"_s}));
+        QVERIFY(stage.interface.prompt.text.contains(u"1.0.5 is installed; 1.0.0 is still running"_s));
+        stage.interface.act(UpdateAction::Relaunch);
+        QCOMPARE(stage.worker.names().last(), u"relaunch"_s);
+        QCOMPARE(stage.worker.lastRequest()[u"from"_s].toString(), u"1.0.0"_s);
+        stage.worker.tell({{u"event"_s, u"waiting"_s}});
+        QCOMPARE(stage.quits, 1);
+        QVERIFY(stage.worker.commands.back()->isReleased);
+    }
+
+    void replacedCopyChecksAndInstallsNothingMore()
+    {
+        Surroundings stage;
+        stage.checkInBackground(checkedWith(offer()));
+        stage.worker.tell(kStaged);
+        stage.delegate.mayInstall = true;
+        stage.inPlace = u"1.0.5"_s;
+        const QStringList before = stage.worker.names();
+        stage.session->reconsider();
+        stage.clock.advance(hours(24 * 15));
+        stage.session->applicationQuits();
+        QCOMPARE(stage.worker.names(), before);
+        QCOMPARE(stage.surroundings.notices.size(), 1);
+    }
+
+    void copyThatWasRemovedWhileItRunsIsNoUpdate()
+    {
+        Surroundings stage;
+        stage.beginWithStatus();
+        stage.inPlace.clear();
+        stage.session->bundleChanged();
+        QVERIFY(stage.surroundings.notices.isEmpty());
+        stage.session->checkForUpdates();
+        QCOMPARE(stage.worker.names().last(), u"check"_s);
+    }
+
+    void relaunchLaterKeepsEverythingAsItIs()
+    {
+        Surroundings stage;
+        stage.beginWithStatus();
+        stage.inPlace = u"1.0.5"_s;
+        stage.session->checkForUpdates();
+        stage.interface.act(UpdateAction::Close);
+        QVERIFY(!stage.interface.isOpen);
+        QCOMPARE(stage.quits, 0);
+        stage.session->checkForUpdates();
+        QCOMPARE(stage.buttons().first(), u"Relaunch"_s);
     }
 
     void userCheckRunsThroughTheWindowToTheRelaunch()

@@ -89,6 +89,13 @@ def running_below(folder, name):
     return found
 
 
+def end_everything_below(folder):
+    # The worker first: it starts a version again that ends without a reason.
+    for name in ("Helpers/ferrobank-update", "Linux/Ferrobank"):
+        for process in running_below(folder, name):
+            os.kill(process, signal.SIGKILL)
+
+
 class Updates(program.ProgramTest):
     @classmethod
     def setUpClass(cls):
@@ -114,10 +121,7 @@ class Updates(program.ProgramTest):
         self.addCleanup(self.end_all)
 
     def end_all(self):
-        # The worker first: it starts a version again that ends without a reason.
-        for name in ("Helpers/ferrobank-update", "Linux/Ferrobank"):
-            for process in running_below(self.desktop.folder, name):
-                os.kill(process, signal.SIGKILL)
+        end_everything_below(self.desktop.folder)
         for name in (".local", ".config"):
             shutil.rmtree(self.desktop.home / name / "state", ignore_errors=True)
         program.remove(self.staging)
@@ -247,6 +251,31 @@ class Updates(program.ProgramTest):
         self.key("Escape")
         wait_until(lambda: not self.sees("You’re up to date!"), "the window has closed")
         self.assertIsNone(self.program.process.poll())
+
+    def test_copy_replaced_by_hand_while_it_runs_offers_the_relaunch(self):
+        self.mark_asked_only()
+        self.program.start()
+        old = self.program.process.pid
+        self.tray().choose("Open Ferrobank")
+        self.see("Space saved")
+        other = self.program.bundle.with_name("other")
+        program.copy_linked(self.program.bundle, other)
+        list_file = other / "Contents/Info.plist"
+        replace_text(list_file, list_file.read_text().replace("<string>1.0.0</string>", "<string>1.0.5</string>"))
+        program.remove(self.program.bundle)
+        other.rename(self.program.bundle)
+        # Every page still works: nothing of it is read from the bundle once the window is there.
+        self.tray().choose("Check for Updates…")
+        self.see("Ferrobank was updated", limit=30)
+        self.see("Ferrobank 1.0.5 is installed; 1.0.0 is still running. Relaunch to finish the update.")
+        self.shoot("replaced")
+        self.key("Return")
+        processes = wait_until(
+            lambda: [one for one in running(self.program.executable) if one != old], "the new version runs", 30
+        )
+        self.program.process.wait(timeout=30)
+        arguments = pathlib.Path(f"/proc/{processes[0]}/cmdline").read_bytes().split(b"\0")
+        self.assertEqual(arguments[1:3], [b"--relaunched-from", b"1.0.0"])
 
     def test_version_that_cannot_start_is_taken_back(self):
         """As after an update whose new version crashes before it can show anything."""

@@ -26,11 +26,11 @@ public:
     struct Scene {
         QUrl document; ///< its root is a window with a required property "presenter"
         std::function<std::unique_ptr<QObject>()> makePresenter;
-        QPointer<QWindow> transientParent = nullptr; ///< the window it belongs to; null for none
-
         /// What the document will load by its address as soon as it is there, so that it can be read
         /// meanwhile; empty for nothing. None: there is no such thing.
         std::function<QUrl()> loadedNext = {};
+
+        QPointer<QWindow> transientParent = nullptr; ///< the window it belongs to; null for none
     };
 
     QmlWindow(Scene scene, WindowHost& host);

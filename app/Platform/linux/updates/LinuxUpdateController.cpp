@@ -1,5 +1,6 @@
 #include "Platform/linux/updates/LinuxUpdateController.h"
 
+#include "Platform/linux/desktop/FileWatch.h"
 #include "Platform/linux/updates/install/InstallPlace.h"
 #include "Platform/linux/updates/install/Trial.h"
 #include "Platform/linux/updates/session/BootClock.h"
@@ -8,6 +9,7 @@
 #include "Platform/linux/updates/session/UpdateSession.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QTimer>
 
 namespace ferrobank {
 namespace {
@@ -20,12 +22,21 @@ UpdateConfiguration configurationOf(const std::filesystem::path& bundle)
     return list ? readConfiguration(*list) : UpdateConfiguration();
 }
 
+std::filesystem::path propertyListInPlace(const std::filesystem::path& bundle)
+{
+    return InstallPlace::of(bundle).stableRoot() / "Contents/Info.plist";
+}
+
+/// Unpacking a package replaces one file after the other.
+constexpr std::chrono::seconds kSettled{3};
+
 class LinuxUpdateController final : public UpdateController {
 public:
     LinuxUpdateController(const std::filesystem::path& bundle, UpdateDelegate& delegate,
                           UpdateInterface& interface, Workspace& workspace, std::function<void()> quit)
         : _surroundings(workspace),
-          _worker(QString::fromStdString(bundle / "Contents/Helpers/ferrobank-update")),
+          _worker(QString::fromStdString(InstallPlace::of(bundle).stableRoot() /
+                                         "Contents/Helpers/ferrobank-update")),
           _session(SessionCollaborators{
               .configuration = configurationOf(bundle),
               .bundle = QString::fromStdString(bundle),
@@ -37,8 +48,13 @@ public:
               .stateFile = UpdateStateFile(UpdateStateFile::usualPlace()),
               .quit = std::move(quit),
               .isOnTrial = [bundle] { return trialAt(InstallPlace::of(bundle)).has_value(); },
-          })
+              .versionInPlace =
+                  [bundle] { return configurationOf(InstallPlace::of(bundle).stableRoot()).version; },
+          }),
+          _watch({propertyListInPlace(bundle)}, [this] { _settled.start(kSettled); })
     {
+        _settled.setSingleShot(true);
+        QObject::connect(&_settled, &QTimer::timeout, &_session, [this] { _session.bundleChanged(); });
         _session.start();
         QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, &_session,
                          [this] { _session.applicationQuits(); });
@@ -53,6 +69,8 @@ private:
     DesktopSurroundings _surroundings;
     ProcessWorker _worker;
     UpdateSession _session;
+    QTimer _settled;
+    FileWatch _watch;
 };
 
 } // namespace

@@ -158,6 +158,16 @@ UpdatePrompt installing()
     return prompt;
 }
 
+UpdatePrompt replaced(const SessionView& view)
+{
+    UpdatePrompt prompt;
+    prompt.headline = tr("Ferrobank was updated");
+    prompt.text = tr("Ferrobank %1 is installed; %2 is still running. Relaunch to finish the update.")
+                      .arg(view.replacement, view.installed);
+    prompt.buttons = {button(UpdateAction::Relaunch, "Relaunch"), button(UpdateAction::Close, "Later")};
+    return prompt;
+}
+
 UpdatePrompt failed(const SessionView& view)
 {
     UpdatePrompt prompt;
@@ -194,6 +204,8 @@ std::optional<UpdatePrompt> promptFor(const SessionView& view, const QLocale& lo
         return ready(view);
     case Stage::Installing:
         return installing();
+    case Stage::Replaced:
+        return replaced(view);
     case Stage::Failed:
         return failed(view);
     }

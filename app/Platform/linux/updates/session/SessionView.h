@@ -12,18 +12,20 @@ namespace ferrobank::updates {
 
 /// Where a session stands.
 ///
-/// | stage       | what happens                               | left by |
-/// |-------------|--------------------------------------------|----------------------------------------------|
-/// | Idle        | nothing                                    | schedule, user | | Asking      | consent is
-/// asked for                       | the answer                                   | | Checking    | the feed
-/// is read                           | its end, Cancel                              | | NothingNew  | the
-/// user reads that                        | Close                                        | | Found       |
-/// the user decides                           | Install, Later, Skip                         | | Downloading
-/// | the archive comes                          | its end, Cancel                              | | Preparing
-/// | it is verified and unpacked                | its end                                      | | Ready | it
-/// waits for the application to quit       | install now, quit                            | | Installing  |
-/// the worker waits for the application       | its end, or the worker's failure             | | Failed | the
-/// user reads why                         | Close                                        |
+/// | stage       | what happens                            | left by                                |
+/// |-------------|-----------------------------------------|----------------------------------------|
+/// | Idle        | nothing                                 | schedule, user                         |
+/// | Asking      | consent is asked for                    | the answer                             |
+/// | Checking    | the feed is read                        | its end, Cancel                        |
+/// | NothingNew  | the user reads that                     | Close                                  |
+/// | Found       | the user decides                        | Install, Later, Skip                   |
+/// | Downloading | the archive comes                       | its end, Cancel                        |
+/// | Preparing   | it is verified and unpacked             | its end                                |
+/// | Ready       | it waits for the application to quit    | install now, quit                      |
+/// | Installing  | the worker waits for the application    | its end, or the worker's failure       |
+/// | Replaced    | the user reads that another version is  | Relaunch, Close                        |
+/// |             | installed already                       |                                        |
+/// | Failed      | the user reads why                      | Close                                  |
 enum class Stage {
     Idle,
     Asking,
@@ -34,6 +36,7 @@ enum class Stage {
     Preparing,
     Ready,
     Installing,
+    Replaced,
     Failed
 };
 
@@ -49,6 +52,7 @@ struct NothingNew {
 struct SessionView {
     Stage stage = Stage::Idle;
     QString installed;
+    QString replacement; ///< the version that somebody else has put in the place of the running one
     Offer offer;
     NothingNew nothingNew;
     bool mayReplace = true;

@@ -137,7 +137,12 @@ QCoro::Task<> UpdateSession::runScheduledCheck(int turn, milliseconds delay)
     co_await _with.clock.sleep(delay);
     if (hold.isCut() || turn != _turn)
         co_return;
+    if (isReplaced()) {
+        bundleChanged();
+        co_return;
+    }
     offerToDelegate();
+    remind();
     if (_view.stage == Stage::Idle || _view.stage == Stage::Ready)
         beginCheck(Manner::Background);
 }
@@ -151,7 +156,10 @@ void UpdateSession::checkForUpdates()
         return;
     }
     _manner = Manner::InWindow;
-    if (_view.stage == Stage::Idle)
+    if (_view.stage != Stage::Installing && isReplaced()) {
+        _run.reset();
+        enter(Stage::Replaced);
+    } else if (_view.stage == Stage::Idle)
         beginCheck(Manner::InWindow);
     else
         showIfInWindow();
@@ -159,7 +167,28 @@ void UpdateSession::checkForUpdates()
 
 void UpdateSession::reconsider()
 {
-    offerToDelegate();
+    if (!isReplaced())
+        offerToDelegate();
+}
+
+void UpdateSession::bundleChanged()
+{
+    if (_view.stage == Stage::Installing || !isReplaced() || _toldReplacement == _view.replacement)
+        return;
+    _toldReplacement = _view.replacement;
+    _with.surroundings.notify(
+        tr("Ferrobank was updated"),
+        tr("Ferrobank %1 is installed. Choose \u201cCheck for Updates\u2026\u201d to relaunch.")
+            .arg(_view.replacement));
+}
+
+bool UpdateSession::isReplaced()
+{
+    const QString version = _with.versionInPlace();
+    if (version.isEmpty() || version == _with.configuration.version)
+        return false;
+    _view.replacement = version;
+    return true;
 }
 
 void UpdateSession::applicationQuits()
@@ -169,7 +198,7 @@ void UpdateSession::applicationQuits()
         run->waitForEvent(0);
         run->release();
     }
-    if (!_hasStaged || _view.stage == Stage::Installing)
+    if (!_hasStaged || _view.stage == Stage::Installing || isReplaced())
         return;
     QJsonObject order = request();
     order[u"pid"_s] = qint64{QCoreApplication::applicationPid()};
@@ -199,6 +228,9 @@ void UpdateSession::act(UpdateAction action)
         return;
     case UpdateAction::InstallAndRelaunch:
         beginInstall();
+        return;
+    case UpdateAction::Relaunch:
+        beginRelaunch();
         return;
     case UpdateAction::Skip:
         skip();

@@ -31,8 +31,9 @@ struct SessionCollaborators {
     UpdateWorker& worker;
     Clock& clock;
     UpdateStateFile stateFile;
-    std::function<void()> quit;      ///< asks the application to end
-    std::function<bool()> isOnTrial; ///< whether the running version was just installed
+    std::function<void()> quit;              ///< asks the application to end
+    std::function<bool()> isOnTrial;         ///< whether the running version was just installed
+    std::function<QString()> versionInPlace; ///< the version that a start would run now; empty for none
 };
 
 /// The updater: schedule, consent, one session at a time, and the update that waits. Main thread; lives as
@@ -43,6 +44,9 @@ struct SessionCollaborators {
 /// once, after each reconsider(), at each scheduled check and at the next start. What the delegate refuses is
 /// installed when the application quits. Failures of background sessions are silent and only delay the next
 /// check.
+///
+/// A copy that somebody else has replaced while it runs, a package manager or a person, is left alone: the
+/// user is told once for each version and offered the relaunch; nothing is checked or installed before it.
 class UpdateSession : public QObject {
     Q_OBJECT
 
@@ -55,6 +59,9 @@ public:
 
     void checkForUpdates();
     void reconsider();
+
+    /// Something about the bundle's files has changed.
+    void bundleChanged();
 
     /// To be called once when the application ends: installs what waits, without starting it again, and tells
     /// that the running version worked.
@@ -73,6 +80,7 @@ private:
     void beginCheck(Manner manner);
     void beginFetch(Manner manner);
     void beginInstall();
+    void beginRelaunch();
 
     void onStatus(const QJsonObject& event);
     void onCheckEvent(const QJsonObject& event);
@@ -85,6 +93,8 @@ private:
     void announceOffer();
     void staged();
     void offerToDelegate();
+    void remind();
+    [[nodiscard]] bool isReplaced();
     void fail(const QJsonObject& event);
     void warnAboutSilence();
 
@@ -110,6 +120,7 @@ private:
     bool _waitsForQuit = false; ///< the user said so; the delegate is not asked before the next start
     bool _windowIsOpen = false;
     QString _minimumForAutomatic;
+    QString _toldReplacement; ///< the version that the user was told of last
     std::unique_ptr<WorkerRun> _run;
     std::unique_ptr<WorkerRun> _healthRun;
     int _turn = 0; ///< of the schedule; a planned check of an earlier turn is void

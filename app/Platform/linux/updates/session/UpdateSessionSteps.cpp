@@ -193,6 +193,16 @@ void UpdateSession::offerToDelegate()
     });
 }
 
+void UpdateSession::remind()
+{
+    const bool isWaiting = _hasStaged && _view.stage == Stage::Ready && _manner == Manner::Background;
+    if (isWaiting)
+        _with.surroundings.notify(
+            tr("Update for Ferrobank"),
+            tr("Ferrobank %1 is ready. It is installed when you close the window or quit.")
+                .arg(_stagedOffer.displayVersion));
+}
+
 // Install
 
 void UpdateSession::beginInstall()
@@ -203,6 +213,16 @@ void UpdateSession::beginInstall()
     order[u"relaunch"_s] = true;
     _run =
         _with.worker.start(u"install"_s, order, [this](const QJsonObject& event) { onInstallEvent(event); });
+}
+
+void UpdateSession::beginRelaunch()
+{
+    enter(Stage::Installing);
+    QJsonObject order = request();
+    order[u"pid"_s] = qint64{QCoreApplication::applicationPid()};
+    order[u"from"_s] = _with.configuration.version;
+    _run =
+        _with.worker.start(u"relaunch"_s, order, [this](const QJsonObject& event) { onInstallEvent(event); });
 }
 
 void UpdateSession::onInstallEvent(const QJsonObject& event)

@@ -20,6 +20,9 @@ void runFetch(const WorkerContext& context);
 /// Waits for the application to end, replaces the bundle and starts the new version if asked to.
 void runInstall(const WorkerContext& context);
 
+/// Waits for the application to end and starts the version that is in its place, whoever put it there.
+void runRelaunch(const WorkerContext& context);
+
 /// The running version works: ends its trial and removes the old one.
 void runHealthy(const WorkerContext& context);
 

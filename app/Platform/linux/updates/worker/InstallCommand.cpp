@@ -83,4 +83,14 @@ void runInstall(const WorkerContext& context)
         relaunchAndWatch(context.place, context.configuration.version.toStdString());
 }
 
+void runRelaunch(const WorkerContext& context)
+{
+    moveToOwnScope();
+    context.tell(QJsonObject{{u"event"_s, u"waiting"_s}});
+    if (!waitForEnd(static_cast<pid_t>(context.request[u"pid"_s].toInteger()), kQuitTakes))
+        throw UpdateFailure(Problem::Busy, "The application did not quit, so it was not started again.");
+    relaunchAndWatch(context.place, context.request[u"from"_s].toString().toStdString());
+    context.tell(QJsonObject{{u"event"_s, u"relaunched"_s}});
+}
+
 } // namespace ferrobank::updates

@@ -58,11 +58,11 @@ int main(int argc, char** argv)
 
     static const std::map<std::string_view, void (*)(const WorkerContext&)> commands{
         {"status", runStatus},   {"check", runCheck},     {"fetch", runFetch},
-        {"install", runInstall}, {"healthy", runHealthy},
+        {"install", runInstall}, {"healthy", runHealthy}, {"relaunch", runRelaunch},
     };
     const auto found = commands.find(command);
     if (found == commands.end()) {
-        std::fputs("ferrobank-update: status, check, fetch, install, healthy or probe\n", stderr);
+        std::fputs("ferrobank-update: status, check, fetch, install, healthy, relaunch or probe\n", stderr);
         return 2;
     }
     // Nobody is left to show a check or a download to once the application is gone; an installation goes on.
