@@ -1,19 +1,10 @@
 #pragma once
 
-#include <systemd/sd-bus.h>
+#include "Platform/linux/bus/BusReference.h"
 
 #include <memory>
 
 namespace ferrobank {
-
-template <typename Thing, Thing* (*release)(Thing*)>
-struct BusRelease {
-    void operator()(Thing* thing) const { release(thing); }
-};
-
-/// One reference to an sd-bus object, given back at the end of its scope.
-using BusMessage = std::unique_ptr<sd_bus_message, BusRelease<sd_bus_message, sd_bus_message_unref>>;
-using BusSlot = std::unique_ptr<sd_bus_slot, BusRelease<sd_bus_slot, sd_bus_slot_unref>>;
 
 /// The user's session bus, one connection for the life of the program. Main thread.
 ///

@@ -14,7 +14,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
-using Message = ManagerConnection::Message;
 using Outcome = ManagerConnection::Outcome;
 
 constexpr auto kQueryLimit = std::chrono::microseconds(2s);
@@ -47,14 +46,14 @@ ManagerReach reachAfter(const Outcome& outcome)
     }
 }
 
-Message unitListCall(ManagerConnection& manager, const char* member, const std::string& unit)
+BusMessage unitListCall(ManagerConnection& manager, const char* member, const std::string& unit)
 {
-    Message message = manager.newCall(kManager, member);
+    BusMessage message = manager.newCall(kManager, member);
     sd_bus_message_append(message.get(), "as", 1, unit.c_str());
     return message;
 }
 
-void change(ManagerConnection& manager, const Message& message, const char* wish)
+void change(ManagerConnection& manager, const BusMessage& message, const char* wish)
 {
     const Outcome outcome = manager.call(message, kChangeLimit);
     if (outcome.error != 0) {
@@ -96,7 +95,7 @@ UnitFileState BusUserManager::unitFileState(const std::string& unit)
     if (manager.error() != 0) {
         return {manager.error() == ETIMEDOUT ? ManagerReach::Silent : ManagerReach::Absent, {}};
     }
-    const Message message = manager.newCall(kManager, "GetUnitFileState");
+    const BusMessage message = manager.newCall(kManager, "GetUnitFileState");
     sd_bus_message_append(message.get(), "s", unit.c_str());
     const Outcome outcome = manager.call(message, kQueryLimit);
     const char* word = nullptr;
@@ -109,7 +108,7 @@ UnitFileState BusUserManager::unitFileState(const std::string& unit)
 std::vector<std::filesystem::path> BusUserManager::unitPath()
 {
     ManagerConnection manager = requireConnection();
-    const Message message = manager.newCall("org.freedesktop.DBus.Properties", "Get");
+    const BusMessage message = manager.newCall("org.freedesktop.DBus.Properties", "Get");
     sd_bus_message_append(message.get(), "ss", kManager, "UnitPath");
     const Outcome outcome = manager.call(message, kQueryLimit);
     if (outcome.error != 0) {
@@ -132,7 +131,7 @@ std::vector<std::filesystem::path> BusUserManager::unitPath()
 void BusUserManager::enable(const std::string& unit)
 {
     ManagerConnection manager = requireConnection();
-    const Message message = unitListCall(manager, "EnableUnitFiles", unit);
+    const BusMessage message = unitListCall(manager, "EnableUnitFiles", unit);
     sd_bus_message_append(message.get(), "bb", kLasting, kWithoutForce);
     change(manager, message, "enabled");
 }
@@ -140,7 +139,7 @@ void BusUserManager::enable(const std::string& unit)
 void BusUserManager::disable(const std::string& unit)
 {
     ManagerConnection manager = requireConnection();
-    const Message message = unitListCall(manager, "DisableUnitFiles", unit);
+    const BusMessage message = unitListCall(manager, "DisableUnitFiles", unit);
     sd_bus_message_append(message.get(), "b", kLasting);
     change(manager, message, "disabled");
 }
@@ -149,7 +148,7 @@ void BusUserManager::unmask(const std::string& unit)
 {
     ManagerConnection manager = requireConnection();
     for (const int runtime : {kLasting, kUntilTheNextStart}) {
-        const Message message = unitListCall(manager, "UnmaskUnitFiles", unit);
+        const BusMessage message = unitListCall(manager, "UnmaskUnitFiles", unit);
         sd_bus_message_append(message.get(), "b", runtime);
         change(manager, message, "allowed");
     }
@@ -164,7 +163,7 @@ void BusUserManager::reload()
 void BusUserManager::start(const std::string& unit)
 {
     ManagerConnection manager = requireConnection();
-    const Message message = manager.newCall(kManager, "StartUnit");
+    const BusMessage message = manager.newCall(kManager, "StartUnit");
     sd_bus_message_append(message.get(), "ss", unit.c_str(), "replace");
     change(manager, message, "started");
 }
@@ -172,7 +171,7 @@ void BusUserManager::start(const std::string& unit)
 void BusUserManager::resetFailed(const std::string& unit)
 {
     ManagerConnection manager = requireConnection();
-    const Message message = manager.newCall(kManager, "ResetFailedUnit");
+    const BusMessage message = manager.newCall(kManager, "ResetFailedUnit");
     sd_bus_message_append(message.get(), "s", unit.c_str());
     const Outcome outcome = manager.call(message, kChangeLimit);
     if (outcome.error != 0 && outcome.errorName != kNoSuchUnit) {
@@ -183,7 +182,7 @@ void BusUserManager::resetFailed(const std::string& unit)
 UserManager::Stop BusUserManager::stop(const std::string& unit, std::chrono::milliseconds limit)
 {
     ManagerConnection manager = requireConnection();
-    const Message message = manager.newCall(kManager, "StopUnit");
+    const BusMessage message = manager.newCall(kManager, "StopUnit");
     sd_bus_message_append(message.get(), "ss", unit.c_str(), "replace");
     const Outcome outcome = manager.call(message, kChangeLimit);
     if (outcome.errorName == kNoSuchUnit) {

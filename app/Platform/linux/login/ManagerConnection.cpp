@@ -97,17 +97,17 @@ int ManagerConnection::awaitGreeting(std::chrono::microseconds limit)
     return sd_bus_is_ready(_bus.get()) > 0 ? 0 : ENOTCONN;
 }
 
-ManagerConnection::Message ManagerConnection::newCall(const char* interface, const char* member)
+BusMessage ManagerConnection::newCall(const char* interface, const char* member)
 {
     sd_bus_message* message = nullptr;
     if (sd_bus_message_new_method_call(_bus.get(), &message, kService, kObject, interface, member) < 0) {
         throw std::bad_alloc();
     }
     sd_bus_message_set_auto_start(message, 0);
-    return Message(message);
+    return BusMessage(message);
 }
 
-ManagerConnection::Outcome ManagerConnection::call(const Message& message, std::chrono::microseconds limit)
+ManagerConnection::Outcome ManagerConnection::call(const BusMessage& message, std::chrono::microseconds limit)
 {
     sd_bus_error error{};
     sd_bus_message* reply = nullptr;

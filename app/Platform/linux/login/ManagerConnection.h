@@ -1,9 +1,8 @@
 #pragma once
 
-#include <systemd/sd-bus.h>
+#include "Platform/linux/bus/BusReference.h"
 
 #include <chrono>
-#include <memory>
 #include <string>
 
 namespace ferrobank {
@@ -15,15 +14,9 @@ namespace ferrobank {
 /// Source: systemd(1), "/run/user/UID/systemd/private"; org.freedesktop.systemd1(5).
 class ManagerConnection {
 public:
-    struct ReleaseMessage {
-        void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
-    };
-
-    using Message = std::unique_ptr<sd_bus_message, ReleaseMessage>;
-
     /// What a call came back with: a reply, or why there is none.
     struct Outcome {
-        Message reply;
+        BusMessage reply;
         int error = 0; ///< errno value, 0 with a reply
         std::string errorName;
         std::string errorText;
@@ -36,18 +29,14 @@ public:
     [[nodiscard]] int error() const { return _error; }
 
     /// A call of the manager's object. Whoever is not there is not started by it.
-    [[nodiscard]] Message newCall(const char* interface, const char* member);
-    [[nodiscard]] Outcome call(const Message& message, std::chrono::microseconds limit);
+    [[nodiscard]] BusMessage newCall(const char* interface, const char* member);
+    [[nodiscard]] Outcome call(const BusMessage& message, std::chrono::microseconds limit);
 
 private:
-    struct CloseBus {
-        void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
-    };
-
     int open();
     int awaitGreeting(std::chrono::microseconds limit);
 
-    std::unique_ptr<sd_bus, CloseBus> _bus;
+    DroppedBus _bus;
     int _error = 0;
 };
 

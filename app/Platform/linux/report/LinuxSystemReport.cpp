@@ -1,5 +1,6 @@
 #include "Platform/linux/report/LinuxSystemReport.h"
 
+#include "Platform/linux/bus/BusReference.h"
 #include "Platform/linux/report/MountTable.h"
 #include "Platform/linux/updates/install/InstallKind.h"
 
@@ -7,7 +8,6 @@
 #include <QtCore/QSysInfo>
 
 #include <pwd.h>
-#include <systemd/sd-bus.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -31,12 +31,7 @@ constexpr const char* kDaemonPath = "/org/freedesktop/DBus";
 constexpr const char* kWatcher = "org.kde.StatusNotifierWatcher";
 constexpr const char* kManager = "org.freedesktop.systemd1";
 
-struct ReleaseMessage {
-    void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
-};
-
 using Bus = std::shared_ptr<sd_bus>;
-using Message = std::unique_ptr<sd_bus_message, ReleaseMessage>;
 
 Bus openBus()
 {
@@ -50,23 +45,24 @@ Bus openBus()
 
 /// The reply, or nothing. Nobody is started by the call.
 template <typename... Arguments>
-Message call(sd_bus* bus, const char* service, const char* path, const char* interface, const char* member,
-             const char* types, Arguments... arguments)
+BusMessage call(sd_bus* bus, const char* service, const char* path, const char* interface, const char* member,
+                const char* types, Arguments... arguments)
 {
     sd_bus_message* raw = nullptr;
     if (sd_bus_message_new_method_call(bus, &raw, service, path, interface, member) < 0) {
         return nullptr;
     }
-    const Message message(raw);
+    const BusMessage message(raw);
     sd_bus_message_set_auto_start(raw, 0);
     if (sd_bus_message_append(raw, types, arguments...) < 0) {
         return nullptr;
     }
     sd_bus_message* reply = nullptr;
-    return sd_bus_call(bus, raw, 0, nullptr, &reply) < 0 ? nullptr : Message(reply);
+    return sd_bus_call(bus, raw, 0, nullptr, &reply) < 0 ? nullptr : BusMessage(reply);
 }
 
-Message property(sd_bus* bus, const char* service, const char* path, const char* interface, const char* name)
+BusMessage property(sd_bus* bus, const char* service, const char* path, const char* interface,
+                    const char* name)
 {
     return call(bus, service, path, "org.freedesktop.DBus.Properties", "Get", "ss", interface, name);
 }
@@ -75,7 +71,7 @@ Message property(sd_bus* bus, const char* service, const char* path, const char*
 QString programOf(sd_bus* bus, const char* service)
 {
     std::uint32_t process = 0;
-    const Message reply =
+    const BusMessage reply =
         call(bus, kDaemon, kDaemonPath, kDaemon, "GetConnectionUnixProcessID", "s", service);
     if (!reply || sd_bus_message_read(reply.get(), "u", &process) < 0) {
         return u"a program that cannot be named"_s;
@@ -88,7 +84,7 @@ QString programOf(sd_bus* bus, const char* service)
 QString trayHost(sd_bus* bus)
 {
     int hasHost = 0;
-    const Message reply =
+    const BusMessage reply =
         property(bus, kWatcher, "/StatusNotifierWatcher", kWatcher, "IsStatusNotifierHostRegistered");
     if (!reply || sd_bus_message_read(reply.get(), "v", "b", &hasHost) < 0) {
         return u"none"_s;
@@ -100,7 +96,7 @@ QString trayHost(sd_bus* bus)
 QString serviceManager(sd_bus* bus)
 {
     const char* version = nullptr;
-    const Message reply =
+    const BusMessage reply =
         property(bus, kManager, "/org/freedesktop/systemd1", "org.freedesktop.systemd1.Manager", "Version");
     if (!reply || sd_bus_message_read(reply.get(), "v", "s", &version) < 0) {
         return u"none"_s;
@@ -111,7 +107,7 @@ QString serviceManager(sd_bus* bus)
 QStringList portals(sd_bus* bus)
 {
     QStringList found;
-    const Message reply = call(bus, kDaemon, kDaemonPath, kDaemon, "ListNames", "");
+    const BusMessage reply = call(bus, kDaemon, kDaemonPath, kDaemon, "ListNames", "");
     const char* name = nullptr;
     if (!reply || sd_bus_message_enter_container(reply.get(), 'a', "s") < 0) {
         return found;

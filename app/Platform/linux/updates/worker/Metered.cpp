@@ -1,6 +1,6 @@
 #include "Platform/linux/updates/worker/Metered.h"
 
-#include <systemd/sd-bus.h>
+#include "Platform/linux/bus/BusReference.h"
 
 #include <cstdint>
 
@@ -15,14 +15,15 @@ constexpr std::uint32_t kGuessYes = 3;
 
 bool isConnectionMetered()
 {
-    sd_bus* bus = nullptr;
-    if (sd_bus_open_system(&bus) < 0)
+    sd_bus* opened = nullptr;
+    if (sd_bus_open_system(&opened) < 0)
         return false;
-    sd_bus_set_method_call_timeout(bus, kBusLimit);
+    const FlushedBus bus(opened);
+    sd_bus_set_method_call_timeout(bus.get(), kBusLimit);
     std::uint32_t metered = 0;
-    sd_bus_get_property_trivial(bus, "org.freedesktop.NetworkManager", "/org/freedesktop/NetworkManager",
-                                "org.freedesktop.NetworkManager", "Metered", nullptr, 'u', &metered);
-    sd_bus_flush_close_unref(bus);
+    sd_bus_get_property_trivial(bus.get(), "org.freedesktop.NetworkManager",
+                                "/org/freedesktop/NetworkManager", "org.freedesktop.NetworkManager",
+                                "Metered", nullptr, 'u', &metered);
     return metered == kYes || metered == kGuessYes;
 }
 

@@ -1,24 +1,16 @@
 #include "Platform/linux/updates/worker/OwnScope.h"
 
-#include <systemd/sd-bus.h>
+#include "Platform/linux/bus/BusReference.h"
+
 #include <unistd.h>
 
 #include <cstdint>
-#include <memory>
 #include <string>
 
 namespace ferrobank::updates {
 namespace {
 
 constexpr std::uint64_t kBusLimit = 2'000'000; ///< microseconds
-
-struct CloseBus {
-    void operator()(sd_bus* bus) const { sd_bus_flush_close_unref(bus); }
-};
-
-struct DropMessage {
-    void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
-};
 
 } // namespace
 
@@ -27,7 +19,7 @@ void moveToOwnScope()
     sd_bus* opened = nullptr;
     if (sd_bus_open_user(&opened) < 0)
         return;
-    const std::unique_ptr<sd_bus, CloseBus> bus(opened);
+    const FlushedBus bus(opened);
     sd_bus_set_method_call_timeout(bus.get(), kBusLimit);
 
     const auto process = static_cast<std::uint32_t>(::getpid());
@@ -37,7 +29,7 @@ void moveToOwnScope()
                                        "/org/freedesktop/systemd1", "org.freedesktop.systemd1.Manager",
                                        "StartTransientUnit") < 0)
         return;
-    const std::unique_ptr<sd_bus_message, DropMessage> call(made);
+    const BusMessage call(made);
     const bool isComplete =
         sd_bus_message_append(call.get(), "ssa(sv)a(sa(sv))", name.c_str(), "fail", 2, "PIDs", "au", 1,
                               process, "CollectMode", "s", "inactive-or-failed", 0) >= 0;
