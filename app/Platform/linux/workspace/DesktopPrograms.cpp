@@ -8,7 +8,6 @@
 #include <QtCore/QStandardPaths>
 #include <QtCore/QTimer>
 
-#include <chrono>
 #include <memory>
 
 namespace ferrobank {
@@ -16,9 +15,6 @@ namespace ferrobank {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// A program that fails later than this has been of use: the user has seen it.
-constexpr std::chrono::seconds kFailsAtOnce{5};
 
 struct Attempt {
     Latch decided;
@@ -33,7 +29,7 @@ QCoro::Task<> watch(std::unique_ptr<ChildProcess> child, std::shared_ptr<Attempt
     attempt->decided.open();
 }
 
-QCoro::Task<bool> works(Command command, QString activationToken)
+QCoro::Task<bool> works(Command command, QString activationToken, std::chrono::milliseconds failsAtOnce)
 {
     ChildProcess::Setup setup;
     setup.program = programNamed(command.value(0));
@@ -52,7 +48,7 @@ QCoro::Task<bool> works(Command command, QString activationToken)
     const std::unique_ptr<QTimer, QScopedPointerDeleteLater> timer(new QTimer);
     timer->setSingleShot(true);
     timer->callOnTimeout([decided = attempt->decided]() mutable { decided.open(); });
-    timer->start(kFailsAtOnce);
+    timer->start(failsAtOnce);
     co_await attempt->decided.wait();
     timer->stop();
     co_return !attempt->failed;
@@ -69,10 +65,11 @@ QString programNamed(const QString& name)
     return QStandardPaths::findExecutable(name, folders.split(u':', Qt::SkipEmptyParts));
 }
 
-QCoro::Task<bool> startFirstThatWorks(QList<Command> commands, QString activationToken)
+QCoro::Task<bool> startFirstThatWorks(QList<Command> commands, QString activationToken,
+                                      std::chrono::milliseconds failsAtOnce)
 {
     for (const Command& command : commands) {
-        const bool worked = co_await works(command, activationToken);
+        const bool worked = co_await works(command, activationToken, failsAtOnce);
         if (worked) {
             co_return true;
         }

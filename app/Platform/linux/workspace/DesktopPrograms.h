@@ -4,6 +4,8 @@
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
+#include <chrono>
+
 namespace ferrobank {
 
 /// A command of another program: its name, then its arguments.
@@ -15,7 +17,8 @@ using Command = QStringList;
 /// Tries the commands in turn until one works, each in the environment of a foreign program. Whether one did.
 ///
 /// A program that is missing, or that ends at once with an error, has not worked; one that runs on, or ends
-/// later in whatever way, has. Nobody waits for it.
-QCoro::Task<bool> startFirstThatWorks(QList<Command> commands, QString activationToken);
+/// later in whatever way, has: the user has seen it. Nobody waits for it.
+QCoro::Task<bool> startFirstThatWorks(QList<Command> commands, QString activationToken,
+                                      std::chrono::milliseconds failsAtOnce = std::chrono::seconds(5));
 
 } // namespace ferrobank
