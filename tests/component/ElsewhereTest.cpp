@@ -82,7 +82,7 @@ private Q_SLOTS:
         QElapsedTimer timer;
         timer.start();
         QVERIFY(!await(elsewhere.ask(u"dead"_s, question, 30ms)));
-        QVERIFY(timer.elapsed() >= 29);
+        QVERIFY(timer.elapsed() >= 25); // timers may be a twentieth early
         QVERIFY(!await(elsewhere.ask(u"dead"_s, question, 1h)));
         QCOMPARE(asked->load(), 1);
 
