@@ -107,7 +107,8 @@ wait_for() { # seconds what cmd...
         (inside "$@") >/dev/null 2>&1 && return 0
         sleep 0.02
     done
-    die "timed out waiting for $what (logs in $D/log)"
+    tail -n 5 "$D"/log/*.log >&2
+    die "timed out waiting for $what"
 }
 
 needs() {

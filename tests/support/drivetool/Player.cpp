@@ -56,9 +56,13 @@ void pause(const json& milliseconds)
     std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds.get<int>()));
 }
 
-[[noreturn]] void hang()
+/// Until it is killed, or its reader is gone: nothing that a test started stays behind.
+void hang()
 {
-    for (;;) {
+    pollfd output{STDOUT_FILENO, 0, 0};
+    while (::poll(&output, 1, -1) < 0) {
+    }
+    while ((output.revents & POLLNVAL) != 0) { // closed by itself
         ::pause();
     }
 }
