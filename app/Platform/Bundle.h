@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <vector>
 
 namespace ferrobank {
 
@@ -22,6 +23,11 @@ public:
     /// is `<home>/current/<name>`, or the folder `<name>` beside `.<name>-versions` if its programs are links
     /// to there. Elsewhere it is this bundle itself.
     [[nodiscard]] Bundle atStablePath() const;
+
+    /// What has to go for this copy to be gone: the bundle, and where versions lie side by side, all of them
+    /// with their links and the folder around them, unless it holds something that is not ours. Only what
+    /// exists.
+    [[nodiscard]] std::vector<std::filesystem::path> wholeCopy() const;
 
     [[nodiscard]] const std::filesystem::path& root() const { return _root; }
 

@@ -66,7 +66,6 @@ FerrobankApp::FerrobankApp(DesktopSession& session)
           .registry = _system->registry(),
           .diagnostics = _diagnostics,
           .home = QDir::homePath(),
-          .bundle = text(Bundle::main().root()),
       })),
       _updater(std::make_unique<Updater>(UpdaterCollaborators{
           .makeController =

@@ -2,6 +2,7 @@
 
 #include "Ferrobank/Async/Spawn.h"
 #include "Ferrobank/FerrobankApp/Alerts.h"
+#include "Platform/Bundle.h"
 #include "Platform/Latch.h"
 #include "Platform/Memory.h"
 #include "Platform/Workspace.h"
@@ -11,7 +12,9 @@
 #include <QtGui/QGuiApplication>
 #include <QtGui/QWindow>
 
+#include <filesystem>
 #include <utility>
+#include <vector>
 
 namespace ferrobank {
 
@@ -23,9 +26,11 @@ bool canBecomeMain(const QWindow& window)
     return window.type() == Qt::Window && window.transientParent() == nullptr;
 }
 
-QCoro::Task<> recycleAndQuit(Workspace& workspace, QString bundle)
+QCoro::Task<> recycleAndQuit(Workspace& workspace, std::vector<std::filesystem::path> copy)
 {
-    co_await workspace.recycle(bundle);
+    for (const std::filesystem::path& path : copy) {
+        co_await workspace.recycle(QString::fromStdString(path.native()));
+    }
     QCoreApplication::quit();
 }
 
@@ -139,7 +144,7 @@ void Windows::quit()
 
 void Windows::trashAndQuit()
 {
-    spawn(this, recycleAndQuit(_with.workspace, _with.bundle));
+    spawn(this, recycleAndQuit(_with.workspace, Bundle::main().wholeCopy()));
 }
 
 void Windows::windowClosed()

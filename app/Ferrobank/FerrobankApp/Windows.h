@@ -26,8 +26,7 @@ struct WindowsCollaborators {
     Volumes& volumes;
     LoginItemRegistry& registry;
     Diagnostics& diagnostics;
-    QString home;   ///< the user's home folder, absolute
-    QString bundle; ///< the folder of the application, for the Trash
+    QString home; ///< the user's home folder, absolute
 };
 
 /// The application's windows: loads their library when the first one opens, and does for them what belongs to

@@ -1,5 +1,6 @@
 #include "Platform/Bundle.h"
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -50,6 +51,44 @@ Bundle Bundle::atStablePath() const
         return former;
     }
     return Bundle(home / "current" / _root.filename());
+}
+
+std::vector<std::filesystem::path> Bundle::wholeCopy() const
+{
+    namespace fs = std::filesystem;
+    std::error_code ignored; // what cannot be looked at stays where it is
+    const fs::path name = _root.filename();
+    const std::string staging = "." + name.string() + "-update";
+    const fs::path stable = atStablePath()._root;
+    const fs::path home =
+        stable == _root ? _root.parent_path() : _root.parent_path().parent_path().parent_path();
+
+    std::vector<fs::path> whole;
+    if (stable == _root) {
+        whole = {_root, home / staging};
+    } else if (stable.parent_path() == home.parent_path()) {
+        whole = {stable, home};
+    } else {
+        // The archive's folder: versions, the link to the one in use, and a link to its program. What is
+        // called like the latter and is none may be the user's drive.
+        const fs::path link = home / name.stem();
+        const bool isLink =
+            fs::is_symlink(link, ignored) && *fs::read_symlink(link, ignored).begin() == "current";
+        whole = {_root, home / "current", home / staging};
+        if (isLink) {
+            whole.push_back(link);
+        }
+        const fs::directory_iterator entries(home, ignored);
+        const bool isOurs = std::all_of(begin(entries), end(entries), [&](const fs::path& entry) {
+            return entry == home / "versions" || std::find(whole.begin(), whole.end(), entry) != whole.end();
+        });
+        if (isOurs) {
+            whole = {home};
+        }
+    }
+    std::erase_if(whole,
+                  [&](const fs::path& path) { return !fs::exists(fs::symlink_status(path, ignored)); });
+    return whole;
 }
 
 std::filesystem::path Bundle::executable() const
