@@ -218,10 +218,11 @@ start_x() { # size
     : >"$D/display"
     [ -n "$H_USER" ] && chown "$H_USER:" "$D/display"
     [ -n "$H_DISPLAY" ] && number=(":$H_DISPLAY")
-    # The server chooses a free number itself and tells it, so that two desktops never take the same.
+    # The server chooses a free number itself and tells it, so that two desktops never take the same. It stays as it is
+    # when its last client leaves: who connects while it starts anew is turned away, the window manager for example.
     # shellcheck disable=SC2016
     spawn xvfb sh -c 'exec 5>"$1"; shift; exec Xvfb "$@"' sh "$D/display" "${number[@]}" -displayfd 5 \
-        -screen 0 "${1}x24" -nolisten tcp -ac +extension GLX
+        -screen 0 "${1}x24" -nolisten tcp -noreset -ac +extension GLX
     for _ in $(seq 500); do
         [ -s "$D/display" ] && break
         sleep 0.02
