@@ -2,16 +2,23 @@
 
 #include "Ferrobank/FerrobankApp/LaunchRule.h"
 #include "Platform/Bundle.h"
+#include "Platform/Memory.h"
 #include "Platform/UpdateController.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
+#include <QtCore/QTimer>
 #include <QtGui/QGuiApplication>
 #include <QtGui/QSessionManager>
+
+#include <chrono>
 
 namespace ferrobank {
 
 namespace {
+
+/// After this the start is over: the item is in the panel, the first poll was made.
+constexpr std::chrono::seconds kStarted{5};
 
 QString text(const std::filesystem::path& path)
 {
@@ -109,6 +116,7 @@ void FerrobankApp::launch(const QString& activationToken)
     if (!_model->setupComplete()) {
         _windows->openMain(activationToken);
     }
+    QTimer::singleShot(kStarted, &returnIdleMemory);
 }
 
 bool FerrobankApp::carryOut(const InstanceRequest& request)

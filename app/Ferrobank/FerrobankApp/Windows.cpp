@@ -12,6 +12,7 @@
 #include <QtGui/QGuiApplication>
 #include <QtGui/QWindow>
 
+#include <chrono>
 #include <filesystem>
 #include <utility>
 #include <vector>
@@ -19,6 +20,9 @@
 namespace ferrobank {
 
 namespace {
+
+/// After this a window has done what is done once: read its parts, drawn them, run the first checks.
+constexpr std::chrono::seconds kSettled{3};
 
 /// A document window; dialogs, menus, tool tips and panels are not.
 bool canBecomeMain(const QWindow& window)
@@ -61,7 +65,11 @@ Windows::Windows(WindowsCollaborators collaborators, QObject* parent)
                   .home = _with.home},
       _folderChooser(FolderChooser::make()),
       _updates([this] { return make<UpdateInterface>("ferrobankMakeUpdateWindow"); })
-{}
+{
+    _settled.setSingleShot(true);
+    _settled.setInterval(kSettled);
+    _settled.callOnTimeout(returnIdleMemory);
+}
 
 Windows::~Windows() = default;
 
@@ -72,6 +80,7 @@ void Windows::openMain(const QString& activationToken)
     }
     if (_main) {
         _main->open(activationToken);
+        _settled.start();
     }
 }
 
@@ -82,6 +91,7 @@ void Windows::openLoginItems()
     }
     if (_loginItems) {
         _loginItems->open({});
+        _settled.start();
     }
 }
 
@@ -158,7 +168,8 @@ void Windows::windowClosed()
             _loginItems.reset();
         }
         std::erase_if(_messages, [](const auto& message) { return !message->isOpen(); });
-        returnFreeMemory();
+        _settled.stop();
+        returnIdleMemory();
         Q_EMIT closed();
     });
 }

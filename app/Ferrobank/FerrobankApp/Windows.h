@@ -9,6 +9,7 @@
 #include <QCoro/QCoroTask>
 #include <QtCore/QObject>
 #include <QtCore/QString>
+#include <QtCore/QTimer>
 
 #include <functional>
 #include <memory>
@@ -76,6 +77,7 @@ private:
     std::unique_ptr<MainWindow> _loginItems;
     std::vector<std::unique_ptr<MessageWindow>> _messages;
     UpdatePrompts _updates;
+    QTimer _settled;
 };
 
 /// The program's windows of the moment, for the decision about updates.
