@@ -132,8 +132,8 @@ class Drive:
             )
 
     def hangs(self):
-        """Every run of the tool hangs."""
-        self._write({"record": str(self._runs), "runs": [{"play": [{"hang": True}]}]})
+        """Every run of the tool hangs, until the program that started it has gone."""
+        self._write({"record": str(self._runs), "runs": [{"play": [{"hang_while_read": True}]}]})
 
     def runs(self, *arguments):
         """How often the tool was run with these arguments."""
@@ -166,6 +166,7 @@ class Program:
             shutil.copy2(os.environ["FERROBANK_SCRIPTED_TOOL"], self.tool)
         self.executable = self.bundle / "Contents/Linux/Ferrobank"
         self.process = None
+        self._begun = []
         # Where it is seen when a test fails.
         self._log = sys.stderr.fileno()
 
@@ -177,7 +178,7 @@ class Program:
         """One more start, beside the running one."""
         everything = {**os.environ, **environment}
         given = {name: value for name, value in everything.items() if value is not None}
-        return subprocess.Popen(
+        process = subprocess.Popen(
             [str(self.executable), *arguments],
             env=given,
             stdin=subprocess.DEVNULL,
@@ -185,6 +186,8 @@ class Program:
             stderr=self._log,
             cwd=self.desktop.home,
         )
+        self._begun.append(process)
+        return process
 
     def finish_setup(self):
         """As a person has done it before: recorded, and the agent registered."""
@@ -210,9 +213,11 @@ class Program:
         return {"memory": memory, "descriptors": len(list((process / "fd").iterdir())), "children": len(children)}
 
     def close(self):
-        if self.process is not None and self.process.poll() is None:
-            self.process.kill()
-            self.process.wait()
+        """Ends whatever runs on, so that no test meets the programs of another."""
+        for process in self._begun:
+            if process.poll() is None:
+                process.kill()
+                process.wait()
 
 
 def remove(path):

@@ -24,6 +24,20 @@ std::filesystem::path runningExecutable()
     return link;
 }
 
+/// False as well for a folder that cannot be read.
+bool holdsNothingBut(const std::vector<std::filesystem::path>& known, const std::filesystem::path& folder)
+{
+    std::error_code unreadable;
+    std::filesystem::directory_iterator entry(folder, unreadable);
+    while (!unreadable && entry != std::filesystem::directory_iterator()) {
+        if (std::ranges::count(known, entry->path()) == 0) {
+            return false;
+        }
+        entry.increment(unreadable);
+    }
+    return !unreadable;
+}
+
 } // namespace
 
 Bundle::Bundle(std::filesystem::path root) : _root(std::move(root)) {}
@@ -71,18 +85,14 @@ std::vector<std::filesystem::path> Bundle::wholeCopy() const
     } else {
         // The archive's folder: versions, the link to the one in use, and a link to its program. What is
         // called like the latter and is none may be the user's drive.
-        const fs::path link = home / name.stem();
-        const bool isLink =
-            fs::is_symlink(link, ignored) && *fs::read_symlink(link, ignored).begin() == "current";
         whole = {_root, home / "current", home / staging};
-        if (isLink) {
+        const fs::path link = home / name.stem();
+        if (fs::read_symlink(link, ignored).native().starts_with("current/")) {
             whole.push_back(link);
         }
-        const fs::directory_iterator entries(home, ignored);
-        const bool isOurs = std::all_of(begin(entries), end(entries), [&](const fs::path& entry) {
-            return entry == home / "versions" || std::find(whole.begin(), whole.end(), entry) != whole.end();
-        });
-        if (isOurs) {
+        std::vector<fs::path> ours = whole;
+        ours.push_back(home / "versions");
+        if (holdsNothingBut(ours, home)) {
             whole = {home};
         }
     }

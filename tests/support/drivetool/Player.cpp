@@ -56,14 +56,18 @@ void pause(const json& milliseconds)
     std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds.get<int>()));
 }
 
-/// Until it is killed, or its reader is gone: nothing that a test started stays behind.
-void hang()
+[[noreturn]] void hang()
+{
+    for (;;) {
+        ::pause();
+    }
+}
+
+/// Hangs as long as somebody reads the output: for tests whose program ends before its tools do.
+void hangWhileRead()
 {
     pollfd output{STDOUT_FILENO, 0, 0};
     while (::poll(&output, 1, -1) < 0) {
-    }
-    while ((output.revents & POLLNVAL) != 0) { // closed by itself
-        ::pause();
     }
 }
 
@@ -171,6 +175,7 @@ const std::map<std::string, std::function<void(const json&)>, std::less<>> kStep
     {"grandchild", grandchild},
     {"report", [](const json&) { report(); }},
     {"hang", [](const json&) { hang(); }},
+    {"hang_while_read", [](const json&) { hangWhileRead(); }},
     {"signal", [](const json& number) { ::raise(number.get<int>()); }},
 };
 
