@@ -1,11 +1,19 @@
 #include "figures/IdlePriority.h"
 
-#include <linux/ioprio.h>
 #include <sched.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 namespace ferrobank::drive {
+
+namespace {
+
+// ioprio_set(2). Some releases of <linux/ioprio.h> are no C++: a parameter is called "class".
+constexpr int kWhoProcess = 1;
+constexpr int kClassIdle = 3;
+constexpr int kClassShift = 13;
+
+} // namespace
 
 IdlePriority useIdlePriority()
 {
@@ -13,8 +21,7 @@ IdlePriority useIdlePriority()
     const sched_param parameters{};
     IdlePriority granted;
     granted.processor = ::sched_setscheduler(kCallingThread, SCHED_IDLE, &parameters) == 0;
-    granted.disk = ::syscall(SYS_ioprio_set, IOPRIO_WHO_PROCESS, kCallingThread,
-                             IOPRIO_PRIO_VALUE(IOPRIO_CLASS_IDLE, 0)) == 0;
+    granted.disk = ::syscall(SYS_ioprio_set, kWhoProcess, kCallingThread, kClassIdle << kClassShift) == 0;
     return granted;
 }
 
