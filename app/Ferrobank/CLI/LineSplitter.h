@@ -13,7 +13,7 @@ namespace ferrobank {
 /// line longer than kLongestLine is dropped without being kept, and the stream goes on behind it.
 class LineSplitter {
 public:
-    static constexpr qsizetype kLongestLine = 16 * 1024 * 1024; ///< bytes
+    static constexpr qsizetype kLongestLine = qsizetype{16} * 1024 * 1024; ///< bytes
 
     void append(const QByteArray& piece);
 

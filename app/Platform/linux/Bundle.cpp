@@ -15,7 +15,7 @@ constexpr std::string_view kReplaced = " (deleted)";
 
 std::filesystem::path runningExecutable()
 {
-    const std::filesystem::path link = std::filesystem::read_symlink("/proc/self/exe");
+    std::filesystem::path link = std::filesystem::read_symlink("/proc/self/exe");
     const std::string& text = link.native();
     std::error_code ignored; // a file that cannot be asked about is as good as gone
     if (text.ends_with(kReplaced) && !std::filesystem::exists(link, ignored)) {
@@ -58,7 +58,7 @@ Bundle Bundle::atStablePath() const
     if (versions.filename() != "versions" || !fs::is_symlink(home / "current", ignored)) {
         return *this;
     }
-    const Bundle former(home.parent_path() / _root.filename());
+    Bundle former(home.parent_path() / _root.filename());
     if (home.filename() == "." + _root.filename().string() + "-versions" &&
         fs::is_symlink(former.executable(), ignored))
     {

@@ -17,7 +17,7 @@ namespace ferrobank {
 class PropertyList {
 public:
     /// Larger files are refused; those of a bundle have a few kilobytes.
-    static constexpr std::size_t kSizeLimit = 64 * 1024;
+    static constexpr std::size_t kSizeLimit = std::size_t{64} * 1024;
 
     /// Nothing if the file cannot be read or holds no dictionary.
     [[nodiscard]] static std::optional<PropertyList> read(const std::filesystem::path& file);

@@ -19,7 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kMostBytes = 64 * 1024;
+constexpr std::size_t kMostBytes = std::size_t{64} * 1024;
 constexpr int kMostBrokenFiles = 100;
 const QByteArray kSection = "[General]";
 
@@ -63,17 +63,15 @@ public:
             _all[at] = line;
             return;
         }
-        qsizetype at = _all.size();
-        const auto section = std::find_if(_all.begin(), _all.end(), [](const QByteArray& candidate) {
+        const auto found = std::find_if(_all.begin(), _all.end(), [](const QByteArray& candidate) {
             return candidate.trimmed() == kSection;
         });
-        if (section == _all.end()) {
+        const qsizetype section = found - _all.begin();
+        if (section == _all.size()) {
             _all.append(kSection);
             _keys.append(QByteArray());
-            at = _all.size();
-        } else {
-            at = section - _all.begin() + 1;
         }
+        const qsizetype at = section + 1;
         _all.insert(at, line);
         _keys.insert(at, key);
     }
