@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/inotify.h>
 #include <sys/signalfd.h>
 #include <systemd/sd-daemon.h>
 #include <unistd.h>
@@ -106,7 +107,7 @@ Server::~Server() = default;
 
 int Server::run(FileDescriptor waiting)
 {
-    _control = std::make_unique<ControlServer>(_paths.socket());
+    listen();
     _log.write("Ferrobank " + _program.version + " serves the drive.");
     tryAttach(waiting ? Interaction::MayAsk : Interaction::Silent);
     if (waiting) {
@@ -192,17 +193,28 @@ void Server::startWorkers()
     }
 }
 
+void Server::listen()
+{
+    _control = std::make_unique<ControlServer>(_paths.socket());
+    // Without the watch, the next look at the device notices as well.
+    _runtimeWatch = FileDescriptor(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
+    if (_runtimeWatch) {
+        ::inotify_add_watch(_runtimeWatch.get(), _paths.runtime.c_str(), IN_MOVE_SELF | IN_DELETE_SELF);
+    }
+}
+
 void Server::publish()
 {
-    if (_state == _published) {
+    const bool isClearedAway = ::access(_paths.socket().c_str(), F_OK) != 0;
+    if (_state == _published && !isClearedAway) {
         return;
     }
     try {
         // A runtime folder that was cleared away under us comes back, with a socket that can be reached.
-        if (::access(_paths.runtime.c_str(), F_OK) != 0) {
+        if (isClearedAway) {
             _control.reset();
             ensurePrivateFolder(_paths.runtime);
-            _control = std::make_unique<ControlServer>(_paths.socket());
+            listen();
         }
         replaceFile(_paths.state(), _state.toJson());
         _published = _state;
@@ -224,12 +236,17 @@ int Server::pollTimeout() const
 
 void Server::waitForEvents()
 {
-    std::array<pollfd, 4> events{{{.fd = _signals.get(), .events = POLLIN, .revents = 0},
-                                  {.fd = _control->wakeUp(), .events = POLLIN, .revents = 0},
+    // While no runtime folder can be made there is nobody to listen to; poll leaves out what is negative.
+    std::array<pollfd, 5> events{{{.fd = _signals.get(), .events = POLLIN, .revents = 0},
+                                  {.fd = _control ? _control->wakeUp() : -1, .events = POLLIN, .revents = 0},
                                   {.fd = _mailbox.wakeUp(), .events = POLLIN, .revents = 0},
-                                  {.fd = _mountTable.get(), .events = POLLPRI, .revents = 0}}};
+                                  {.fd = _mountTable.get(), .events = POLLPRI, .revents = 0},
+                                  {.fd = _runtimeWatch.get(), .events = POLLIN, .revents = 0}}};
     if (::poll(events.data(), events.size(), pollTimeout()) < 0) {
         return;
+    }
+    if (events[4].revents != 0) {
+        _runtimeWatch.reset(); // the folder that comes back gets its own
     }
     _mailbox.applyTo(_state);
     lookAtMounts(events[3].revents != 0 ? MountsChanged::Yes : MountsChanged::No);
@@ -325,7 +342,7 @@ void Server::handleSignals()
 
 void Server::handleRequests()
 {
-    while (!_ended) {
+    while (!_ended && _control) {
         std::optional<PendingRequest> request = _control->next();
         if (!request) {
             return;

@@ -65,6 +65,7 @@ private:
     void startWorkers();
     void waitForEvents();
     void handleSignals();
+    void listen();
     void publish();
     void remember(const Figures& known);
     void keepFigures();
@@ -83,6 +84,7 @@ private:
     FileDescriptor _signals;
     FileDescriptor _mountTable;
     std::unique_ptr<ControlServer> _control;
+    FileDescriptor _runtimeWatch; ///< readable when the runtime folder was moved or removed
     std::optional<Volume> _volume;
     std::unique_ptr<Workers> _workers;
     std::optional<Clock::time_point> _retryAt;

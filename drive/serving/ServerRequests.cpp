@@ -124,7 +124,7 @@ void Server::becomeNewProgram(FileDescriptor waiting)
         keepOverExec(descriptor, false);
     }
     _log.write(failure.text());
-    _control = std::make_unique<ControlServer>(_paths.socket());
+    listen();
     startWorkers();
     if (waiting) {
         const PendingRequest request{.request = {}, .connection = std::move(waiting)};

@@ -152,6 +152,30 @@ TEST_F(Serve, runtimeFolderThatVanishesComesBack)
     EXPECT_EQ(host->run({"restart"}).status, 0);
 }
 
+TEST_F(Serve, runtimeFolderThatWasReplacedByAnotherIsUsed)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    std::filesystem::rename(host->paths().runtime, host->folder() / "gone");
+    std::filesystem::create_directory(host->paths().runtime);
+    std::filesystem::permissions(host->paths().runtime, std::filesystem::perms::owner_all);
+    EXPECT_TRUE(waitUntil([&] { return std::filesystem::exists(host->paths().state()); }));
+    EXPECT_EQ(host->run({"restart"}).status, 0);
+}
+
+TEST_F(Serve, runtimeFolderThatCannotBeMadeLeavesTheDriveMounted)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    const std::filesystem::path inTheWay = host->folder() / "a file";
+    std::ofstream(inTheWay).put('x');
+    ASSERT_EQ(
+        ::renameat2(AT_FDCWD, host->paths().runtime.c_str(), AT_FDCWD, inTheWay.c_str(), RENAME_EXCHANGE), 0);
+    EXPECT_TRUE(waitUntil([&] { return host->logText().find("is not a folder") != std::string::npos; }));
+    EXPECT_NE(host->servingProcess(), 0);
+    EXPECT_TRUE(host->isMounted());
+    host->endServing(SIGTERM);
+    EXPECT_FALSE(host->isMounted());
+}
+
 TEST_F(Serve, restartStartsAServingProcessWhereNoneRuns)
 {
     const ToolRun restart = host->run({"restart"});
