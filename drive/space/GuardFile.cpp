@@ -5,6 +5,8 @@
 #include "platform/Failure.h"
 
 #include <fcntl.h>
+#include <linux/btrfs.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -64,6 +66,20 @@ std::uint64_t GuardFile::size() const
         return 0;
     }
     return static_cast<std::uint64_t>(status.st_blocks) * 512;
+}
+
+void GuardFile::settle() const
+{
+    const FileDescriptor root = openDrive();
+    if (!root) {
+        return;
+    }
+    std::uint64_t transaction = 0;
+    if (::ioctl(root.get(), BTRFS_IOC_START_SYNC, &transaction) != 0 ||
+        ::ioctl(root.get(), BTRFS_IOC_WAIT_SYNC, &transaction) != 0)
+    {
+        throw systemFailure("Cannot have the drive count its free space", errno);
+    }
 }
 
 void GuardFile::resize(std::uint64_t bytes, const std::stop_token& stop) const

@@ -19,6 +19,10 @@ public:
 
     /// Bytes allocated now; 0 when it is not there.
     [[nodiscard]] std::uint64_t size() const;
+    /// Has the drive count what was changed on it, which it otherwise does twice a minute: until then its
+    /// free bytes are those from before the guard was resized. Data that programs wrote is not waited for.
+    /// Throws Failure.
+    void settle() const;
     /// Grows or shrinks it to `bytes`, rounded up to 4 MiB, in pieces of at most 256 MiB, stopping between
     /// two when asked, or where the drive has no more room. It never ends within a piece, so that its
     /// allocated bytes are all that it takes. Throws Failure when the drive refuses (read-only, say).

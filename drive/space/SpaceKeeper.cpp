@@ -134,14 +134,32 @@ void SpaceKeeper::run(const std::stop_token& stop)
     }
 }
 
-int SpaceKeeper::look(const std::stop_token& stop)
+std::optional<SpaceFigures> SpaceKeeper::figuresToCorrect() const
 {
-    const std::filesystem::path store = _reserve.parent_path();
-    SpaceFigures figures = hostFigures(store);
+    struct statvfs drive{};
+    if (::statvfs(_mountPoint.c_str(), &drive) != 0) {
+        throw systemFailure("Cannot look at the drive", errno);
+    }
+    SpaceFigures figures = hostFigures(_reserve.parent_path());
+    figures.driveFree = static_cast<std::uint64_t>(drive.f_bavail) * drive.f_frsize;
+    figures.guard = _guard.size();
+    const bool correctable = (drive.f_flag & ST_RDONLY) == 0 && needsCorrection(figures);
+    return correctable ? std::optional(figures) : std::nullopt;
+}
+
+void SpaceKeeper::report(const SpaceFigures& figures) const
+{
     _report({.hostFree = figures.hostFree,
              .reserve = reserveFor(figures),
              .guard = _guard.size(),
              .level = levelFor(figures)});
+}
+
+int SpaceKeeper::look(const std::stop_token& stop)
+{
+    const std::filesystem::path store = _reserve.parent_path();
+    const SpaceFigures figures = hostFigures(store);
+    report(figures);
     switch (hostReserveAct(figures.hostFree, figures.hostTotal, ::access(_reserve.c_str(), F_OK) == 0)) {
     case HostReserveAct::Keep:
         break;
@@ -155,23 +173,19 @@ int SpaceKeeper::look(const std::stop_token& stop)
     }
 
     for (int turn = 0; turn < kTurns && !stop.stop_requested(); ++turn) {
-        struct statvfs drive{};
-        if (::statvfs(_mountPoint.c_str(), &drive) != 0) {
-            throw systemFailure("Cannot look at the drive", errno);
-        }
-        figures = hostFigures(store);
-        figures.driveFree = static_cast<std::uint64_t>(drive.f_bavail) * drive.f_frsize;
-        figures.guard = _guard.size();
-        if ((drive.f_flag & ST_RDONLY) != 0 || !needsCorrection(figures)) {
+        if (!figuresToCorrect()) {
             break;
         }
-        _guard.resize(guardTarget(figures), stop);
-        _report({.hostFree = figures.hostFree,
-                 .reserve = reserveFor(figures),
-                 .guard = _guard.size(),
-                 .level = levelFor(figures)});
+        // The drive counts changes late: a guard that has just grown would be taken off its free space twice.
+        _guard.settle();
+        const std::optional<SpaceFigures> settled = figuresToCorrect();
+        if (!settled) {
+            break;
+        }
+        _guard.resize(guardTarget(*settled), stop);
+        report(*settled);
     }
-    return pollSeconds(figures);
+    return pollSeconds(hostFigures(store));
 }
 
 } // namespace ferrobank::drive

@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -30,6 +31,9 @@ public:
 private:
     void run(const std::stop_token& stop);
     int look(const std::stop_token& stop);
+    /// The figures when the guard is off its target and the drive can be changed.
+    [[nodiscard]] std::optional<SpaceFigures> figuresToCorrect() const;
+    void report(const SpaceFigures& figures) const;
 
     std::filesystem::path _mountPoint;
     GuardFile _guard;

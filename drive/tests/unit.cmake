@@ -21,5 +21,5 @@ drive_test(NAME serving_on_drive
     SOURCES serving_HousekeepingTest.cpp testing/ScanVolume.cpp
     LINK drive_serving LABELS component)
 drive_test(NAME space_on_drive
-    SOURCES space_GuardFileTest.cpp testing/ScanVolume.cpp
+    SOURCES space_GuardFileTest.cpp space_SpaceKeeperTest.cpp testing/ScanVolume.cpp
     LINK drive_space drive_sharing LABELS component)
