@@ -20,7 +20,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::size_t kSizeLimit = 64 * 1024;
+constexpr std::size_t kSizeLimit = std::size_t{64} * 1024;
 constexpr auto kStopLimit = 5s;
 constexpr std::string_view kWhat = "Ferrobank's drive";
 
@@ -230,7 +230,7 @@ void AgentService::undoUnit(const UnitFile& before)
             std::filesystem::remove(_unitFile);
         }
         _manager.reload();
-    } catch (const std::exception&) {
+    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch)
         // The failure that led here is the one to tell; what could not be undone, the next registration
         // rewrites.
     }

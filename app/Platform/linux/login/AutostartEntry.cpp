@@ -10,7 +10,7 @@ namespace ferrobank {
 
 namespace {
 
-constexpr std::size_t kSizeLimit = 64 * 1024;
+constexpr std::size_t kSizeLimit = std::size_t{64} * 1024;
 
 } // namespace
 

@@ -123,7 +123,7 @@ std::vector<std::filesystem::path> BusUserManager::unitPath()
             folders.emplace_back(*text);
             std::free(*text);
         }
-        std::free(texts);
+        std::free(static_cast<void*>(texts));
     }
     return folders;
 }

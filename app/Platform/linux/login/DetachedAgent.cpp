@@ -27,7 +27,7 @@ namespace ferrobank {
 
 namespace {
 
-constexpr std::size_t kProcessFileLimit = 64 * 1024;
+constexpr std::size_t kProcessFileLimit = std::size_t{64} * 1024;
 /// What the kernel keeps of a program's name, for a script its file's name.
 constexpr std::size_t kCommLength = 15;
 

@@ -122,7 +122,7 @@ void LinuxLoginItemRegistry::followMovedBundle()
         if (program && !canBeStarted(*program)) {
             try {
                 registerService(service, UserSwitch::Respect);
-            } catch (const RegistryError&) {
+            } catch (const RegistryError&) { // NOLINT(bugprone-empty-catch)
                 // The status goes on telling that it is not registered from here.
             }
         }

@@ -44,7 +44,7 @@ void OutputPipe::drain()
     if (!_descriptor.isOpen()) {
         return;
     }
-    static std::array<char, 64 * 1024> buffer; // the main thread's alone
+    static std::array<char, std::size_t{64} * 1024> buffer; // the main thread's alone
     const int capacity = ::fcntl(_descriptor.number(), F_GETPIPE_SZ);
     for (qsizetype left = capacity; left > 0 && _descriptor.isOpen();) {
         const ssize_t count = ::read(_descriptor.number(), buffer.data(), buffer.size());

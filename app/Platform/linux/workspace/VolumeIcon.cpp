@@ -18,7 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kLargestIconFile = 16 * 1024 * 1024;
+constexpr std::size_t kLargestIconFile = std::size_t{16} * 1024 * 1024;
 
 /// Files made in one go; all of them go away again unless they are kept.
 class NewFiles {

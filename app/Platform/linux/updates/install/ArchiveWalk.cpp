@@ -13,7 +13,7 @@
 namespace ferrobank::updates {
 namespace {
 
-constexpr std::uint64_t kExpansionMatters = 1024 * 1024;
+constexpr std::uint64_t kExpansionMatters = std::uint64_t{1024} * 1024;
 
 UpdateFailure unsafe(const std::string& detail)
 {
@@ -52,7 +52,7 @@ Walk::Walk(int descriptor, const ArchiveLimits& limits, ArchiveVisitor& visitor)
     archive_read_support_format_tar(_reader.get());
     archive_read_support_filter_zstd(_reader.get());
     if (::lseek(descriptor, 0, SEEK_SET) != 0 ||
-        archive_read_open_fd(_reader.get(), descriptor, 64 * 1024) != ARCHIVE_OK)
+        archive_read_open_fd(_reader.get(), descriptor, std::size_t{64} * 1024) != ARCHIVE_OK)
         fail();
 }
 

@@ -8,7 +8,7 @@
 namespace ferrobank::updates {
 
 /// No record of an update is longer, in bytes.
-inline constexpr std::size_t kLongestRecord = 1024 * 1024;
+inline constexpr std::size_t kLongestRecord = std::size_t{1024} * 1024;
 
 /// Writes beside the file, forces it to the disk and renames: afterwards the file holds either the old or the
 /// new text, also after a power failure. Mode 0600. The result is 0 or errno; nothing is left beside it on

@@ -11,7 +11,7 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-constexpr qsizetype kLongestLine = 4 * 1024 * 1024;
+constexpr qsizetype kLongestLine = qsizetype{4} * 1024 * 1024;
 
 bool isLast(const QJsonObject& event)
 {

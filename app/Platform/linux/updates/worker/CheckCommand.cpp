@@ -20,7 +20,7 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-constexpr std::int64_t kMostDocumentBytes = 1024 * 1024;
+constexpr std::int64_t kMostDocumentBytes = std::int64_t{1024} * 1024;
 
 ChoiceFacts choiceFacts(const WorkerContext& context)
 {

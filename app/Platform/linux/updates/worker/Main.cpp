@@ -23,7 +23,7 @@ namespace {
 using namespace ferrobank::updates;
 using namespace Qt::StringLiterals;
 
-constexpr qint64 kLongestRequest = 4 * 1024 * 1024;
+constexpr qint64 kLongestRequest = qint64{4} * 1024 * 1024;
 
 void tell(const QJsonObject& event)
 {

@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::size_t kLongestAuthority = 256 * 1024;
+constexpr std::size_t kLongestAuthority = std::size_t{256} * 1024;
 
 } // namespace
 
