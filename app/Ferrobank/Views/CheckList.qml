@@ -27,6 +27,11 @@ ListView {
     // Room for what reaches beyond the first and last row: a button and its focus ring.
     topMargin: interactive ? 6 : 0
     bottomMargin: topMargin
+    // A list that was at its beginning stays there when that moves.
+    onTopMarginChanged: {
+        if (contentY <= originY)
+            contentY = originY - topMargin;
+    }
     keyNavigationEnabled: false
     // A list that scrolls can be reached and scrolled by keyboard, whether or not its rows have buttons.
     activeFocusOnTab: interactive

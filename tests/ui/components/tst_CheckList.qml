@@ -173,6 +173,19 @@ TestCase {
         verify(list.interactive);
     }
 
+    function test_aListThatBecomesTooLongStaysAtItsBeginning() {
+        add({ title: "Row 0", action: FixActions.Restart, hasAction: true });
+        const list = make({ maximumHeight: 300, offersFixes: true });
+        for (let index = 1; index < 40; ++index)
+            add({ title: "Row " + index, action: FixActions.Restart, hasAction: true });
+        tryCompare(list, "interactive", true);
+        compare(list.contentY, list.originY - list.topMargin);
+        verify(child(list, 0, "rowFix").mapToItem(list, 0, 0).y >= 0);
+        rows.remove(1, 39);
+        tryCompare(list, "interactive", false);
+        compare(list.contentY, list.originY);
+    }
+
     function test_theLastRowsButtonCanBeReachedByKeyboard() {
         for (let number = 0; number < 40; ++number)
             add({ title: "Row " + number, hasAction: number === 39 || number === 0 });
