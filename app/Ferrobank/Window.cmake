@@ -74,6 +74,10 @@ qt_add_qml_module(
     SOURCES
         Components/Palette.cpp
         Components/Palette.h
+        Components/RoundedBox.cpp
+        Components/RoundedBox.h
+        Components/RoundedPicture.cpp
+        Components/RoundedPicture.h
         Components/SpinnerDrawing.cpp
         Components/SpinnerDrawing.h
         Components/SymbolImage.cpp

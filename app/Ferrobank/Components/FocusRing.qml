@@ -2,7 +2,7 @@ import QtQuick
 import Ferrobank
 
 /// Shows around its parent which control the keyboard is on.
-Rectangle {
+RoundedBox {
     property bool shown: false
     /// Corner radius of the control.
     property real around: 7
@@ -11,7 +11,7 @@ Rectangle {
     anchors.margins: -3
     radius: around + 3
     color: "transparent"
-    border.width: 2
-    border.color: Theme.focusRing
+    borderWidth: 2
+    borderColor: Theme.focusRing
     visible: shown
 }

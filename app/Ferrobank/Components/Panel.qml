@@ -2,7 +2,7 @@ import QtQuick
 import Ferrobank
 
 /// The faint rounded ground that holds things which belong together.
-Rectangle {
+RoundedBox {
     radius: 12
     color: Theme.panel
 }

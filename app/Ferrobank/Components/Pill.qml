@@ -2,7 +2,7 @@ import QtQuick
 import Ferrobank
 
 /// A symbol and a word on a ground of their own colour.
-Rectangle {
+RoundedBox {
     id: pill
 
     required property string symbol

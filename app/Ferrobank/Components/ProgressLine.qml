@@ -22,7 +22,7 @@ Item {
         label: line.label
     }
 
-    Rectangle {
+    RoundedBox {
         anchors.verticalCenter: parent.verticalCenter
         width: parent.width
         height: 6
@@ -30,7 +30,7 @@ Item {
         visible: line.known
         color: Theme.track
 
-        Rectangle {
+        RoundedBox {
             x: line.LayoutMirroring.enabled ? parent.width - width : 0
             width: parent.width * Math.min(1, Math.max(0, line.value))
             height: parent.height

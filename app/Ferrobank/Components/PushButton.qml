@@ -62,14 +62,15 @@ T.Button {
         spacing: button.spacing
     }
 
-    background: Rectangle {
+    background: RoundedBox {
         radius: 7
         color: button.fill
-        border.width: button.filled ? 0 : 1
-        border.color: button.defaultAction ? Theme.focusRing : Theme.border
+        borderWidth: button.filled ? 0 : 1
+        borderColor: button.defaultAction ? Theme.focusRing : Theme.border
 
-        Rectangle {
+        RoundedBox {
             anchors.fill: parent
+            visible: opacity > 0
             radius: parent.radius
             color: Theme.dark ? "white" : "black"
             opacity: button.down ? 0.12 : button.hovered ? 0.05 : 0

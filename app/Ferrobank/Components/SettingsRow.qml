@@ -12,7 +12,7 @@ Item {
 
     implicitHeight: Math.max(28, line.implicitHeight) + 16
 
-    Rectangle {
+    RoundedBox {
         visible: settingsRow.divided
         x: 16
         width: parent.width - 32

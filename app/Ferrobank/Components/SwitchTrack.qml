@@ -2,7 +2,7 @@ import QtQuick
 import Ferrobank
 
 /// The part of a switch that moves.
-Rectangle {
+RoundedBox {
     id: track
 
     required property bool checked
@@ -24,7 +24,7 @@ Rectangle {
         ColorAnimation { duration: 120 }
     }
 
-    Rectangle {
+    RoundedBox {
         x: (track.mirrored ? 1 - track.position : track.position) * (parent.width - width - 4) + 2
         y: 2
         width: 18

@@ -15,7 +15,7 @@ T.ScrollBar {
 
     Accessible.ignored: true
 
-    contentItem: Rectangle {
+    contentItem: RoundedBox {
         implicitWidth: 6
         radius: 3
         color: Theme.secondary

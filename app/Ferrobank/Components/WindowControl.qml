@@ -29,7 +29,8 @@ T.Button {
         }
     }
 
-    background: Rectangle {
+    background: RoundedBox {
+        visible: opacity > 0
         radius: 12
         color: Theme.dark ? "white" : "black"
         opacity: control.down ? 0.16 : control.hovered ? 0.09 : 0

@@ -3,7 +3,7 @@ import Ferrobank
 
 /// What the files really take on disk as a share of their own sizes: the shorter the solid part, the more was
 /// saved.
-Rectangle {
+RoundedBox {
     id: bar
 
     /// From 0 to 1.
@@ -18,7 +18,7 @@ Rectangle {
     Accessible.name: qsTr("Stored on disk")
     Accessible.description: qsTr("%1 %").arg(Math.round(bar.fraction * 100))
 
-    Rectangle {
+    RoundedBox {
         objectName: "solid"
         anchors.left: parent.left
         width: Math.max(8, bar.fraction * bar.width)
