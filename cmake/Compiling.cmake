@@ -82,8 +82,9 @@ endfunction()
 
 # Gives a target the toolkit's headers precompiled: two thirds of the time of most files is reading them. Targets share one
 # set each for libraries and for programs, whose code is generated differently. GCC 12 wants every definition of the sharing
-# targets to be the same, so there each target has its own.
+# targets to be the same, so there each target has its own, for which a SMALL one has too few files.
 function(ferrobank_precompile target)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "SMALL" "" "")
     get_target_property(type ${target} TYPE)
     if(type STREQUAL "EXECUTABLE")
         # Test programs only: the product's one executable knows no toolkit.
@@ -95,7 +96,7 @@ function(ferrobank_precompile target)
     endif()
     if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
         target_precompile_headers(${target} REUSE_FROM ${source})
-    else()
+    elseif(NOT arg_SMALL)
         target_precompile_headers(${target} PRIVATE "${CMAKE_SOURCE_DIR}/cmake/${header}")
         # Without this the compiler cache cannot see what is in them.
         target_compile_options(${target} PRIVATE -fpch-preprocess)

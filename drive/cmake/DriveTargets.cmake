@@ -10,6 +10,12 @@ if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
     endif()
 endif()
 
+# A linker that takes a tenth of the time, for the many test programs.
+find_program(LLD_PROGRAM NAMES ld.lld-19)
+if(LLD_PROGRAM AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    add_link_options("--ld-path=${LLD_PROGRAM}")
+endif()
+
 add_library(drive_settings INTERFACE)
 target_compile_features(drive_settings INTERFACE cxx_std_20)
 target_include_directories(drive_settings INTERFACE ${PROJECT_SOURCE_DIR})
