@@ -25,7 +25,7 @@ public:
                 Log log, Report report);
     SpaceKeeper(const SpaceKeeper&) = delete;
     SpaceKeeper& operator=(const SpaceKeeper&) = delete;
-    /// Waits for the step at work, a fraction of a second.
+    /// Waits for the step at work: a fraction of a second, or what the disk needs to write out a commit.
     ~SpaceKeeper();
 
 private:

@@ -17,7 +17,7 @@ constexpr std::array kEdges{22, 24, 32, 44, 48, 64};
 TrayPixmap pixmapFromImage(const QImage& image)
 {
     TrayPixmap pixmap{image.width(), image.height(), {}};
-    pixmap.argb.resize(image.width() * image.height() * 4);
+    pixmap.argb.resize(qsizetype{4} * image.width() * image.height());
     auto* out = reinterpret_cast<uchar*>(pixmap.argb.data());
     for (int y = 0; y < image.height(); ++y) {
         const auto* line = reinterpret_cast<const QRgb*>(image.constScanLine(y));

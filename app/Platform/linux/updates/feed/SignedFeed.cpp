@@ -65,6 +65,7 @@ SignedFeed splitSignedFeed(std::string_view file)
 
     std::size_t announced = 0;
     const char* const last = length->data() + length->size();
+    // NOLINTNEXTLINE(bugprone-suspicious-stringview-data-usage): its end is the other argument
     const auto [parsedTo, error] = std::from_chars(length->data(), last, announced);
     if (error != std::errc() || parsedTo != last || announced != start)
         throw notSigned();
