@@ -22,6 +22,7 @@ namespace {
 
 constexpr std::chrono::seconds kMountLimit{30};
 constexpr std::chrono::seconds kServingLimit{5};
+constexpr std::chrono::seconds kEndLimit{5};
 constexpr std::chrono::milliseconds kStep{20};
 
 /// A serving process of its own session, with nothing of ours: two forks, so that it is nobody's child.
@@ -61,6 +62,19 @@ bool waitForServing(const Paths& paths, std::chrono::seconds duration)
         std::this_thread::sleep_for(kStep);
     }
     return false;
+}
+
+/// Whether the serving process that did not answer is at its end: one that was killed may need a moment more.
+bool endsSoon(const Paths& paths)
+{
+    const auto limit = std::chrono::steady_clock::now() + kEndLimit;
+    while (ServerProbe::probe(paths).running) {
+        if (std::chrono::steady_clock::now() >= limit) {
+            return false;
+        }
+        std::this_thread::sleep_for(kStep);
+    }
+    return true;
 }
 
 void require(const std::optional<Reply>& reply)
@@ -113,19 +127,21 @@ void waitUntilMounted(const Paths& paths)
 
 void restart(const Paths& paths, const Log& log, KeepMounted keepMounted)
 {
-    const ServerProbe probe = ServerProbe::probe(paths);
-    if (!probe.running) {
-        ensureServing(paths, log);
-        // Somebody asked for it, so the desktop may ask back for a password; at login it may not.
-        require(ask(ServerProbe::probe(paths).socket(), {.operation = Operation::Attach}, kRestartLimit));
-        waitUntilMounted(paths);
-        return;
+    if (const ServerProbe probe = ServerProbe::probe(paths); probe.running) {
+        const Operation operation = keepMounted == KeepMounted::Yes ? Operation::Reexec : Operation::Restart;
+        const std::optional<Reply> reply = ask(probe.socket(), {.operation = operation}, kRestartLimit);
+        if (reply || !endsSoon(paths)) {
+            require(reply);
+            if (operation == Operation::Restart) {
+                waitUntilMounted(paths);
+            }
+            return;
+        }
     }
-    const Operation operation = keepMounted == KeepMounted::Yes ? Operation::Reexec : Operation::Restart;
-    require(ask(probe.socket(), {.operation = operation}, kRestartLimit));
-    if (operation == Operation::Restart) {
-        waitUntilMounted(paths);
-    }
+    ensureServing(paths, log);
+    // Somebody asked for it, so the desktop may ask back for a password; at login it may not.
+    require(ask(ServerProbe::probe(paths).socket(), {.operation = Operation::Attach}, kRestartLimit));
+    waitUntilMounted(paths);
 }
 
 } // namespace ferrobank::drive

@@ -14,6 +14,8 @@
 
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <string>
+#include <thread>
 
 namespace ferrobank::drive::testing {
 namespace {
@@ -297,6 +299,32 @@ TEST_F(Serve, killedServeLeavesTheMountAndTheNextOneAdoptsIt)
     host->endServing(SIGKILL);
     EXPECT_EQ(status()["mounted"], true);
     ASSERT_TRUE(host->serveAndMount());
+    EXPECT_EQ(fingerprint(host->paths().drive), before);
+    EXPECT_EQ(loopsOf(host->paths().image, Recognise::ByFile).size(), 1U);
+}
+
+TEST_F(Serve, restartOfAServerThatEndsWithoutAnAnswerStartsAnother)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(writeRandomFile(host->paths().drive / "a", 2'000'000, 3));
+    const auto before = fingerprint(host->paths().drive);
+    const pid_t first = host->servingProcess();
+    ::kill(first, SIGSTOP);
+    ToolRun run;
+    std::jthread restart([&] { run = host->run({"restart"}); });
+    // The socket that it listens at, and the connection that waits there.
+    EXPECT_TRUE(waitUntil([&] {
+        std::ifstream sockets("/proc/net/unix");
+        int found = 0;
+        for (std::string line; std::getline(sockets, line);) {
+            found += line.ends_with(host->paths().socket().string()) ? 1 : 0;
+        }
+        return found >= 2;
+    }));
+    host->endServing(SIGKILL);
+    restart.join();
+    EXPECT_EQ(run.status, 0) << run.errorText;
+    EXPECT_NE(host->servingProcess(), first);
     EXPECT_EQ(fingerprint(host->paths().drive), before);
     EXPECT_EQ(loopsOf(host->paths().image, Recognise::ByFile).size(), 1U);
 }
