@@ -1,6 +1,8 @@
 #include "commands/CommandLine.h"
 
 #include "commands/Checks.h"
+#include "commands/DeletionQuestion.h"
+#include "commands/ExportRun.h"
 #include "commands/RestartCommand.h"
 #include "commands/ServeCommand.h"
 #include "commands/StatusReport.h"
@@ -9,6 +11,8 @@
 #include "helper/FstabHelper.h"
 #include "mounting/BackEndChoice.h"
 #include "platform/Failure.h"
+
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -27,6 +31,7 @@ struct Wishes {
     bool keepMounted = false;
     std::string exportTo;
     bool deleteStore = false;
+    bool yes = false;
 };
 
 void print(const std::string& line)
@@ -59,6 +64,19 @@ int runCheck(const Paths& paths, const Log& log, const Wishes& wishes)
     return EXIT_SUCCESS;
 }
 
+/// An unset variable of a shell script must not turn "copy, then delete" into "delete".
+std::string folderProblem(const std::string& text)
+{
+    if (text.empty()) {
+        return "needs a folder, and was given an empty text. Nothing was changed.";
+    }
+    if (text.starts_with('-')) {
+        return "needs a folder, and \"" + text + "\" is an option. For a folder of that name write ./" +
+               text + ". Nothing was changed.";
+    }
+    return {};
+}
+
 int runUninstall(const Paths& paths, const Log& log, const Wishes& wishes)
 {
     UninstallWishes uninstallWishes;
@@ -66,6 +84,9 @@ int runUninstall(const Paths& paths, const Log& log, const Wishes& wishes)
         uninstallWishes.exportTo = std::filesystem::absolute(wishes.exportTo);
     }
     uninstallWishes.store = wishes.deleteStore ? StoreFate::Delete : StoreFate::Keep;
+    if (wishes.deleteStore && !wishes.yes && isAtTerminal() && ::access(paths.store.c_str(), F_OK) == 0) {
+        askBeforeDeletion(paths, uninstallWishes);
+    }
     uninstall(paths, log, uninstallWishes);
     return EXIT_SUCCESS;
 }
@@ -101,6 +122,10 @@ int runChosen(const CLI::App& app, const Wishes& wishes)
         restart(paths, log, wishes.keepMounted ? KeepMounted::Yes : KeepMounted::No);
         return EXIT_SUCCESS;
     }
+    if (app.got_subcommand("export")) {
+        exportDrive(paths, log, std::filesystem::absolute(wishes.exportTo));
+        return EXIT_SUCCESS;
+    }
     return runUninstall(paths, log, wishes);
 }
 
@@ -118,15 +143,23 @@ void describe(CLI::App& app, Wishes& wishes)
     app.add_subcommand("serve", "Mount the drive and keep it so until told to end");
     CLI::App* restart = app.add_subcommand("restart", "Mount the drive anew, or start it");
     restart->add_flag("--keep-mounted", wishes.keepMounted, "Only take up an installed update");
+    const CLI::Validator folder(folderProblem, "");
+    CLI::App* copy = app.add_subcommand("export", "Copy all files to a folder and verify the copy");
+    copy->add_option("FOLDER", wishes.exportTo, "Missing or empty; an interrupted copy goes on")
+        ->required()
+        ->check(folder)
+        ->type_name("");
     CLI::App* uninstall = app.add_subcommand("uninstall", "Remove the drive from this computer");
     uninstall->add_option("--export", wishes.exportTo, "Copy the files to this folder first")
-        ->type_name("FOLDER");
+        ->type_name("FOLDER")
+        ->check(folder);
     // For pkexec only; people meet it in an advice, not in the help.
     CLI::App* helper = app.add_subcommand("helper-fstab", "")->group("");
     helper->require_subcommand(1);
     helper->add_subcommand("add", "Let the calling user mount the own drive");
     helper->add_subcommand("remove", "Take that back");
     uninstall->add_flag("--delete-store", wishes.deleteStore, "Delete the drive's data for good");
+    uninstall->add_flag("--yes", wishes.yes, "Delete without a question, also on a terminal");
 }
 
 } // namespace

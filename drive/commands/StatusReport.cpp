@@ -4,6 +4,7 @@
 #include "commands/Words.h"
 #include "figures/DeviceCounters.h"
 #include "state/Figures.h"
+#include "state/Work.h"
 #include "store/Superblock.h"
 
 #include <nlohmann/json.hpp>
@@ -44,6 +45,12 @@ StatusReport StatusReport::gather(const Paths& paths)
         guard = server.state->space.guard;
         report.update_pending = isReplaced(*server.state);
     }
+    if (const std::optional<Work> work = Work::atWork(paths)) {
+        report.work = work->command;
+        report.work_phase = phaseWord(work->phase);
+        report.work_done = work->done;
+        report.work_total = work->total;
+    }
     if (report.volume_used && superblock) {
         // The guard costs the host nothing, so without a mount the file's own size says what is in use.
         const std::optional<std::uint64_t> inUse =
@@ -73,6 +80,10 @@ std::string StatusReport::toJson() const
     if (update_pending) {
         root["update_pending"] = true;
     }
+    add("work", work);
+    add("work_phase", work_phase);
+    add("work_done", work_done);
+    add("work_total", work_total);
     root["log"] = log;
     return root.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 }
@@ -92,6 +103,12 @@ std::string StatusReport::toText() const
     text += row("Saved", sizeOrDash(saved));
     if (update_pending) {
         text += row("Update", "installed; run: ferrobank restart --keep-mounted");
+    }
+    if (work) {
+        text += row("At work", "ferrobank " + *work + ", " + work_phase.value_or("") +
+                                   (work_total.value_or(0) > 0
+                                        ? ", " + sizeOrDash(work_done) + " of " + sizeOrDash(work_total)
+                                        : ""));
     }
     text += row("Log", log);
     return text;

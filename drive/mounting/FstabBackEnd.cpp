@@ -37,7 +37,18 @@ void FstabBackEnd::prepare(const std::optional<LoopDevice>&, Interaction)
 Volume FstabBackEnd::attach(const std::optional<LoopDevice>&, Interaction)
 {
     // mount(8) takes the device that has the file already, and wants the folder as the line spells it.
-    const ProgramOutcome outcome = runSystemProgram("mount", {_paths.drive.string()}, kMountLimit);
+    return mount({_paths.drive.string()});
+}
+
+Volume FstabBackEnd::attachReadOnly(Interaction)
+{
+    // The one option that mount(8) takes from an ordinary user; it makes the loop device read-only, too.
+    return mount({"-r", _paths.drive.string()});
+}
+
+Volume FstabBackEnd::mount(const std::vector<std::string>& arguments)
+{
+    const ProgramOutcome outcome = runSystemProgram("mount", arguments, kMountLimit);
     if (!outcome.succeeded()) {
         if (!kernelHasBtrfs()) {
             throw Failure("This system's kernel has no Btrfs support.", "no-btrfs");

@@ -62,6 +62,7 @@ Paths Paths::of(const std::filesystem::path& home, const std::filesystem::path& 
     paths.unprepared = paths.store / "unprepared";
     paths.openMarker = paths.store / "open";
     paths.index = paths.support / "index";
+    paths.work = paths.support / "work";
     paths.log = paths.support / "log/ferrobank.log";
     paths.runtime =
         runtimeRoot.empty() ? home / ".cache/ferrobank" / ("run-" + bootId()) : runtimeRoot / "ferrobank";

@@ -24,6 +24,8 @@ struct Paths {
     /// There from before a mount until after a clean unmount.
     std::filesystem::path openMarker;
     std::filesystem::path index;
+    /// Held with flock by a command that copies, unmounts or deletes; tells who it is and how far.
+    std::filesystem::path work;
     std::filesystem::path log;
     /// `$XDG_RUNTIME_DIR/ferrobank`, or `~/.cache/ferrobank/run-<boot id>` without one.
     std::filesystem::path runtime;

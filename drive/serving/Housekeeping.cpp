@@ -1,5 +1,6 @@
 #include "serving/Housekeeping.h"
 
+#include "exporting/Snapshot.h"
 #include "figures/DeviceCounters.h"
 #include "figures/DisplayText.h"
 #include "figures/IdlePriority.h"
@@ -8,6 +9,7 @@
 #include "platform/Failure.h"
 #include "sharing/ReadingPass.h"
 #include "sharing/Scanner.h"
+#include "state/Work.h"
 
 #include <fcntl.h>
 
@@ -42,7 +44,8 @@ HousekeepingPace HousekeepingPace::usual()
 
 Housekeeping::Housekeeping(const Paths& paths, Log log, std::filesystem::path mountPoint, std::string uuid,
                            HousekeepingMemory memory, HousekeepingPace pace, Mailbox& mailbox)
-    : _index(paths.index),
+    : _paths(paths),
+      _index(paths.index),
       _log(std::move(log)),
       _root(std::move(mountPoint)),
       _uuid(std::move(uuid)),
@@ -83,6 +86,7 @@ std::stop_token Housekeeping::passToken()
 
 void Housekeeping::run(const std::stop_token& stop)
 {
+    clearUp(stop);
     useIdlePriority();
     while (!stop.stop_requested()) {
         try {
@@ -92,6 +96,21 @@ void Housekeeping::run(const std::stop_token& stop)
         }
         std::unique_lock lock(_mutex);
         _wake.wait_for(lock, stop, _pace.look, [] { return false; });
+    }
+}
+
+/// An export that was killed leaves its snapshot, which holds on to the space of whatever is deleted since.
+void Housekeeping::clearUp(const std::stop_token& stop) const
+{
+    try {
+        // One that is at work now needs its own.
+        if (hasLeftoverSnapshots(_root)) {
+            if (const std::optional<WorkLock> work = WorkLock::tryTake(_paths, "serve")) {
+                removeLeftoverSnapshots(_root, stop);
+            }
+        }
+    } catch (const Failure& failure) {
+        _log.write(failure.text());
     }
 }
 

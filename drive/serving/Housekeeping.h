@@ -61,6 +61,7 @@ public:
 
 private:
     void run(const std::stop_token& stop);
+    void clearUp(const std::stop_token& stop) const;
     void lookOnce(const std::stop_token& stop);
     void walk(std::uint64_t generation, const std::stop_token& stop);
     void share(std::uint64_t generation);
@@ -69,6 +70,7 @@ private:
     [[nodiscard]] std::stop_token passToken();
     void postUsage(std::uint64_t bytes, std::uint64_t generation);
 
+    Paths _paths;
     std::filesystem::path _index;
     Log _log;
     std::filesystem::path _root;

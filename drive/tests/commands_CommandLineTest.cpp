@@ -49,7 +49,7 @@ TEST(CommandLine, helpAndVersionSucceed)
 {
     const Outcome help = run({"--help"});
     EXPECT_EQ(help.status, 0);
-    for (const char* command : {"status", "check", "serve", "restart", "uninstall"}) {
+    for (const char* command : {"status", "check", "serve", "restart", "export", "uninstall"}) {
         EXPECT_NE(help.output.find(command), std::string::npos) << command;
     }
     EXPECT_EQ(help.output.find("helper-fstab"), std::string::npos);
@@ -61,7 +61,7 @@ TEST(CommandLine, helpAndVersionSucceed)
 TEST(CommandLine, manualPageKnowsEveryOptionOfTheHelpAndNoOther)
 {
     std::set<std::string> inHelp{"--version"};
-    for (const char* command : {"status", "check", "serve", "restart", "uninstall"}) {
+    for (const char* command : {"status", "check", "serve", "restart", "export", "uninstall"}) {
         inHelp.merge(longOptions(run({command, "--help"}).output));
     }
     std::ifstream file(FERROBANK_MANUAL_PAGE);
@@ -72,12 +72,30 @@ TEST(CommandLine, manualPageKnowsEveryOptionOfTheHelpAndNoOther)
     EXPECT_NE(page.find("FOLDER"), std::string::npos) << "the help calls it so";
 }
 
+TEST(CommandLine, exportIntoAnEmptyTextOrAnOptionIsRefusedInWords)
+{
+    for (const auto& arguments :
+         std::vector<std::vector<const char*>>{{"uninstall", "--export", "", "--delete-store"},
+                                               {"uninstall", "--delete-store", "--export", ""},
+                                               {"uninstall", "--export=", "--delete-store"},
+                                               {"uninstall", "--export", "--delete-store"},
+                                               {"uninstall", "--export=--delete-store"}})
+    {
+        const Outcome outcome = run(arguments);
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_NE(outcome.errorText.find("--export"), std::string::npos) << outcome.errorText;
+        EXPECT_NE(outcome.errorText.find("Nothing was changed."), std::string::npos) << outcome.errorText;
+    }
+}
+
 TEST(CommandLine, nonsenseIsRefusedWithTwoAndWordsOnStandardError)
 {
     for (const auto& arguments : std::vector<std::vector<const char*>>{{},
                                                                        {"format"},
                                                                        {"status", "--xml"},
                                                                        {"uninstall", "--export"},
+                                                                       {"export"},
+                                                                       {"export", ""},
                                                                        {"restart", "now"},
                                                                        {"helper-fstab"}})
     {
