@@ -1,14 +1,13 @@
 #include "Ferrobank/FerrobankApp/Application.h"
 
 #include "Ferrobank/FerrobankApp/FerrobankApp.h"
+#include "Ferrobank/Words/Catalogue.h"
 #include "Platform/Bundle.h"
 #include "Platform/DesktopSession.h"
 #include "Platform/Memory.h"
 #include "Platform/SingleInstance.h"
 
-#include <QtCore/QLibraryInfo>
 #include <QtCore/QLocale>
-#include <QtCore/QTranslator>
 #include <QtWidgets/QApplication>
 
 #include <cstdio>
@@ -31,25 +30,6 @@ QString takeActivationToken()
         }
     }
     return token;
-}
-
-/// Our words and the toolkit's in the language of the desktop, where there is a translation.
-void translate(QApplication& application)
-{
-    const QLocale locale;
-    if (locale.language() == QLocale::English || locale.language() == QLocale::C) {
-        return;
-    }
-    const QString own = QString::fromStdString(Bundle::main().resource("translations"));
-    const QString toolkit = QLibraryInfo::path(QLibraryInfo::TranslationsPath);
-    const auto install = [&](const QString& name, const QString& folder) {
-        auto* translator = new QTranslator(&application);
-        if (translator->load(locale, name, u"_"_s, folder)) {
-            QCoreApplication::installTranslator(translator);
-        }
-    };
-    install(u"qtbase"_s, toolkit);
-    install(u"ferrobank"_s, own);
 }
 
 } // namespace
@@ -75,7 +55,8 @@ int ferrobankApplication(int argc, char** argv)
     QGuiApplication::setDesktopFileName(u"org.ferrobank.Ferrobank"_s);
     QGuiApplication::setQuitOnLastWindowClosed(false);
     QApplication application(argc, argv);
-    translate(application);
+    installWords(QString::fromStdString(Bundle::main().resource("translations")),
+                 QLocale::system().uiLanguages());
     session->attach();
 
     FerrobankApp ferrobank(*session);

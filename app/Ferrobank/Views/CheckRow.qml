@@ -92,7 +92,7 @@ Item {
         objectName: "rowFix"
         anchors.right: parent.right
         y: Math.round(row.firstLine - height / 2)
-        visible: row.hasAction && row.offersFixes
+        visible: row.hasAction && row.offersFixes && text !== ""
         compact: true
         text: CheckRowStyle.fixTitle(row.action)
         onClicked: row.fixWanted(row.action)

@@ -23,24 +23,24 @@ QList<CheckItem> passedChecks()
     return {row(u"running"_s, u"Ferrobank is running"_s, State::Pass, u"Process 2154, since 9:41."_s),
             row(u"drive"_s, u"Drive is mounted and writable"_s, State::Pass, u"Mounted at ~/Ferrobank."_s),
             row(u"login"_s, u"Starts at login"_s, State::Pass),
-            row(u"space"_s, u"Room on this Mac"_s, State::Pass, u"212.4 GB are free."_s)};
+            row(u"space"_s, u"Room on this computer"_s, State::Pass, u"212.4 GB are free."_s)};
 }
 
 QList<CheckItem> failingChecks()
 {
-    return {row(u"running"_s, u"Ferrobank is running"_s, State::Fail,
-                u"The drive's service does not answer."_s, u"Restart the drive; your files are safe."_s,
-                FixAction::Restart),
-            row(u"drive"_s, u"Drive is mounted and writable"_s, State::AwaitingUser,
-                u"Waiting for your permission to reach network volumes."_s, std::nullopt,
-                FixAction::PrivacySettings),
-            row(u"login"_s, u"Starts at login"_s, State::Fail, u"Ferrobank is switched off in Login Items."_s,
-                std::nullopt, FixAction::LoginItems),
-            row(u"space"_s, u"Room on this Mac"_s, State::Fail, u"1.2 GB are free; the drive needs 5 GB."_s,
-                u"Empty the Trash or move large files away."_s, FixAction::StorageSettings),
-            row(u"cache"_s, u"Index is up to date"_s, State::Running),
-            row(u"clock"_s, u"Clock agrees with the store"_s, State::Skipped, u"The drive is not mounted."_s),
-            row(u"versions"_s, u"Tool and service have the same version"_s, State::Pending)};
+    return {
+        row(u"running"_s, u"Ferrobank is running"_s, State::Fail, u"The drive's service does not answer."_s,
+            u"Restart the drive; your files are safe."_s, FixAction::Restart),
+        row(u"drive"_s, u"Drive is mounted and writable"_s, State::AwaitingUser,
+            u"Waiting for your permission to reach network volumes."_s, std::nullopt,
+            FixAction::PrivacySettings),
+        row(u"login"_s, u"Starts at login"_s, State::Fail, u"Ferrobank is switched off in Login Items."_s,
+            std::nullopt, FixAction::LoginItems),
+        row(u"space"_s, u"Room on this computer"_s, State::Fail, u"1.2 GB are free; the drive needs 5 GB."_s,
+            u"Empty the Trash or move large files away."_s, FixAction::StorageSettings),
+        row(u"cache"_s, u"Index is up to date"_s, State::Running),
+        row(u"clock"_s, u"Clock agrees with the store"_s, State::Skipped, u"The drive is not mounted."_s),
+        row(u"versions"_s, u"Tool and service have the same version"_s, State::Pending)};
 }
 
 QList<CheckItem> manyChecks()
@@ -395,6 +395,21 @@ const std::vector<OfflineScene>& offlineScenes()
         return all;
     }();
     return scenes;
+}
+
+QmlWindow& windowOf(Stage& stage, const OfflineScene& scene)
+{
+    switch (scene.window) {
+    case OfflineScene::Window::Main:
+        return stage.mainWindow();
+    case OfflineScene::Window::LoginItems:
+        return stage.loginItems();
+    case OfflineScene::Window::Message:
+        return stage.showMessage(offlineMessage());
+    case OfflineScene::Window::Update:
+        return stage.showUpdate(offlinePrompt());
+    }
+    return stage.mainWindow();
 }
 
 } // namespace ferrobank

@@ -178,7 +178,7 @@ void UpdateSession::bundleChanged()
     _toldReplacement = _view.replacement;
     _with.surroundings.notify(
         tr("Ferrobank was updated"),
-        tr("Ferrobank %1 is installed. Choose \u201cCheck for Updates\u2026\u201d to relaunch.")
+        tr("Ferrobank %1 is installed. Choose “Check for Updates…” to relaunch.")
             .arg(_view.replacement));
 }
 
