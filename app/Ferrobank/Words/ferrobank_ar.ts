@@ -49,7 +49,7 @@
     </message>
     <message>
         <source>The drive's background service starts when you log in, so ~/Ferrobank is there when you need it. The drive needs this.</source>
-        <translation>تبدأ خدمة القرص في الخلفية عند تسجيل دخولك، فتجد ‎~/Ferrobank متى احتجت إليه. لا يعمل القرص من دونها.</translation>
+        <translation>تبدأ خدمة القرص في الخلفية عند تسجيل دخولك، فتجد ‎~/⁠Ferrobank متى احتجت إليه. لا يعمل القرص من دونها.</translation>
     </message>
     <message>
         <source>Open the Ferrobank menu at login</source>
@@ -109,7 +109,7 @@
     </message>
     <message>
         <source>Your drive is at ~/Ferrobank and in Finder's sidebar under Locations. The Ferrobank menu in the menu bar shows its status and space saved, and can run these checks again.</source>
-        <translation>قرصك موجود في ‎~/Ferrobank وفي الشريط الجانبي في Finder ضمن المواقع. تعرض قائمة Ferrobank في شريط القوائم حالته والمساحة الموفَّرة، ويمكنها تشغيل هذه الفحوص مجددًا.</translation>
+        <translation>قرصك موجود في ‎~/⁠Ferrobank وفي الشريط الجانبي في Finder ضمن المواقع. تعرض قائمة Ferrobank في شريط القوائم حالته والمساحة الموفَّرة، ويمكنها تشغيل هذه الفحوص مجددًا.</translation>
     </message>
     <message>
         <source>Open Ferrobank</source>
@@ -361,7 +361,7 @@
     </message>
     <message>
         <source>Ferrobank is a drive at ~/Ferrobank that stores repeated data once, so clones, worktrees and build output take a fraction of the space. Finder, Terminal and your tools all use the same path.</source>
-        <translation>‏Ferrobank قرص في ‎~/Ferrobank يخزّن البيانات المكررة مرة واحدة، فتشغل النُّسخ وأشجار العمل ونواتج البناء جزءًا يسيرًا من المساحة. يستخدم Finder وTerminal وأدواتك المسار نفسه.</translation>
+        <translation>‏Ferrobank قرص في ‎~/⁠Ferrobank يخزّن البيانات المكررة مرة واحدة، فتشغل النُّسخ وأشجار العمل ونواتج البناء جزءًا يسيرًا من المساحة. يستخدم Finder وTerminal وأدواتك المسار نفسه.</translation>
     </message>
     <message>
         <source>Setup takes about a minute.</source>
@@ -449,7 +449,7 @@
     </message>
     <message>
         <source>Mounted at ~/Ferrobank.</source>
-        <translation>موصول في ‎~/Ferrobank.</translation>
+        <translation>موصول في ‎~/⁠Ferrobank.</translation>
     </message>
     <message>
         <source>The drive could not be attached: %1</source>
@@ -481,7 +481,7 @@
     </message>
     <message>
         <source>Create and mount your drive at ~/Ferrobank</source>
-        <translation>إنشاء قرصك وتوصيله في ‎~/Ferrobank</translation>
+        <translation>إنشاء قرصك وتوصيله في ‎~/⁠Ferrobank</translation>
     </message>
     <message>
         <source>Add the drive to Finder</source>

@@ -49,7 +49,7 @@
     </message>
     <message>
         <source>The drive's background service starts when you log in, so ~/Ferrobank is there when you need it. The drive needs this.</source>
-        <translation>Der Hintergrunddienst des Laufwerks startet bei der Anmeldung, damit ~/Ferrobank da ist, wenn Sie es brauchen. Das Laufwerk ist darauf angewiesen.</translation>
+        <translation>Der Hintergrunddienst des Laufwerks startet bei der Anmeldung, damit ~/⁠Ferrobank da ist, wenn Sie es brauchen. Das Laufwerk ist darauf angewiesen.</translation>
     </message>
     <message>
         <source>Open the Ferrobank menu at login</source>
@@ -109,7 +109,7 @@
     </message>
     <message>
         <source>Your drive is at ~/Ferrobank and in Finder's sidebar under Locations. The Ferrobank menu in the menu bar shows its status and space saved, and can run these checks again.</source>
-        <translation>Ihr Laufwerk liegt unter ~/Ferrobank und steht in der Seitenleiste des Finders unter „Orte“. Das Ferrobank-Menü in der Menüleiste zeigt Zustand und gesparten Platz und kann diese Prüfungen erneut ausführen.</translation>
+        <translation>Ihr Laufwerk liegt unter ~/⁠Ferrobank und steht in der Seitenleiste des Finders unter „Orte“. Das Ferrobank-Menü in der Menüleiste zeigt Zustand und gesparten Platz und kann diese Prüfungen erneut ausführen.</translation>
     </message>
     <message>
         <source>Open Ferrobank</source>
@@ -361,7 +361,7 @@
     </message>
     <message>
         <source>Ferrobank is a drive at ~/Ferrobank that stores repeated data once, so clones, worktrees and build output take a fraction of the space. Finder, Terminal and your tools all use the same path.</source>
-        <translation>Ferrobank ist ein Laufwerk unter ~/Ferrobank, das Wiederholtes nur einmal speichert. Klone, Arbeitsbäume und Build-Ergebnisse brauchen so nur einen Bruchteil des Platzes. Finder, Terminal und Ihre Werkzeuge verwenden alle denselben Pfad.</translation>
+        <translation>Ferrobank ist ein Laufwerk unter ~/⁠Ferrobank, das Wiederholtes nur einmal speichert. Klone, Arbeitsbäume und Build-Ergebnisse brauchen so nur einen Bruchteil des Platzes. Finder, Terminal und Ihre Werkzeuge verwenden alle denselben Pfad.</translation>
     </message>
     <message>
         <source>Setup takes about a minute.</source>
@@ -449,7 +449,7 @@
     </message>
     <message>
         <source>Mounted at ~/Ferrobank.</source>
-        <translation>Unter ~/Ferrobank eingehängt.</translation>
+        <translation>Unter ~/⁠Ferrobank eingehängt.</translation>
     </message>
     <message>
         <source>The drive could not be attached: %1</source>
@@ -481,7 +481,7 @@
     </message>
     <message>
         <source>Create and mount your drive at ~/Ferrobank</source>
-        <translation>Laufwerk anlegen und unter ~/Ferrobank einhängen</translation>
+        <translation>Laufwerk anlegen und unter ~/⁠Ferrobank einhängen</translation>
     </message>
     <message>
         <source>Add the drive to Finder</source>

@@ -49,7 +49,7 @@
     </message>
     <message>
         <source>The drive's background service starts when you log in, so ~/Ferrobank is there when you need it. The drive needs this.</source>
-        <translation>El servicio en segundo plano de la unidad se inicia al iniciar sesión, para que ~/Ferrobank esté disponible cuando lo necesite. La unidad lo requiere.</translation>
+        <translation>El servicio en segundo plano de la unidad se inicia al iniciar sesión, para que ~/⁠Ferrobank esté disponible cuando lo necesite. La unidad lo requiere.</translation>
     </message>
     <message>
         <source>Open the Ferrobank menu at login</source>
@@ -109,7 +109,7 @@
     </message>
     <message>
         <source>Your drive is at ~/Ferrobank and in Finder's sidebar under Locations. The Ferrobank menu in the menu bar shows its status and space saved, and can run these checks again.</source>
-        <translation>Su unidad está en ~/Ferrobank y en la barra lateral del Finder, en Ubicaciones. El menú de Ferrobank en la barra de menús muestra su estado y el espacio ahorrado, y puede repetir estas comprobaciones.</translation>
+        <translation>Su unidad está en ~/⁠Ferrobank y en la barra lateral del Finder, en Ubicaciones. El menú de Ferrobank en la barra de menús muestra su estado y el espacio ahorrado, y puede repetir estas comprobaciones.</translation>
     </message>
     <message>
         <source>Open Ferrobank</source>
@@ -361,7 +361,7 @@
     </message>
     <message>
         <source>Ferrobank is a drive at ~/Ferrobank that stores repeated data once, so clones, worktrees and build output take a fraction of the space. Finder, Terminal and your tools all use the same path.</source>
-        <translation>Ferrobank es una unidad en ~/Ferrobank que guarda una sola vez los datos repetidos, de modo que clones, árboles de trabajo y resultados de compilación ocupan una fracción del espacio. El Finder, Terminal y sus herramientas usan la misma ruta.</translation>
+        <translation>Ferrobank es una unidad en ~/⁠Ferrobank que guarda una sola vez los datos repetidos, de modo que clones, árboles de trabajo y resultados de compilación ocupan una fracción del espacio. El Finder, Terminal y sus herramientas usan la misma ruta.</translation>
     </message>
     <message>
         <source>Setup takes about a minute.</source>
@@ -449,7 +449,7 @@
     </message>
     <message>
         <source>Mounted at ~/Ferrobank.</source>
-        <translation>Montada en ~/Ferrobank.</translation>
+        <translation>Montada en ~/⁠Ferrobank.</translation>
     </message>
     <message>
         <source>The drive could not be attached: %1</source>
@@ -481,7 +481,7 @@
     </message>
     <message>
         <source>Create and mount your drive at ~/Ferrobank</source>
-        <translation>Crear y montar su unidad en ~/Ferrobank</translation>
+        <translation>Crear y montar su unidad en ~/⁠Ferrobank</translation>
     </message>
     <message>
         <source>Add the drive to Finder</source>

@@ -49,7 +49,7 @@
     </message>
     <message>
         <source>The drive's background service starts when you log in, so ~/Ferrobank is there when you need it. The drive needs this.</source>
-        <translation>Le service d’arrière-plan du lecteur démarre à l’ouverture de session, pour que ~/Ferrobank soit là quand vous en avez besoin. Le lecteur en dépend.</translation>
+        <translation>Le service d’arrière-plan du lecteur démarre à l’ouverture de session, pour que ~/⁠Ferrobank soit là quand vous en avez besoin. Le lecteur en dépend.</translation>
     </message>
     <message>
         <source>Open the Ferrobank menu at login</source>
@@ -109,7 +109,7 @@
     </message>
     <message>
         <source>Your drive is at ~/Ferrobank and in Finder's sidebar under Locations. The Ferrobank menu in the menu bar shows its status and space saved, and can run these checks again.</source>
-        <translation>Votre lecteur se trouve dans ~/Ferrobank et dans la barre latérale du Finder, sous Emplacements. Le menu Ferrobank de la barre des menus affiche son état et l’espace gagné, et peut relancer ces vérifications.</translation>
+        <translation>Votre lecteur se trouve dans ~/⁠Ferrobank et dans la barre latérale du Finder, sous Emplacements. Le menu Ferrobank de la barre des menus affiche son état et l’espace gagné, et peut relancer ces vérifications.</translation>
     </message>
     <message>
         <source>Open Ferrobank</source>
@@ -361,7 +361,7 @@
     </message>
     <message>
         <source>Ferrobank is a drive at ~/Ferrobank that stores repeated data once, so clones, worktrees and build output take a fraction of the space. Finder, Terminal and your tools all use the same path.</source>
-        <translation>Ferrobank est un lecteur situé dans ~/Ferrobank qui ne stocke qu’une fois les données répétées : clones, arbres de travail et résultats de compilation n’occupent qu’une fraction de l’espace. Le Finder, le Terminal et vos outils utilisent tous le même chemin.</translation>
+        <translation>Ferrobank est un lecteur situé dans ~/⁠Ferrobank qui ne stocke qu’une fois les données répétées : clones, arbres de travail et résultats de compilation n’occupent qu’une fraction de l’espace. Le Finder, le Terminal et vos outils utilisent tous le même chemin.</translation>
     </message>
     <message>
         <source>Setup takes about a minute.</source>
@@ -449,7 +449,7 @@
     </message>
     <message>
         <source>Mounted at ~/Ferrobank.</source>
-        <translation>Monté dans ~/Ferrobank.</translation>
+        <translation>Monté dans ~/⁠Ferrobank.</translation>
     </message>
     <message>
         <source>The drive could not be attached: %1</source>
@@ -481,7 +481,7 @@
     </message>
     <message>
         <source>Create and mount your drive at ~/Ferrobank</source>
-        <translation>Créer et monter votre lecteur dans ~/Ferrobank</translation>
+        <translation>Créer et monter votre lecteur dans ~/⁠Ferrobank</translation>
     </message>
     <message>
         <source>Add the drive to Finder</source>

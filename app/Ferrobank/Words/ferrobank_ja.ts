@@ -49,7 +49,7 @@
     </message>
     <message>
         <source>The drive's background service starts when you log in, so ~/Ferrobank is there when you need it. The drive needs this.</source>
-        <translation>ドライブのバックグラウンドサービスはログイン時に起動するので、~/Ferrobankは必要なときにいつでも使えます。ドライブにはこのサービスが必要です。</translation>
+        <translation>ドライブのバックグラウンドサービスはログイン時に起動するので、~/⁠Ferrobankは必要なときにいつでも使えます。ドライブにはこのサービスが必要です。</translation>
     </message>
     <message>
         <source>Open the Ferrobank menu at login</source>
@@ -109,7 +109,7 @@
     </message>
     <message>
         <source>Your drive is at ~/Ferrobank and in Finder's sidebar under Locations. The Ferrobank menu in the menu bar shows its status and space saved, and can run these checks again.</source>
-        <translation>ドライブは~/Ferrobankにあり、Finderのサイドバーの「場所」にも表示されます。メニューバーのFerrobankメニューでは、状態と節約した容量を確認し、これらのチェックを再実行できます。</translation>
+        <translation>ドライブは~/⁠Ferrobankにあり、Finderのサイドバーの「場所」にも表示されます。メニューバーのFerrobankメニューでは、状態と節約した容量を確認し、これらのチェックを再実行できます。</translation>
     </message>
     <message>
         <source>Open Ferrobank</source>
@@ -361,7 +361,7 @@
     </message>
     <message>
         <source>Ferrobank is a drive at ~/Ferrobank that stores repeated data once, so clones, worktrees and build output take a fraction of the space. Finder, Terminal and your tools all use the same path.</source>
-        <translation>Ferrobankは~/Ferrobankにあるドライブです。重複するデータを一度だけ保存するので、クローン、作業ツリー、ビルド出力がわずかな容量で済みます。Finder、ターミナル、お使いのツールはすべて同じパスを使います。</translation>
+        <translation>Ferrobankは~/⁠Ferrobankにあるドライブです。重複するデータを一度だけ保存するので、クローン、作業ツリー、ビルド出力がわずかな容量で済みます。Finder、ターミナル、お使いのツールはすべて同じパスを使います。</translation>
     </message>
     <message>
         <source>Setup takes about a minute.</source>
@@ -449,7 +449,7 @@
     </message>
     <message>
         <source>Mounted at ~/Ferrobank.</source>
-        <translation>~/Ferrobankにマウントされました。</translation>
+        <translation>~/⁠Ferrobankにマウントされました。</translation>
     </message>
     <message>
         <source>The drive could not be attached: %1</source>
@@ -481,7 +481,7 @@
     </message>
     <message>
         <source>Create and mount your drive at ~/Ferrobank</source>
-        <translation>~/Ferrobankにドライブを作成してマウント</translation>
+        <translation>~/⁠Ferrobankにドライブを作成してマウント</translation>
     </message>
     <message>
         <source>Add the drive to Finder</source>

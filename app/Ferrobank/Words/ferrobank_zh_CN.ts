@@ -49,7 +49,7 @@
     </message>
     <message>
         <source>The drive's background service starts when you log in, so ~/Ferrobank is there when you need it. The drive needs this.</source>
-        <translation>驱动器的后台服务会在您登录时启动，需要时 ~/Ferrobank 随时可用。驱动器离不开它。</translation>
+        <translation>驱动器的后台服务会在您登录时启动，需要时 ~/⁠Ferrobank 随时可用。驱动器离不开它。</translation>
     </message>
     <message>
         <source>Open the Ferrobank menu at login</source>
@@ -109,7 +109,7 @@
     </message>
     <message>
         <source>Your drive is at ~/Ferrobank and in Finder's sidebar under Locations. The Ferrobank menu in the menu bar shows its status and space saved, and can run these checks again.</source>
-        <translation>您的驱动器位于 ~/Ferrobank，也显示在“访达”边栏的“位置”下。菜单栏中的 Ferrobank 菜单会显示其状态和节省的空间，并可再次运行这些检查。</translation>
+        <translation>您的驱动器位于 ~/⁠Ferrobank，也显示在“访达”边栏的“位置”下。菜单栏中的 Ferrobank 菜单会显示其状态和节省的空间，并可再次运行这些检查。</translation>
     </message>
     <message>
         <source>Open Ferrobank</source>
@@ -361,7 +361,7 @@
     </message>
     <message>
         <source>Ferrobank is a drive at ~/Ferrobank that stores repeated data once, so clones, worktrees and build output take a fraction of the space. Finder, Terminal and your tools all use the same path.</source>
-        <translation>Ferrobank 是位于 ~/Ferrobank 的驱动器，重复的数据只存储一次，因此克隆、工作树和构建产物只占用一小部分空间。“访达”、“终端”和您的工具都使用同一路径。</translation>
+        <translation>Ferrobank 是位于 ~/⁠Ferrobank 的驱动器，重复的数据只存储一次，因此克隆、工作树和构建产物只占用一小部分空间。“访达”、“终端”和您的工具都使用同一路径。</translation>
     </message>
     <message>
         <source>Setup takes about a minute.</source>
@@ -449,7 +449,7 @@
     </message>
     <message>
         <source>Mounted at ~/Ferrobank.</source>
-        <translation>已挂载到 ~/Ferrobank。</translation>
+        <translation>已挂载到 ~/⁠Ferrobank。</translation>
     </message>
     <message>
         <source>The drive could not be attached: %1</source>
@@ -481,7 +481,7 @@
     </message>
     <message>
         <source>Create and mount your drive at ~/Ferrobank</source>
-        <translation>创建驱动器并挂载到 ~/Ferrobank</translation>
+        <translation>创建驱动器并挂载到 ~/⁠Ferrobank</translation>
     </message>
     <message>
         <source>Add the drive to Finder</source>

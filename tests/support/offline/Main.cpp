@@ -63,6 +63,13 @@ int main(int argc, char** argv)
     parser.addHelpOption();
     parser.process(app);
 
+    LongTexts longWords;
+    if (parser.isSet(longTexts)) {
+        QGuiApplication::installTranslator(&longWords);
+    } else if (parser.value(words) != u"given") {
+        QLocale::setDefault(QLocale(parser.value(words)));
+        installWords(QStringLiteral(FERROBANK_TRANSLATIONS), {parser.value(words)});
+    }
     const auto& scenes = offlineScenes();
     if (parser.isSet(list)) {
         QTextStream out(stdout);
@@ -83,14 +90,6 @@ int main(int argc, char** argv)
         const QStringList parts = parser.value(font).split(u',');
         QGuiApplication::setFont(QFont(parts.constFirst(), parts.constLast().toInt()));
     }
-    LongTexts longWords;
-    if (parser.isSet(longTexts)) {
-        QGuiApplication::installTranslator(&longWords);
-    } else if (parser.value(words) != u"given") {
-        QLocale::setDefault(QLocale(parser.value(words)));
-        installWords(QStringLiteral(FERROBANK_TRANSLATIONS), {parser.value(words)});
-    }
-
     Stage stage;
     call(found->before, stage);
     stage.start();

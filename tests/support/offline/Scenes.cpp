@@ -3,6 +3,7 @@
 #include "Ferrobank/Async/Spawn.h"
 #include "Ferrobank/Views/RootPresenter.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QFile>
 
 namespace ferrobank {
@@ -12,10 +13,21 @@ namespace {
 using namespace Qt::StringLiterals;
 using State = CheckItem::State;
 
+/// In the words of the system and the language that are installed when the scenes are made.
+QString inWords(const QString& text)
+{
+    return QCoreApplication::translate("Scenes", text.toUtf8().constData());
+}
+
+std::optional<QString> inWords(const std::optional<QString>& text)
+{
+    return text ? std::optional(inWords(*text)) : std::nullopt;
+}
+
 CheckItem row(const QString& id, const QString& title, State state, std::optional<QString> detail = {},
               std::optional<QString> fix = {}, std::optional<FixAction> action = {})
 {
-    return {id, title, state, std::move(detail), std::move(fix), action};
+    return {id, inWords(title), state, inWords(detail), inWords(fix), action};
 }
 
 QList<CheckItem> passedChecks()
@@ -126,8 +138,8 @@ QList<CheckItem> worded(QList<CheckItem> rows, const QString& id, const QString&
 {
     for (CheckItem& item : rows) {
         if (item.id == id) {
-            item.detail = detail;
-            item.fix = fix;
+            item.detail = inWords(detail);
+            item.fix = inWords(fix);
         }
     }
     return rows;

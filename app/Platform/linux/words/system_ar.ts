@@ -29,7 +29,7 @@
     </message>
     <message>
         <source>Your drive is at ~/Ferrobank and in Finder's sidebar under Locations. The Ferrobank menu in the menu bar shows its status and space saved, and can run these checks again.</source>
-        <translation>قرصك موجود في ‎~/Ferrobank، ويعرضه مدير الملفات هناك. تعرض قائمة Ferrobank حالته والمساحة الموفَّرة، ويمكنها تشغيل هذه الفحوص مجددًا.</translation>
+        <translation>قرصك موجود في ‎~/⁠Ferrobank، ويعرضه مدير الملفات هناك. تعرض قائمة Ferrobank حالته والمساحة الموفَّرة، ويمكنها تشغيل هذه الفحوص مجددًا.</translation>
     </message>
     <message>
         <source>Show in Finder</source>
@@ -49,7 +49,7 @@
     </message>
     <message>
         <source>Ferrobank is a drive at ~/Ferrobank that stores repeated data once, so clones, worktrees and build output take a fraction of the space. Finder, Terminal and your tools all use the same path.</source>
-        <translation>‏Ferrobank قرص في ‎~/Ferrobank يخزّن البيانات المكررة مرة واحدة، فتشغل النُّسخ وأشجار العمل ونواتج البناء جزءًا يسيرًا من المساحة. يستخدم مدير الملفات والطرفية وأدواتك المسار نفسه.</translation>
+        <translation>‏Ferrobank قرص في ‎~/⁠Ferrobank يخزّن البيانات المكررة مرة واحدة، فتشغل النُّسخ وأشجار العمل ونواتج البناء جزءًا يسيرًا من المساحة. يستخدم مدير الملفات والطرفية وأدواتك المسار نفسه.</translation>
     </message>
     <message>
         <source>Room on this Mac</source>
@@ -77,7 +77,7 @@
     </message>
     <message>
         <source>In Finder's sidebar under Locations, with its own icon.</source>
-        <translation>يعرضه مدير الملفات في ‎~/Ferrobank.</translation>
+        <translation>يعرضه مدير الملفات في ‎~/⁠Ferrobank.</translation>
     </message>
     <message>
         <source>Add the drive to Finder</source>

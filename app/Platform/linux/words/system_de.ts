@@ -29,7 +29,7 @@
     </message>
     <message>
         <source>Your drive is at ~/Ferrobank and in Finder's sidebar under Locations. The Ferrobank menu in the menu bar shows its status and space saved, and can run these checks again.</source>
-        <translation>Ihr Laufwerk liegt unter ~/Ferrobank, und Ihre Dateiverwaltung zeigt es dort. Das Ferrobank-Menü zeigt Zustand und gesparten Platz und kann diese Prüfungen erneut ausführen.</translation>
+        <translation>Ihr Laufwerk liegt unter ~/⁠Ferrobank, und Ihre Dateiverwaltung zeigt es dort. Das Ferrobank-Menü zeigt Zustand und gesparten Platz und kann diese Prüfungen erneut ausführen.</translation>
     </message>
     <message>
         <source>Show in Finder</source>
@@ -49,7 +49,7 @@
     </message>
     <message>
         <source>Ferrobank is a drive at ~/Ferrobank that stores repeated data once, so clones, worktrees and build output take a fraction of the space. Finder, Terminal and your tools all use the same path.</source>
-        <translation>Ferrobank ist ein Laufwerk unter ~/Ferrobank, das Wiederholtes nur einmal speichert. Klone, Arbeitsbäume und Build-Ergebnisse brauchen so nur einen Bruchteil des Platzes. Dateiverwaltung, Terminal und Ihre Werkzeuge verwenden alle denselben Pfad.</translation>
+        <translation>Ferrobank ist ein Laufwerk unter ~/⁠Ferrobank, das Wiederholtes nur einmal speichert. Klone, Arbeitsbäume und Build-Ergebnisse brauchen so nur einen Bruchteil des Platzes. Dateiverwaltung, Terminal und Ihre Werkzeuge verwenden alle denselben Pfad.</translation>
     </message>
     <message>
         <source>Room on this Mac</source>
@@ -77,7 +77,7 @@
     </message>
     <message>
         <source>In Finder's sidebar under Locations, with its own icon.</source>
-        <translation>Ihre Dateiverwaltung zeigt es unter ~/Ferrobank.</translation>
+        <translation>Ihre Dateiverwaltung zeigt es unter ~/⁠Ferrobank.</translation>
     </message>
     <message>
         <source>Add the drive to Finder</source>

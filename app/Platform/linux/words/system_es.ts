@@ -29,7 +29,7 @@
     </message>
     <message>
         <source>Your drive is at ~/Ferrobank and in Finder's sidebar under Locations. The Ferrobank menu in the menu bar shows its status and space saved, and can run these checks again.</source>
-        <translation>Su unidad está en ~/Ferrobank, y su gestor de archivos la muestra allí. El menú de Ferrobank muestra su estado y el espacio ahorrado, y puede repetir estas comprobaciones.</translation>
+        <translation>Su unidad está en ~/⁠Ferrobank, y su gestor de archivos la muestra allí. El menú de Ferrobank muestra su estado y el espacio ahorrado, y puede repetir estas comprobaciones.</translation>
     </message>
     <message>
         <source>Show in Finder</source>
@@ -49,7 +49,7 @@
     </message>
     <message>
         <source>Ferrobank is a drive at ~/Ferrobank that stores repeated data once, so clones, worktrees and build output take a fraction of the space. Finder, Terminal and your tools all use the same path.</source>
-        <translation>Ferrobank es una unidad en ~/Ferrobank que guarda una sola vez los datos repetidos, de modo que clones, árboles de trabajo y resultados de compilación ocupan una fracción del espacio. Su gestor de archivos, su terminal y sus herramientas usan la misma ruta.</translation>
+        <translation>Ferrobank es una unidad en ~/⁠Ferrobank que guarda una sola vez los datos repetidos, de modo que clones, árboles de trabajo y resultados de compilación ocupan una fracción del espacio. Su gestor de archivos, su terminal y sus herramientas usan la misma ruta.</translation>
     </message>
     <message>
         <source>Room on this Mac</source>
@@ -77,7 +77,7 @@
     </message>
     <message>
         <source>In Finder's sidebar under Locations, with its own icon.</source>
-        <translation>Su gestor de archivos la muestra en ~/Ferrobank.</translation>
+        <translation>Su gestor de archivos la muestra en ~/⁠Ferrobank.</translation>
     </message>
     <message>
         <source>Add the drive to Finder</source>

@@ -29,7 +29,7 @@
     </message>
     <message>
         <source>Your drive is at ~/Ferrobank and in Finder's sidebar under Locations. The Ferrobank menu in the menu bar shows its status and space saved, and can run these checks again.</source>
-        <translation>Votre lecteur se trouve dans ~/Ferrobank, où votre gestionnaire de fichiers l’affiche. Le menu Ferrobank affiche son état et l’espace gagné, et peut relancer ces vérifications.</translation>
+        <translation>Votre lecteur se trouve dans ~/⁠Ferrobank, où votre gestionnaire de fichiers l’affiche. Le menu Ferrobank affiche son état et l’espace gagné, et peut relancer ces vérifications.</translation>
     </message>
     <message>
         <source>Show in Finder</source>
@@ -49,7 +49,7 @@
     </message>
     <message>
         <source>Ferrobank is a drive at ~/Ferrobank that stores repeated data once, so clones, worktrees and build output take a fraction of the space. Finder, Terminal and your tools all use the same path.</source>
-        <translation>Ferrobank est un lecteur situé dans ~/Ferrobank qui ne stocke qu’une fois les données répétées : clones, arbres de travail et résultats de compilation n’occupent qu’une fraction de l’espace. Votre gestionnaire de fichiers, votre terminal et vos outils utilisent tous le même chemin.</translation>
+        <translation>Ferrobank est un lecteur situé dans ~/⁠Ferrobank qui ne stocke qu’une fois les données répétées : clones, arbres de travail et résultats de compilation n’occupent qu’une fraction de l’espace. Votre gestionnaire de fichiers, votre terminal et vos outils utilisent tous le même chemin.</translation>
     </message>
     <message>
         <source>Room on this Mac</source>
@@ -77,7 +77,7 @@
     </message>
     <message>
         <source>In Finder's sidebar under Locations, with its own icon.</source>
-        <translation>Votre gestionnaire de fichiers l’affiche dans ~/Ferrobank.</translation>
+        <translation>Votre gestionnaire de fichiers l’affiche dans ~/⁠Ferrobank.</translation>
     </message>
     <message>
         <source>Add the drive to Finder</source>

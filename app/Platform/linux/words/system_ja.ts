@@ -29,7 +29,7 @@
     </message>
     <message>
         <source>Your drive is at ~/Ferrobank and in Finder's sidebar under Locations. The Ferrobank menu in the menu bar shows its status and space saved, and can run these checks again.</source>
-        <translation>ドライブは~/Ferrobankにあり、ファイルマネージャからも開けます。Ferrobankメニューでは、状態と節約した容量を確認し、これらのチェックを再実行できます。</translation>
+        <translation>ドライブは~/⁠Ferrobankにあり、ファイルマネージャからも開けます。Ferrobankメニューでは、状態と節約した容量を確認し、これらのチェックを再実行できます。</translation>
     </message>
     <message>
         <source>Show in Finder</source>
@@ -49,7 +49,7 @@
     </message>
     <message>
         <source>Ferrobank is a drive at ~/Ferrobank that stores repeated data once, so clones, worktrees and build output take a fraction of the space. Finder, Terminal and your tools all use the same path.</source>
-        <translation>Ferrobankは~/Ferrobankにあるドライブです。重複するデータを一度だけ保存するので、クローン、作業ツリー、ビルド出力がわずかな容量で済みます。ファイルマネージャ、端末、お使いのツールはすべて同じパスを使います。</translation>
+        <translation>Ferrobankは~/⁠Ferrobankにあるドライブです。重複するデータを一度だけ保存するので、クローン、作業ツリー、ビルド出力がわずかな容量で済みます。ファイルマネージャ、端末、お使いのツールはすべて同じパスを使います。</translation>
     </message>
     <message>
         <source>Room on this Mac</source>
@@ -77,7 +77,7 @@
     </message>
     <message>
         <source>In Finder's sidebar under Locations, with its own icon.</source>
-        <translation>ファイルマネージャの~/Ferrobankに表示されます。</translation>
+        <translation>ファイルマネージャの~/⁠Ferrobankに表示されます。</translation>
     </message>
     <message>
         <source>Add the drive to Finder</source>

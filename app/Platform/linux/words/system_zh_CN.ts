@@ -29,7 +29,7 @@
     </message>
     <message>
         <source>Your drive is at ~/Ferrobank and in Finder's sidebar under Locations. The Ferrobank menu in the menu bar shows its status and space saved, and can run these checks again.</source>
-        <translation>您的驱动器位于 ~/Ferrobank，文件管理器会在那里显示它。Ferrobank 菜单会显示其状态和节省的空间，并可再次运行这些检查。</translation>
+        <translation>您的驱动器位于 ~/⁠Ferrobank，文件管理器会在那里显示它。Ferrobank 菜单会显示其状态和节省的空间，并可再次运行这些检查。</translation>
     </message>
     <message>
         <source>Show in Finder</source>
@@ -49,7 +49,7 @@
     </message>
     <message>
         <source>Ferrobank is a drive at ~/Ferrobank that stores repeated data once, so clones, worktrees and build output take a fraction of the space. Finder, Terminal and your tools all use the same path.</source>
-        <translation>Ferrobank 是位于 ~/Ferrobank 的驱动器，重复的数据只存储一次，因此克隆、工作树和构建产物只占用一小部分空间。文件管理器、终端和您的工具都使用同一路径。</translation>
+        <translation>Ferrobank 是位于 ~/⁠Ferrobank 的驱动器，重复的数据只存储一次，因此克隆、工作树和构建产物只占用一小部分空间。文件管理器、终端和您的工具都使用同一路径。</translation>
     </message>
     <message>
         <source>Room on this Mac</source>
@@ -77,7 +77,7 @@
     </message>
     <message>
         <source>In Finder's sidebar under Locations, with its own icon.</source>
-        <translation>文件管理器会在 ~/Ferrobank 显示它。</translation>
+        <translation>文件管理器会在 ~/⁠Ferrobank 显示它。</translation>
     </message>
     <message>
         <source>Add the drive to Finder</source>
