@@ -19,7 +19,7 @@ namespace {
 /// Programs, places, prompts and habits of another system than this one.
 const QRegularExpression kForeign(
     uR"(\bMac\b|macOS|Finder|访达|System Settings|Systemeinstellungen|Réglages Système|Ajustes del Sistema|システム設定)"
-    uR"(|系统设置|إعدادات النظام|\bTerminal can\b|menu bar|Menüleiste|barre des menus|Don't Allow|8 T[Bo]\b)"_s);
+    uR"(|系统设置|إعدادات النظام|\bTerminal can\b|menu bar|Menüleiste|barre des menus|Don't Allow)"_s);
 
 /// Everything that is shown or said aloud below an item, visible or not yet.
 void collect(const QQuickItem& item, QStringList& words)
