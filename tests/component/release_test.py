@@ -36,6 +36,7 @@ class Release(unittest.TestCase):
             "Linux/libferrobank-app.so": "library",
             "Helpers/ferrobank-update": "worker",
             "Helpers/ferrobank": "tool",
+            "Helpers/ferrobank-drive": "drive",
         }
         shutil.rmtree(self.bundle, ignore_errors=True)
         for name, text in files.items():
@@ -113,9 +114,10 @@ class Release(unittest.TestCase):
         self.assertIn("marked as", self.publish().stderr)
         self.make_bundle("1.0.1", key="A" * 43 + "=")
         self.assertIn("does not trust", self.publish().stderr)
-        self.make_bundle("1.0.1")
-        (self.bundle / "Contents/Helpers/ferrobank").unlink()
-        self.assertIn("missing", self.publish().stderr)
+        for name in ("ferrobank", "ferrobank-drive"):
+            self.make_bundle("1.0.1")
+            (self.bundle / "Contents/Helpers" / name).unlink()
+            self.assertIn(f"{name} is missing", self.publish().stderr)
         self.assertFalse(self.feed.exists())
 
     def test_addresses_must_be_secure(self):
