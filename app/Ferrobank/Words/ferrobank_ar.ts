@@ -703,5 +703,9 @@
         <source>Update error!</source>
         <translation>خطأ في التحديث!</translation>
     </message>
+    <message>
+        <source>Your system has not answered yet.</source>
+        <translation>لم يجب نظامك بعد.</translation>
+    </message>
 </context>
 </TS>

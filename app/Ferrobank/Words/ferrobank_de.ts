@@ -703,5 +703,9 @@
         <source>Update error!</source>
         <translation>Fehler beim Update!</translation>
     </message>
+    <message>
+        <source>Your system has not answered yet.</source>
+        <translation>Ihr System hat noch nicht geantwortet.</translation>
+    </message>
 </context>
 </TS>

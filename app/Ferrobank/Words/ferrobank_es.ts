@@ -703,5 +703,9 @@
         <source>Update error!</source>
         <translation>¡Error de actualización!</translation>
     </message>
+    <message>
+        <source>Your system has not answered yet.</source>
+        <translation>Su sistema aún no ha respondido.</translation>
+    </message>
 </context>
 </TS>

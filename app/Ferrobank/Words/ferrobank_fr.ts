@@ -703,5 +703,9 @@
         <source>Update error!</source>
         <translation>Erreur de mise à jour !</translation>
     </message>
+    <message>
+        <source>Your system has not answered yet.</source>
+        <translation>Votre système n’a pas encore répondu.</translation>
+    </message>
 </context>
 </TS>

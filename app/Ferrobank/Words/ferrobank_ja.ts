@@ -703,5 +703,9 @@
         <source>Update error!</source>
         <translation>アップデートエラー</translation>
     </message>
+    <message>
+        <source>Your system has not answered yet.</source>
+        <translation>システムからまだ応答がありません。</translation>
+    </message>
 </context>
 </TS>

@@ -703,5 +703,9 @@
         <source>Update error!</source>
         <translation>更新出错！</translation>
     </message>
+    <message>
+        <source>Your system has not answered yet.</source>
+        <translation>您的系统尚未响应。</translation>
+    </message>
 </context>
 </TS>
