@@ -6,7 +6,7 @@
 #include "figures/IdlePriority.h"
 #include "figures/TreeWalk.h"
 #include "figures/Usage.h"
-#include "platform/Failure.h"
+#include "platform/Guarded.h"
 #include "sharing/ReadingPass.h"
 #include "sharing/Scanner.h"
 #include "state/Work.h"
@@ -88,12 +88,9 @@ void Housekeeping::run(const std::stop_token& stop)
 {
     clearUp(stop);
     useIdlePriority();
+    RepeatedLog trouble(_log);
     while (!stop.stop_requested()) {
-        try {
-            lookOnce(stop);
-        } catch (const Failure& failure) {
-            _log.write(failure.text());
-        }
+        guarded([&] { lookOnce(stop); }, [&](const std::string& words) { trouble.write(words); });
         std::unique_lock lock(_mutex);
         _wake.wait_for(lock, stop, _pace.look, [] { return false; });
     }
