@@ -106,8 +106,8 @@ void Housekeeping::clearUp(const std::stop_token& stop) const
                 removeLeftoverSnapshots(_root, stop);
             }
         }
-    } catch (const Failure& failure) {
-        _log.write(failure.text());
+    } catch (const std::exception& failure) {
+        _log.write(failure.what());
     }
 }
 
