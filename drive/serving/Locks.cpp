@@ -3,6 +3,7 @@
 #include "platform/Failure.h"
 #include "platform/Files.h"
 #include "state/ServerProbe.h"
+#include "store/StoreExamination.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -56,6 +57,9 @@ std::optional<Inheritance> Inheritance::fromText(const std::string& text)
 
 std::optional<Locks> Locks::tryTake(const Paths& paths)
 {
+    if (isReadOnlyHost(paths.store)) {
+        throw Failure(readOnlyHostWords(), "host-read-only");
+    }
     ensurePrivateFolder(paths.runtime);
     std::optional<FileLock> serve = FileLock::tryTake(paths.serveLock());
     if (!serve) {

@@ -48,6 +48,11 @@ StageEnd WholeFilePass::run()
         if (length > 1 && takeSizeGroup(rest.first(length)) == StageEnd::PassOver) {
             return StageEnd::PassOver;
         }
+        std::uint64_t bytes = 0;
+        for (const std::uint32_t member : rest.first(length)) {
+            bytes += record(member).allocated;
+        }
+        _context.advance(bytes);
         rest = rest.subspan(length);
     }
     return StageEnd::Done;
