@@ -1,6 +1,7 @@
 #include "commands/CommandLine.h"
 
 #include "commands/Checks.h"
+#include "commands/FolderUsage.h"
 #include "commands/Interruption.h"
 #include "commands/NearWord.h"
 #include "commands/ProgressBar.h"
@@ -39,6 +40,7 @@ struct Wishes {
     bool deleteStore = false;
     bool full = false;
     bool acknowledge = false;
+    std::string folder;
 };
 
 void print(const std::string& line)
@@ -171,6 +173,10 @@ int runChosen(const CLI::App& app, const Wishes& wishes)
     if (app.get_subcommands().empty() || app.got_subcommand("status")) {
         return runStatus(paths, wishes);
     }
+    if (app.got_subcommand("du")) {
+        showFolderUsage(paths, wishes.folder, wishes.json ? UsageForm::Json : UsageForm::Text);
+        return EXIT_SUCCESS;
+    }
     if (const CLI::App* share = app.get_subcommand("share"); share->parsed()) {
         return runShare(paths, *share);
     }
@@ -209,6 +215,9 @@ void describe(CLI::App& app, Wishes& wishes)
     app.add_subcommand("serve", "Mount the drive and keep it so until told to end");
     CLI::App* restart = app.add_subcommand("restart", "Mount the drive anew, or start it");
     restart->add_flag("--keep-mounted", wishes.keepMounted, "Only take up an installed update");
+    CLI::App* usage = app.add_subcommand("du", "Show what each folder holds, takes and saves");
+    usage->add_option("FOLDER", wishes.folder, "A folder of the drive instead of all of it")->type_name("");
+    usage->add_flag("--json", wishes.json, "One JSON object");
     CLI::App* share = app.add_subcommand("share", "Share repeated data now, or pause that");
     share->require_subcommand(1);
     share->add_subcommand("now", "Begin a pass at once and wait for its end");

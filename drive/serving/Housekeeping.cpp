@@ -5,7 +5,7 @@
 #include "figures/IdlePriority.h"
 #include "figures/TreeWalk.h"
 #include "figures/Usage.h"
-#include "platform/Failure.h"
+#include "platform/Guarded.h"
 #include "sharing/ReadingPass.h"
 #include "sharing/Scanner.h"
 
@@ -160,12 +160,10 @@ void Housekeeping::end()
 void Housekeeping::run(const std::stop_token& stop)
 {
     useIdlePriority();
+    RepeatedLog trouble(_log);
     while (!stop.stop_requested()) {
-        try {
-            lookOnce(stop);
-        } catch (const Failure& failure) {
-            _log.write(failure.text());
-        }
+        guarded([&] { lookOnce(stop); }, [&](const std::string& words) { trouble.write(words); });
+        end(); // also after a pass that threw
         std::unique_lock lock(_mutex);
         _wake.wait_for(lock, stop, _pace.look, [this] { return _shareNow && !_paused; });
     }

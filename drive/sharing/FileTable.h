@@ -29,7 +29,7 @@ struct FileRecord {
 class FileTable : public TreeVisitor {
 public:
     struct Limits {
-        std::uint64_t smallestFile = 4096;
+        std::uint64_t smallestTaken = 4096;
         /// Files changed less than this long ago are left alone: somebody is at work on them.
         std::int64_t quietSeconds = 30;
         /// Seconds since 1970, taken once for the whole walk.

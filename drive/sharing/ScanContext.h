@@ -20,7 +20,8 @@ struct ScanSettings {
     std::filesystem::path root;
     /// Folder on the computer's own disk for the two index files; made if missing.
     std::filesystem::path indexFolder;
-    std::uint64_t smallestFile = 4096;
+    /// Files that take less on the drive have no block of their own.
+    std::uint64_t smallestTaken = 4096;
     /// From this size on, files are also searched for equal blocks.
     std::uint64_t blockFile = std::uint64_t{1} << 20U;
     std::int64_t quietSeconds = 30;
