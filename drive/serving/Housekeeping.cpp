@@ -5,6 +5,7 @@
 #include "figures/IdlePriority.h"
 #include "figures/TreeWalk.h"
 #include "figures/Usage.h"
+#include "platform/Failure.h"
 #include "platform/Guarded.h"
 #include "sharing/ReadingPass.h"
 #include "sharing/Scanner.h"

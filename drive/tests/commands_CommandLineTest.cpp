@@ -49,7 +49,7 @@ TEST(CommandLine, helpAndVersionSucceed)
 {
     const Outcome help = run({"--help"});
     EXPECT_EQ(help.status, 0);
-    for (const char* command : {"status", "check", "share", "serve", "restart", "uninstall"}) {
+    for (const char* command : {"status", "check", "du", "share", "serve", "restart", "uninstall"}) {
         EXPECT_NE(help.output.find(command), std::string::npos) << command;
     }
     EXPECT_EQ(help.output.find("helper-fstab"), std::string::npos);
@@ -61,7 +61,7 @@ TEST(CommandLine, helpAndVersionSucceed)
 TEST(CommandLine, manualPageKnowsEveryOptionOfTheHelpAndNoOther)
 {
     std::set<std::string> inHelp{"--version"};
-    for (const char* command : {"status", "check", "share", "serve", "restart", "uninstall"}) {
+    for (const char* command : {"status", "check", "du", "share", "serve", "restart", "uninstall"}) {
         inHelp.merge(longOptions(run({command, "--help"}).output));
     }
     std::ifstream file(FERROBANK_MANUAL_PAGE);
@@ -70,6 +70,52 @@ TEST(CommandLine, manualPageKnowsEveryOptionOfTheHelpAndNoOther)
     ASSERT_NE(page.find(".B uninstall"), std::string::npos);
     EXPECT_EQ(longOptions(page), inHelp);
     EXPECT_NE(page.find("FOLDER"), std::string::npos) << "the help calls it so";
+}
+
+TEST(CommandLine, shellsOfferEveryCommandAndOptionOfTheHelpAndNoOther)
+{
+    std::set<std::string> inHelp{"--version"};
+    for (const char* command : {"status", "check", "du", "share", "serve", "restart", "uninstall"}) {
+        inHelp.merge(longOptions(run({command, "--help"}).output));
+    }
+    for (const char* name : {"ferrobank.bash", "_ferrobank", "ferrobank.fish"}) {
+        std::ifstream file(std::string(FERROBANK_COMPLETIONS "/") + name);
+        std::string text((std::istreambuf_iterator<char>(file)), {});
+        // How fish writes them.
+        text = std::regex_replace(text, std::regex(" -l ([a-z])"), " --$1");
+        EXPECT_EQ(longOptions(text), inHelp) << name;
+        for (const char* word :
+             {"status", "check", "du", "share", "serve", "restart", "uninstall", "now", "pause", "resume"})
+        {
+            EXPECT_TRUE(std::regex_search(text, std::regex("\\b" + std::string(word) + "\\b")))
+                << name << word;
+        }
+        EXPECT_EQ(text.find("helper"), std::string::npos) << name;
+    }
+}
+
+TEST(CommandLine, bashCompletesCommandsAndTheirOptions)
+{
+    const auto offers = [](const std::string& words) {
+        const TemporaryFolder folder;
+        const std::string output = (folder.path() / "offers").string();
+        const std::string script = "source '" FERROBANK_COMPLETIONS "/ferrobank.bash'; compopt() { :; }; "
+                                   "COMP_WORDS=(" +
+                                   words +
+                                   "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); "
+                                   "_ferrobank; echo \"${COMPREPLY[*]}\" > " +
+                                   output;
+        EXPECT_EQ(
+            ::system(("bash -c '" + std::regex_replace(script, std::regex("'"), "'\\''") + "'").c_str()), 0);
+        std::ifstream file(output);
+        std::string text;
+        std::getline(file, text);
+        return text;
+    };
+    EXPECT_EQ(offers("ferrobank s"), "status share serve");
+    EXPECT_EQ(offers("ferrobank check --f"), "--full");
+    EXPECT_EQ(offers("ferrobank share p"), "pause");
+    EXPECT_EQ(offers("ferrobank restart --"), "--keep-mounted --help");
 }
 
 TEST(CommandLine, nonsenseIsRefusedWithTwoAndWordsOnStandardError)

@@ -322,6 +322,28 @@ TEST_F(Integrity, hostThatBecameReadOnlyIsToldInItsOwnWords)
     host->dropDrive();
 }
 
+TEST_F(Integrity, folderUsageIsOfTheDriveAsItIsNowAndOfItsFoldersOnly)
+{
+    host->makeSmallStore();
+    ASSERT_TRUE(host->serveAndMount());
+    testing::writeFile(drive() / "one/a", randomBytes(3'000'000, 5));
+    const ToolRun first = host->run({"du"});
+    EXPECT_EQ(first.status, 0) << first.errorText;
+    EXPECT_NE(first.output.find("one                  3 MB        3 MB     0 bytes\n"), std::string::npos)
+        << first.output;
+    const auto total = [&](const std::vector<std::string>& arguments) {
+        return json::parse(host->run(arguments).output)["holds"].get<std::uint64_t>();
+    };
+    const std::uint64_t before = total({"du", "--json"});
+    EXPECT_EQ(total({"du", "--json", (drive() / "one").string()}), before);
+    std::filesystem::create_directories(drive() / "two");
+    EXPECT_EQ(total({"du", "--json", (drive() / "two").string()}), 0U) << "made since the sums were kept";
+    EXPECT_EQ(host->run({"du", host->paths().home.string()}).errorText,
+              host->paths().home.string() + " is not on the drive.\n");
+    EXPECT_EQ(host->run({"du", (drive() / "one/a").string()}).status, 1);
+    EXPECT_EQ(host->run({"du", (drive() / "none").string()}).status, 1);
+}
+
 TEST_F(Integrity, sharingNowIsDoneWhenTheCommandEndsAndPauseOutlivesARestart)
 {
     host->makeSmallStore();
