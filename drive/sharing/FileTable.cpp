@@ -63,9 +63,7 @@ void FileTable::visit(const WalkedEntry& entry)
     const std::int64_t age = _limits.now - status.stx_ctime.tv_sec;
     const bool quiet = std::abs(age) >= _limits.quietSeconds;
     const std::uint64_t allocated = status.stx_blocks * 512;
-    // A small file that the file system keeps among its names takes less than a block and has none to share;
-    // one that does not fit there takes a block of its own, however few bytes it has.
-    const bool worthIt = status.stx_size > 0 && allocated >= _limits.smallestTaken;
+    const bool worthIt = std::min<std::uint64_t>(status.stx_size, allocated) >= _limits.smallestFile;
     if (_path.back().readOnly || !worthIt) {
         return;
     }

@@ -3,6 +3,7 @@
 #include "figures/TreeWalk.h"
 #include "figures/Usage.h"
 #include "platform/FileDescriptor.h"
+#include "sharing/SharedRange.h"
 
 #include <cstdint>
 #include <functional>
@@ -29,7 +30,7 @@ struct FileRecord {
 class FileTable : public TreeVisitor {
 public:
     struct Limits {
-        std::uint64_t smallestTaken = 4096;
+        std::uint64_t smallestFile = kLargestInline + 1;
         /// Files changed less than this long ago are left alone: somebody is at work on them.
         std::int64_t quietSeconds = 30;
         /// Seconds since 1970, taken once for the whole walk.

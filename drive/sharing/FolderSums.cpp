@@ -3,6 +3,7 @@
 #include "figures/DeviceCounters.h"
 #include "platform/Failure.h"
 #include "sharing/IndexFile.h"
+#include "sharing/SharedRange.h"
 
 #include <fcntl.h>
 #include <linux/fiemap.h>
@@ -24,7 +25,6 @@ namespace {
 constexpr const char* kKind = "FBFOLDR1";
 constexpr const char* kFileName = "folders.idx";
 constexpr std::uint64_t kStatUnit = 512;
-constexpr std::uint64_t kBlock = 4096;
 constexpr std::uint32_t kExtentsPerCall = 256;
 constexpr std::size_t kMostStretches = 2'000'000;
 constexpr std::uint64_t kFilesBetweenCalls = 1024;
@@ -66,8 +66,11 @@ public:
         }
         const std::uint64_t allocated = entry.status->stx_blocks * kStatUnit;
         _folders[_path.back()].holds += allocated;
-        // What is smaller than a block lies among the names and cannot be shared.
-        if (allocated < kBlock || !addPlaces(entry)) {
+        const std::uint64_t size = entry.status->stx_size;
+        if (size <= kLargestInline) {
+            // It lies among the names, without a block.
+            _taken[_path.back()] += static_cast<double>(std::min(size, allocated));
+        } else if (!addPlaces(entry)) {
             _taken[_path.back()] += static_cast<double>(allocated);
         }
     }
@@ -99,7 +102,7 @@ private:
         }
         auto* request = reinterpret_cast<fiemap*>(_request.data());
         for (std::uint64_t from = 0; file;) {
-            *request = {};
+            std::fill_n(_request.begin(), sizeof(fiemap), std::byte{0});
             request->fm_start = from;
             request->fm_length = FIEMAP_MAX_OFFSET - from;
             request->fm_extent_count = kExtentsPerCall;
@@ -201,8 +204,8 @@ void addByParts(std::vector<UsedStretch> stretches, std::vector<double>& bytes)
         const std::uint64_t end = endOf(ending);
         while (started < stretches.size() && stretches[started].start < end) {
             moveTo(stretches[started].start);
+            sharers += stretches[started].length > 0 ? 1U : 0U;
             atStart[started++] = sum;
-            ++sharers;
         }
         // Empty ones neither start nor end.
         if (stretches[ending].length > 0) {
@@ -274,7 +277,8 @@ std::optional<FolderSums> FolderSums::load(const std::filesystem::path& folder, 
         return std::nullopt;
     }
     for (Record record; reader->read(&record, sizeof record);) {
-        FolderFigures figures{.parent = record.parent, .holds = record.holds, .takes = record.takes};
+        FolderFigures figures{
+            .parent = record.parent, .name = {}, .holds = record.holds, .takes = record.takes};
         if (record.nameBytes > kLongestName) {
             return std::nullopt;
         }

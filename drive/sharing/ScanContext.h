@@ -1,6 +1,7 @@
 #pragma once
 
 #include "figures/Usage.h"
+#include "sharing/SharedRange.h"
 #include "sharing/Throttle.h"
 
 #include <algorithm>
@@ -20,8 +21,8 @@ struct ScanSettings {
     std::filesystem::path root;
     /// Folder on the computer's own disk for the two index files; made if missing.
     std::filesystem::path indexFolder;
-    /// Files that take less on the drive have no block of their own.
-    std::uint64_t smallestTaken = 4096;
+    /// What is smaller always lies among the names, in the file system's metadata (`kLargestInline`).
+    std::uint64_t smallestFile = kLargestInline + 1;
     /// From this size on, files are also searched for equal blocks.
     std::uint64_t blockFile = std::uint64_t{1} << 20U;
     std::int64_t quietSeconds = 30;

@@ -50,7 +50,7 @@ public:
 
     void run()
     {
-        _limits.smallestTaken = _context.settings.smallestTaken;
+        _limits.smallestFile = _context.settings.smallestFile;
         _limits.quietSeconds = _context.settings.quietSeconds;
         _limits.mostFiles = _context.settings.mostFiles;
         auto table = collect({});

@@ -98,6 +98,15 @@ TEST_F(WholeFiles, filesThatLieAmongTheNamesAreLeftAlone)
         writeFile(root() / (std::string(name) + "-empty"), "");
     }
     EXPECT_EQ(scan().filesLookedAt, 0U);
+    for (const char* name : {"c", "d"}) {
+        writeFile(root() / name, std::string(3900, name[0]));
+        writeFile(root() / (std::string("same-") + name), std::string(3900, 'x'));
+    }
+    for (int pass = 0; pass < 2; ++pass) {
+        const SharingResult result = scan();
+        EXPECT_EQ(result.filesHashed, 0U) << "compressed they are small enough";
+        EXPECT_EQ(result.bytesShared, 0U);
+    }
 }
 
 TEST_F(WholeFiles, filesChangedAMomentAgoAreLeftAlone)
