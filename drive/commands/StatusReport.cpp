@@ -2,6 +2,7 @@
 
 #include "commands/ServedVolume.h"
 #include "figures/DeviceCounters.h"
+#include "platform/ToolPrograms.h"
 #include "state/Figures.h"
 #include "store/Superblock.h"
 
@@ -11,7 +12,7 @@ namespace ferrobank::drive {
 
 bool isReplaced(const State& state)
 {
-    const std::optional<FileIdentity> there = identityOf(state.executablePath);
+    const std::optional<FileIdentity> there = identityOf(driveProgramOf(state.executablePath));
     return there && *there != state.executable;
 }
 

@@ -92,7 +92,10 @@ if [ -n "$install" ]; then
     top=/$(echo "$target" | cut -d/ -f2-4)
     [ -d "$top" ] || made=$top
     private "$top" && mkdir -p "$(dirname "$target")"
-    install -o root -g root -m 755 "${install%%=*}" "$target"
+    # The program that it becomes lies beside it.
+    for program in "${install%%=*}" "${install%%=*}-drive"; do
+        install -o root -g root -m 755 "$program" "$(dirname "$target")/"
+    done
 fi
 
 # polkit asks the files of systemd-logind which session a process of the user's manager belongs to.
