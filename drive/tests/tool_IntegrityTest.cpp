@@ -329,7 +329,7 @@ TEST_F(Integrity, folderUsageIsOfTheDriveAsItIsNowAndOfItsFoldersOnly)
     testing::writeFile(drive() / "one/a", randomBytes(3'000'000, 5));
     const ToolRun first = host->run({"du"});
     EXPECT_EQ(first.status, 0) << first.errorText;
-    EXPECT_NE(first.output.find("one                  3 MB        3 MB     0 bytes\n"), std::string::npos)
+    EXPECT_NE(first.output.find("one                3 MB        3 MB     0 bytes\n"), std::string::npos)
         << first.output;
     const auto total = [&](const std::vector<std::string>& arguments) {
         return json::parse(host->run(arguments).output)["holds"].get<std::uint64_t>();
