@@ -65,7 +65,8 @@ int serve(const Paths& paths, const Log& log)
     const ServingProgram program{.path = pathToFollow(),
                                  .identity = identityOf("/proc/self/exe").value_or(FileIdentity()),
                                  .version = ownVersion()};
-    Server server(paths, log, program, std::move(*locks), chooseBackEnd(paths));
+    std::unique_ptr<BackEnd> backEnd = chooseBackEnd(paths, locks->store.descriptor());
+    Server server(paths, log, program, std::move(*locks), std::move(backEnd));
     return server.run(FileDescriptor(inheritance ? inheritance->reply : -1));
 }
 

@@ -3,6 +3,7 @@
 #include "platform/Failure.h"
 
 #include <pwd.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -35,6 +36,18 @@ std::filesystem::path homeFolder()
     }
     home = home.lexically_normal();
     return home.has_filename() ? home : home.parent_path();
+}
+
+/// Some systems leave HOME as it was when a user becomes root. Root would then follow the user's links and
+/// leave files that the user cannot touch.
+void requireNoForeignHome(const std::filesystem::path& home)
+{
+    struct stat facts{};
+    if (::geteuid() == 0 && ::stat(home.c_str(), &facts) == 0 && facts.st_uid != 0) {
+        throw Failure("As root, this command would work on another user's home folder, " + home.string() +
+                          ". Run it as that user.",
+                      "foreign-home");
+    }
 }
 
 } // namespace
@@ -72,8 +85,9 @@ Paths Paths::of(const std::filesystem::path& home, const std::filesystem::path& 
 
 Paths Paths::fromEnvironment()
 {
-    return of(homeFolder(), absoluteFromEnvironment("XDG_RUNTIME_DIR"),
-              absoluteFromEnvironment("XDG_CONFIG_HOME"));
+    const std::filesystem::path home = homeFolder();
+    requireNoForeignHome(home);
+    return of(home, absoluteFromEnvironment("XDG_RUNTIME_DIR"), absoluteFromEnvironment("XDG_CONFIG_HOME"));
 }
 
 } // namespace ferrobank::drive

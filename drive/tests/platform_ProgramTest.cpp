@@ -1,9 +1,11 @@
+#include "platform/FileLock.h"
 #include "platform/Files.h"
 #include "platform/Program.h"
 #include "testing/DriveHost.h"
 #include "testing/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -47,6 +49,25 @@ TEST(Program, argumentsAreNotTouchedByAnyShell)
 {
     EXPECT_EQ(runSystemProgram("echo", {"a b", "$HOME", "'"}, std::chrono::seconds(10)).output,
               "a b $HOME '\n");
+}
+
+TEST(Program, inputIsHandedOnAndStaysOpenWhileTheProgramRuns)
+{
+    const TemporaryFolder folder;
+    const std::filesystem::path path = folder.path() / "lock";
+    std::optional<FileLock> lock = FileLock::tryTake(path);
+    ASSERT_TRUE(lock);
+    // The program lets go of its outputs but goes on, as one that root runs would; our own descriptor is
+    // closed.
+    const ProgramOutcome outcome =
+        runSystemProgram("sh", {"-c", "readlink /proc/self/fd/0; exec 3<&0; sleep 1 <&3 >&- 2>&- & exit 0"},
+                         std::chrono::seconds(10), lock->descriptor());
+    EXPECT_EQ(outcome.output, path.string() + "\n");
+    lock.reset();
+    EXPECT_FALSE(FileLock::tryTake(path)) << "the lock is still the program's";
+    while (!FileLock::tryTake(path)) {
+        ::poll(nullptr, 0, 5);
+    }
 }
 
 TEST(Program, killedCallerTakesItsProgramAlong)
