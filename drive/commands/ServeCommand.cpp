@@ -12,7 +12,9 @@
 
 #include <climits>
 #include <cstdlib>
+#include <exception>
 #include <fstream>
+#include <utility>
 
 namespace ferrobank::drive {
 
@@ -55,8 +57,12 @@ int serve(const Paths& paths, const Log& log)
         inheritance = Inheritance::fromText(text);
         ::unsetenv(Inheritance::kVariable);
     }
-    std::optional<Locks> locks = inheritance ? Locks::inherit(*inheritance) : Locks::take(paths);
-    if (!locks) {
+    std::optional<Locks> locks;
+    FileDescriptor waiting;
+    if (inheritance && (locks = Locks::inherit(*inheritance, paths))) {
+        waiting = inheritance->takeReply();
+    }
+    if (!locks && !(locks = Locks::take(paths))) {
         log.write("The drive is served already by another process.");
         // A service that ends without having been ready counts as failed and would be started over and over.
         ::sd_notify(0, "READY=1");
@@ -65,9 +71,15 @@ int serve(const Paths& paths, const Log& log)
     const ServingProgram program{.path = pathToFollow(),
                                  .identity = identityOf("/proc/self/exe").value_or(FileIdentity()),
                                  .version = ownVersion()};
-    std::unique_ptr<BackEnd> backEnd = chooseBackEnd(paths, locks->store.descriptor());
-    Server server(paths, log, program, std::move(*locks), std::move(backEnd));
-    return server.run(FileDescriptor(inheritance ? inheritance->reply : -1));
+    try {
+        std::unique_ptr<BackEnd> backEnd = chooseBackEnd(paths, locks->store.descriptor());
+        Server server(paths, log, program, std::move(*locks), std::move(backEnd));
+        return server.run(std::move(waiting));
+    } catch (const std::exception& error) {
+        // Whoever started it reads its words nowhere else.
+        log.write(std::string("Ferrobank cannot serve the drive: ") + error.what());
+        throw;
+    }
 }
 
 } // namespace ferrobank::drive

@@ -56,7 +56,7 @@ Failure failureOf(const ProgramOutcome& outcome, const std::filesystem::path& mo
         return Failure(lastLine(outcome.output), "no-btrfs");
     case kDismissed:
     case kNotAuthorized:
-        return Failure("The rules of this system (polkit) keep the mount helper from being started.",
+        return Failure("The rules of polkit on this computer keep the mount helper from being started.",
                        "not-authorized");
     default:
         return Failure(lastLine(outcome.output), "mount-helper");

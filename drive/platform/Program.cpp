@@ -34,6 +34,8 @@ constexpr int kEndStepMilliseconds = 5;
     ::dup2(input >= 0 ? input : ::open("/dev/null", O_RDONLY | O_CLOEXEC), STDIN_FILENO);
     ::dup2(output, STDOUT_FILENO);
     ::dup2(output, STDERR_FILENO);
+    // Ours are marked to be closed; what whoever started us forgot to mark is none of the program's business.
+    ::close_range(STDERR_FILENO + 1, ~0U, 0);
     // The serving process blocks the signals it reads from a descriptor; children must get the usual ones
     // back.
     sigset_t none;

@@ -11,6 +11,7 @@
 #include "state/State.h"
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -56,14 +57,17 @@ private:
     void lookAtMounts(MountsChanged mountsChanged);
     void lookAtDevice();
     void handleRequests();
-    void handle(PendingRequest request);
-    void restart(PendingRequest request);
+    void handle(PendingRequest& request);
+    void restart(PendingRequest& request);
     void becomeNewProgram(FileDescriptor waiting);
     void stop(const PendingRequest& request);
     void detachWithin(std::chrono::seconds limit);
     void endGently();
     void startWorkers();
     void waitForEvents();
+    /// One step of a turn: what goes wrong in it is logged, and the others go on.
+    void attempt(const std::function<void()>& step);
+    void lookAtTimes();
     void handleSignals();
     void listen();
     void publish();
@@ -74,6 +78,7 @@ private:
 
     Paths _paths;
     Log _log;
+    RepeatedLog _trouble;
     ServingProgram _program;
     Locks _locks;
     Attachment _attachment;
@@ -93,6 +98,8 @@ private:
     std::optional<Clock::time_point> _stopLimit;
     std::optional<Clock::time_point> _exportLimit;
     bool _ended = false;
+    /// A step of this turn went wrong.
+    bool _troubled = false;
 };
 
 } // namespace ferrobank::drive

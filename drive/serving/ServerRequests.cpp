@@ -30,7 +30,7 @@ void keepOverExec(int descriptor, bool keep)
 
 } // namespace
 
-void Server::handle(PendingRequest request)
+void Server::handle(PendingRequest& request)
 {
     switch (request.request.operation) {
     case Operation::Ping:
@@ -43,7 +43,7 @@ void Server::handle(PendingRequest request)
         request.answer(attachReply());
         return;
     case Operation::Restart:
-        restart(std::move(request));
+        restart(request);
         return;
     case Operation::Reexec:
         becomeNewProgram(std::move(request.connection));
@@ -85,7 +85,7 @@ void Server::detachWithin(std::chrono::seconds limit)
     }
 }
 
-void Server::restart(PendingRequest request)
+void Server::restart(PendingRequest& request)
 {
     if (_volume) {
         try {

@@ -1,14 +1,18 @@
+#include "platform/FileDescriptor.h"
 #include "platform/FileLock.h"
 #include "platform/Files.h"
 #include "platform/Program.h"
 #include "testing/DriveHost.h"
 #include "testing/TemporaryFolder.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <cstdlib>
 
 namespace ferrobank::drive::testing {
 namespace {
@@ -68,6 +72,41 @@ TEST(Program, inputIsHandedOnAndStaysOpenWhileTheProgramRuns)
     while (!FileLock::tryTake(path)) {
         ::poll(nullptr, 0, 5);
     }
+}
+
+TEST(Program, isNotLookedForInTheCallersOwnFolders)
+{
+    const TemporaryFolder folder;
+    for (const char* name : {"echo", "made-up"}) {
+        const std::filesystem::path program = folder.path() / name;
+        replaceFile(program, "#!/bin/sh\necho taken from the environment\n");
+        std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+    }
+    const std::string before = ::getenv("PATH");
+    ::setenv("PATH", (folder.path().string() + ":" + before).c_str(), 1);
+    ::setenv("LC_ALL", "de_DE.UTF-8", 1);
+    const ProgramOutcome outcome = runSystemProgram("echo", {"own"}, std::chrono::seconds(10));
+    const ProgramOutcome variables = runSystemProgram("env", {}, std::chrono::seconds(10));
+    const ProgramOutcome madeUp = runSystemProgram("made-up", {}, std::chrono::seconds(10));
+    ::setenv("PATH", before.c_str(), 1);
+    ::unsetenv("LC_ALL");
+    EXPECT_EQ(outcome.output, "own\n");
+    EXPECT_EQ(madeUp.end, ProgramOutcome::End::NotFound);
+    EXPECT_EQ(variables.output, "PATH=/usr/sbin:/usr/bin:/sbin:/bin\nLC_ALL=C.UTF-8\n");
+}
+
+TEST(Program, inheritsNothingButItsThreeDescriptors)
+{
+    // As somebody would leave it who started us.
+    const FileDescriptor forgotten(::open("/dev/null", O_RDONLY));
+    const FileDescriptor high(::fcntl(forgotten.get(), F_DUPFD, 700));
+    ASSERT_GE(high.get(), 700);
+    const ProgramOutcome outcome = runSystemProgram(
+        "sh",
+        {"-c", "for n in 0 1 2 3 4 5 6 7 8 9 \"$0\" 700; do [ -e /proc/$$/fd/$n ] && echo $n; done",
+         std::to_string(forgotten.get())},
+        std::chrono::seconds(10));
+    EXPECT_EQ(outcome.output, "0\n1\n2\n");
 }
 
 TEST(Program, killedCallerTakesItsProgramAlong)
