@@ -53,28 +53,33 @@ FileDescriptor mountApart(const std::string& device, unsigned attributes, const 
 
 /// A file system can name further devices as its parts. An image that a user made must not bring any in: what
 /// is mounted has to lie on the loop device alone.
-void requireOnly(const std::string& device, const FileDescriptor& top)
+void requireOnly(const FreshLoop& loop, const FileDescriptor& top)
 {
     btrfs_ioctl_fs_info_args parts{};
     btrfs_ioctl_dev_info_args part{};
     if (::ioctl(top.get(), BTRFS_IOC_FS_INFO, &parts) != 0) {
-        throw mountFailure(errno, device);
+        throw mountFailure(errno, loop.device);
     }
     part.devid = parts.max_id;
-    if (parts.num_devices != 1 || ::ioctl(top.get(), BTRFS_IOC_DEV_INFO, &part) != 0 ||
-        std::string(reinterpret_cast<const char*>(part.path)) != device)
-    {
+    struct stat ours{};
+    struct stat used{};
+    // Under whatever name the kernel knows the device.
+    const bool same = ::ioctl(top.get(), BTRFS_IOC_DEV_INFO, &part) == 0 &&
+                      ::fstat(loop.keepAlive.get(), &ours) == 0 &&
+                      ::stat(reinterpret_cast<const char*>(part.path), &used) == 0 && S_ISBLK(used.st_mode) &&
+                      used.st_rdev == ours.st_rdev;
+    if (parts.num_devices != 1 || !same) {
         throw Failure("The drive's store names other disks as parts of the drive.", "foreign-device");
     }
 }
 
-FileDescriptor openTop(const FileDescriptor& mounted, const std::string& device)
+FileDescriptor openTop(const FileDescriptor& mounted, const FreshLoop& loop)
 {
     FileDescriptor top(::openat(mounted.get(), ".", kFolderFlags));
     if (!top) {
-        throw mountFailure(errno, device);
+        throw mountFailure(errno, loop.device);
     }
-    requireOnly(device, top);
+    requireOnly(loop, top);
     return top;
 }
 
@@ -166,7 +171,7 @@ void UserDrive::mount() const
                                                {"discard", "sync"},
                                                {"subvol", kFilesSubvolume},
                                                {"user_subvol_rm_allowed", nullptr}});
-    const FileDescriptor top = openTop(mounted, loop.device);
+    const FileDescriptor top = openTop(mounted, loop);
     struct stat facts{};
     if (::fstat(top.get(), &facts) != 0 || facts.st_uid != _user.number) {
         throw Failure("The files in the drive's store belong to another user.", "foreign-owner");
@@ -187,7 +192,7 @@ void UserDrive::prepare() const
         const FreshLoop loop = attach(store);
         device = loop.device;
         const FileDescriptor mounted = mountApart(device, kSafe | MOUNT_ATTR_NOEXEC, {{"discard", "sync"}});
-        const FileDescriptor top = openTop(mounted, device);
+        const FileDescriptor top = openTop(mounted, loop);
         const UsersRights rights(_user);
         ensureFilesSubvolume(top.get(), _user.number, _user.group);
         letGoWhenUnmounted(device);

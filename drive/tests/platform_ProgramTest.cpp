@@ -74,6 +74,34 @@ TEST(Program, inputIsHandedOnAndStaysOpenWhileTheProgramRuns)
     }
 }
 
+TEST(Program, oneThatHasBecomeRootIsNotWaitedForWithoutALimit)
+{
+    if (::geteuid() != 0 || findSystemProgram("su").empty()) {
+        GTEST_SKIP() << "becoming an ordinary user and root again needs root, and su";
+    }
+    constexpr uid_t kNobody = 65534;
+    int ends[2] = {-1, -1};
+    ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    const FileDescriptor question(ends[0]);
+    FileDescriptor answer(ends[1]);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        // It waits for a password that never comes, as root, so that this user cannot kill it.
+        const bool ordinary = ::setresuid(kNobody, kNobody, kNobody) == 0;
+        const ProgramOutcome outcome =
+            runSystemProgram("su", {"root", "-c", "true"}, std::chrono::seconds(1), question.get());
+        ::_exit(ordinary && outcome.end == ProgramOutcome::End::TimedOut ? 0 : 1);
+    }
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    int status = -1;
+    while (::waitpid(child, &status, WNOHANG) == 0 && std::chrono::steady_clock::now() < limit) {
+        ::poll(nullptr, 0, 5);
+    }
+    EXPECT_EQ(status, 0);
+    answer.reset();
+    ::waitpid(child, &status, 0);
+}
+
 TEST(Program, isNotLookedForInTheCallersOwnFolders)
 {
     const TemporaryFolder folder;

@@ -34,4 +34,7 @@ endforeach()
 drive_system_test(system_mount_attacks
     ${system_tests}/with-udisks.sh --session none --as root ${with_helper} --
     ${system_tests}/mount_attacks.py ${installed}/ferrobank-mount-helper)
+drive_system_test(system_package_scripts
+    ${system_tests}/with-udisks.sh --session none --as root ${with_helper} --
+    ${system_tests}/package_scripts.py ${PROJECT_SOURCE_DIR}/../packaging/debian ${installed}/ferrobank-mount-helper)
 drive_system_test(system_login ${system_tests}/login-manager.sh $<TARGET_FILE:ferrobank>)

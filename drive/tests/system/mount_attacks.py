@@ -1,10 +1,11 @@
 #!/usr/bin/python3
 """Attacks on the mount helper by the users whom it serves: run as root by with-udisks.sh --as root, beside the real
-polkit, with the helper at its installed place. What users do is done as them, through the real pkexec.
+polkit, with the tool and the helper at their installed places. What users do is done as them, through the real pkexec.
 
     mount_attacks.py HELPER [TEST...]
 """
 import contextlib
+import fcntl
 import json
 import os
 import pathlib
@@ -20,6 +21,7 @@ import time
 import unittest
 
 HELPER = sys.argv[1]
+TOOL = str(pathlib.Path(HELPER).with_name("ferrobank"))
 USER, OTHER = 64321, 64322
 HOMES = {USER: pathlib.Path(os.environ["FERRO_HOME"]), OTHER: pathlib.Path(os.environ["FERRO_OTHER_HOME"])}
 NAMES = {USER: "ferrotest", OTHER: "ferrother"}
@@ -58,22 +60,23 @@ def approval(user):
     return pathlib.Path(f"/var/lib/ferrobank/mounting/{user}")
 
 
-def mounts():
-    """Every Btrfs on a loop device: (device, where)."""
-    found = []
-    for line in pathlib.Path("/proc/self/mountinfo").read_text().splitlines():
-        left, _, right = line.partition(" - ")
-        kind, device = right.split()[:2]
-        if kind == "btrfs" and device.startswith("/dev/loop"):
-            found.append((device, left.split()[4]))
-    return found
-
-
 def loops():
     """Device name to inode of its file, below this test's own folder."""
     listed = json.loads(root("losetup", "-J", "-l", "-O", "NAME,BACK-INO,BACK-FILE").stdout or '{"loopdevices": []}')
     ours = str(HOMES[USER].parent)
     return {one["name"]: int(one["back-ino"]) for one in listed["loopdevices"] if one["back-file"].startswith(ours)}
+
+
+def mounts():
+    """Every Btrfs on one of those: (device, where)."""
+    ours = loops()
+    found = []
+    for line in pathlib.Path("/proc/self/mountinfo").read_text().splitlines():
+        left, _, right = line.partition(" - ")
+        kind, device = right.split()[:2]
+        if kind == "btrfs" and device in ours:
+            found.append((device, left.split()[4]))
+    return found
 
 
 def wait_until(condition, what):
@@ -394,6 +397,33 @@ class Attacks(unittest.TestCase):
             self.do(USER, "unmount")
         self.assertEqual(seen, {False, True}, "the moments were all before or all after the mount")
 
+    def test_store_stays_locked_while_a_helper_works_whose_caller_was_killed(self):
+        self.prepare(USER)
+        store_lock = image(USER).with_name("lock")
+
+        def at_work():
+            return [one for one in pathlib.Path("/proc").glob("[0-9]*/exe") if runs_helper(one)]
+
+        def runs_helper(program):
+            try:
+                return os.readlink(program) == HELPER
+            except OSError:
+                return False
+
+        with open(f"/run/ferrobank/lock-{USER}", "w", encoding="utf-8") as held:
+            fcntl.flock(held, fcntl.LOCK_EX)
+            server = subprocess.Popen(as_user(USER, TOOL, "serve"), stderr=subprocess.DEVNULL)
+            wait_until(at_work, "the server has started the helper")
+            server.kill()
+            server.wait()
+            with open(store_lock, encoding="utf-8") as lock:
+                with self.assertRaises(BlockingIOError):
+                    fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
+        wait_until(lambda: not at_work(), "the helper has ended")
+        self.assertEqual([where for _, where in mounts()], [str(place(USER))])
+        with open(store_lock, encoding="utf-8") as lock:
+            fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
+
     def test_callers_limits_and_missing_descriptors_do_no_harm(self):
         self.prepare(USER)
         FSTAB.write_text("# mine\n" + old_block(USER, HOMES[USER]))
@@ -480,6 +510,12 @@ class Attacks(unittest.TestCase):
         root(HELPER, "retire-lines")
         self.assertEqual(FSTAB.read_text(), mine)
         self.assertEqual([one.name for one in approval(USER).parent.iterdir()], [str(USER)])
+
+    def test_helper_is_hardened(self):
+        facts = root("readelf", "-W", "-h", "-l", "-d", "--dyn-syms", HELPER).stdout
+        for sign in ("DYN (Position-Independent", "GNU_RELRO", "BIND_NOW", "PIE", "__stack_chk_fail"):
+            self.assertIn(sign, facts)
+        self.assertNotIn("RWE", facts, "a stack that can be run")
 
     def test_helper_links_no_library_of_its_own(self):
         needed = set(re.findall(r"NEEDED.*\[(\S+)\]", root("readelf", "-d", HELPER).stdout))

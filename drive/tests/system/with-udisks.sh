@@ -70,7 +70,7 @@ private() { mkdir -p "$1" && mount -t tmpfs -o mode=755 none "$1"; }
 for folder in /etc /run /usr/lib /var/lib; do layer $folder; done
 for folder in /run/dbus /run/udev /run/udisks2 /run/systemd /media /run/mount /dev/disk; do private "$folder"; done
 private /run/media
-for folder in /var/lib/udisks2 /run/ferrobank /var/lib/ferrobank; do private "$folder"; done
+private /var/lib/udisks2
 
 echo "ferrotest:x:$uid:$uid::$T/home:/bin/sh" >>/etc/passwd
 echo "ferrotest:x:$uid:" >>/etc/group
