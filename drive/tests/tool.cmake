@@ -24,6 +24,7 @@ endforeach()
 set(with_helper
     --policy ${PROJECT_BINARY_DIR}/polkit/org.ferrobank.Ferrobank.mounting.policy
     --install $<TARGET_FILE:ferrobank>=${installed}/ferrobank
+    --install $<TARGET_FILE:ferrobank-drive>=${installed}/ferrobank-drive
     --install $<TARGET_FILE:ferrobank-mount-helper>=${installed}/ferrobank-mount-helper)
 foreach(session IN ITEMS remote none)
     drive_system_test(system_mount_helper_${session}
