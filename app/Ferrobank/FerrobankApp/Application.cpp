@@ -2,6 +2,7 @@
 
 #include "Ferrobank/FerrobankApp/FerrobankApp.h"
 #include "Platform/Bundle.h"
+#include "Platform/ChildProcess.h"
 #include "Platform/DesktopSession.h"
 #include "Platform/Memory.h"
 #include "Platform/SingleInstance.h"
@@ -54,9 +55,10 @@ void translate(QApplication& application)
 
 } // namespace
 
-int ferrobankApplication(int argc, char** argv)
+int ferrobankApplication(int /*argc*/, char** argv)
 {
     shareOneHeap();
+    ChildProcess::keepEnvironment();
     const QString activationToken = takeActivationToken();
     const std::unique_ptr<DesktopSession> session = DesktopSession::open();
     switch (session->instance().claim({.action = {}, .activationToken = activationToken})) {
@@ -74,7 +76,9 @@ int ferrobankApplication(int argc, char** argv)
     QGuiApplication::setApplicationDisplayName(u"Ferrobank"_s);
     QGuiApplication::setDesktopFileName(u"org.ferrobank.Ferrobank"_s);
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    QApplication application(argc, argv);
+    // No argument is meant for the toolkit: one that it knows must not change how the program starts.
+    int programOnly = 1;
+    QApplication application(programOnly, argv);
     translate(application);
     session->attach();
 
