@@ -208,7 +208,7 @@ constexpr NamedCheck kChecks[] = {
     {"running", "Ferrobank is running", checkRunning},
     {"drive", "Drive is mounted and writable", checkDrive},
     {"login", "Starts at login", checkLogin},
-    {"space", "Room on this Mac", checkSpace},
+    {"space", "Room on this computer", checkSpace},
     {"store", "The drive's store is sound", checkStore},
     {"integrity", "Stored data is intact", checkIntegrity},
     {"sharing", "Repeated data is stored once", checkSharing},
