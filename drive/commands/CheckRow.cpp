@@ -22,12 +22,6 @@ const char* word(CheckRow::State state)
     return "";
 }
 
-/// The title that the application knows a row by is not always what a person at a terminal would call it.
-std::string titleForPeople(const CheckRow& row)
-{
-    return row.id == "space" ? "Room on this computer" : row.title;
-}
-
 /// The application has a button for each remedy; at a terminal it is a command.
 std::optional<std::string> adviceForPeople(const CheckRow& row)
 {
@@ -62,8 +56,7 @@ std::string CheckRow::toJson() const
 std::string CheckRow::toText(bool colours) const
 {
     const bool good = state == State::Pass;
-    std::string text =
-        toned(good ? "passed  " : "failed  ", good ? Tone::Good : Tone::Bad, colours) + titleForPeople(*this);
+    std::string text = toned(good ? "passed  " : "failed  ", good ? Tone::Good : Tone::Bad, colours) + title;
     for (const std::optional<std::string>& more : {detail, adviceForPeople(*this)}) {
         if (more) {
             text += "\n        " + toned(*more, Tone::Quiet, colours);

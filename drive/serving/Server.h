@@ -20,7 +20,8 @@ namespace ferrobank::drive {
 
 /// What the serving process knows about itself.
 struct ServingProgram {
-    /// The path that the tool was started from: what lies beside it later is what this process becomes on a restart.
+    /// The path that the tool was started from: what lies beside it later is what this process becomes on a
+    /// restart.
     std::string path;
     /// Of the program that runs, which is the one beside that path.
     FileIdentity identity;

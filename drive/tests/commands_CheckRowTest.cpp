@@ -43,10 +43,6 @@ TEST(CheckRow, peopleSeeColoursOnlyWhereTheyAreWanted)
 
 TEST(CheckRow, peopleAreToldCommandsAndNoWordsOfAnotherSystem)
 {
-    const CheckRow space{.id = "space", .title = "Room on this Mac", .detail = {}, .fix = {}, .action = {}};
-    EXPECT_EQ(space.passed().toText(false), "passed  Room on this computer");
-    EXPECT_NE(space.passed().toJson().find(R"("title":"Room on this Mac")"), std::string::npos)
-        << "the application knows the row by it";
     EXPECT_EQ(kRow.failed("No.", kRestartAdvice, "restart").toText(false),
               "failed  Drive is mounted and writable\n        No.\n        Run: ferrobank restart");
     EXPECT_EQ(kRow.failed("No.", "Turn on Ferrobank in the login items.", "login-items")
