@@ -7,6 +7,7 @@
 #include "platform/Failure.h"
 #include "state/ServerProbe.h"
 #include "state/Work.h"
+#include "store/StoreExamination.h"
 
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -95,6 +96,9 @@ void ensureServing(const Paths& paths, const Log& log)
 {
     if (ServerProbe::probe(paths).running) {
         return;
+    }
+    if (isReadOnlyHost(paths.store)) {
+        throw Failure(readOnlyHostWords(), "host-read-only");
     }
     if (LoginStart(paths, log).start() && waitForServing(paths, kServingLimit)) {
         return;

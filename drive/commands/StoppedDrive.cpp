@@ -67,7 +67,7 @@ void StoppedDrive::stop()
         static_cast<void>(ask(server.socket(), {.operation = Operation::Quit}, kPingLimit));
     }
     _locks.emplace(takePlace(_paths));
-    _attachment.emplace(_paths, _log, chooseBackEnd(_paths));
+    _attachment.emplace(_paths, _log, chooseBackEnd(_paths, _locks->store.descriptor()));
     if (const std::optional<Volume> volume = _attachment->current()) {
         _attachment->detach(*volume);
     }

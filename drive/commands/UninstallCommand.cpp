@@ -8,10 +8,9 @@
 #include "figures/DisplayText.h"
 #include "login/LoginStart.h"
 #include "mounting/BackEndChoice.h"
-#include "mounting/FstabLine.h"
+#include "mounting/HelperBackEnd.h"
 #include "platform/Failure.h"
 #include "platform/Files.h"
-#include "platform/Program.h"
 #include "state/Work.h"
 
 #include <sys/stat.h>
@@ -24,8 +23,6 @@ namespace ferrobank::drive {
 
 namespace {
 
-constexpr std::chrono::seconds kHelperLimit{120};
-
 /// An image that cannot be used is still worth the refusal: only without any file is there nothing to copy.
 bool hasImage(const Paths& paths)
 {
@@ -33,16 +30,13 @@ bool hasImage(const Paths& paths)
     return ::lstat(paths.image.c_str(), &status) == 0 || ::access(paths.figures.c_str(), F_OK) == 0;
 }
 
-/// Only an administrator may, so a refusal is no reason to stop: the line does nothing without its store.
-void removeFstabLine(const Paths& paths, const Log& log)
+/// A refusal is no reason to stop: what is left does nothing without its store.
+void forgetApproval(const Paths& paths, const Log& log)
 {
-    if (!holdsFstabLine(readSmallFile(kFstab).value_or(std::string()), fstabLine(paths))) {
-        return;
-    }
-    const ProgramOutcome outcome =
-        runSystemProgram("pkexec", {ownPath(), "helper-fstab", "remove"}, kHelperLimit);
-    if (!outcome.succeeded()) {
-        log.write("The drive's line stays in /etc/fstab: " + outcome.output);
+    try {
+        forgetMountHelper(paths);
+    } catch (const Failure& failure) {
+        log.write("The administrator's approval stays: " + failure.text());
     }
 }
 
@@ -124,7 +118,7 @@ void uninstall(const Paths& paths, const Log& log, const UninstallWishes& wishes
     drive.stayAway();
     login.takeAway();
     drive.home().removeIfOwn();
-    removeFstabLine(paths, log);
+    forgetApproval(paths, log);
     if (copy) {
         copy->finish();
     } else if (wishes.exportTo) {

@@ -46,9 +46,9 @@ public:
     [[nodiscard]] pid_t start(const std::vector<std::string>& arguments) const;
     /// Becomes it, in a child that was forked for that.
     [[noreturn]] void become(const std::vector<std::string>& arguments) const;
-    /// Gives the home a new store of 64 GB, whose space guard is grown in no time; else the first start makes
-    /// 8 TB.
-    void makeSmallStore() const;
+    /// Gives the home a new store, of 64 GB unless told, whose space guard is grown in no time; else the
+    /// first start makes 8 TB.
+    void makeSmallStore(std::uint64_t bytes = std::uint64_t{64} << 30U) const;
     /// Starts `serve` as a child and returns at once.
     pid_t startServing();
     /// Starts it and waits until the drive is mounted or the attach has failed; true when mounted.
