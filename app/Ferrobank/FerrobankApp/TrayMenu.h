@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Ferrobank/Async/Lifeline.h"
 #include "Ferrobank/FerrobankApp/MenuContent.h"
 #include "Ferrobank/Model/Screen.h"
 
@@ -68,6 +69,7 @@ private:
     std::optional<MenuFacts> _facts; ///< of the menu as it is; absent until there is one
     QString _activationToken;
     bool _installingCommand = false;
+    Lifeline _lifeline;
 };
 
 } // namespace ferrobank
