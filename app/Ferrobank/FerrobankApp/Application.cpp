@@ -5,6 +5,7 @@
 #include "Platform/DesktopSession.h"
 #include "Platform/Memory.h"
 #include "Platform/SingleInstance.h"
+#include "Platform/VersionOnTrial.h"
 
 #include <QtCore/QLibraryInfo>
 #include <QtCore/QLocale>
@@ -74,7 +75,8 @@ int ferrobankApplication(int argc, char** argv)
     QGuiApplication::setApplicationDisplayName(u"Ferrobank"_s);
     QGuiApplication::setDesktopFileName(u"org.ferrobank.Ferrobank"_s);
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    QApplication application(argc, argv);
+    QApplication application(argc, argv); // ends the process where there is no display
+    countStartOnTrial();
     translate(application);
     session->attach();
 

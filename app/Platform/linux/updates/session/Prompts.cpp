@@ -62,6 +62,14 @@ UpdatePrompt nothingNew(const SessionView& view)
             prompt.buttons.append(button(UpdateAction::OpenPage, "Learn More\u2026"));
         return prompt;
     }
+    if (nothing.reason == "takenBack"_L1) {
+        prompt.headline = tr("Ferrobank %1 was taken back").arg(nothing.latest);
+        prompt.text =
+            tr("It was installed here before and did not start, so %1 was put back. Check again to try it "
+               "once more.")
+                .arg(view.installed);
+        return prompt;
+    }
     prompt.headline = tr("You\u2019re up to date!");
     if (nothing.reason == "newerThanLatest"_L1)
         prompt.text =
@@ -92,6 +100,8 @@ UpdatePrompt found(const SessionView& view)
     prompt.headline = offer.critical ? tr("An important update for Ferrobank is available")
                                      : tr("A new version of Ferrobank is available");
     prompt.text = tr("Ferrobank %1 is now available; you have %2.").arg(offer.displayVersion, view.installed);
+    if (offer.takenBack)
+        prompt.text += u' ' + tr("It was installed here before, did not start, and was taken back.");
     prompt.notes = offer.notes;
     prompt.dismiss = UpdateAction::RemindLater;
     if (!view.mayReplace) {
@@ -161,9 +171,13 @@ UpdatePrompt installing()
 UpdatePrompt replaced(const SessionView& view)
 {
     UpdatePrompt prompt;
-    prompt.headline = tr("Ferrobank was updated");
-    prompt.text = tr("Ferrobank %1 is installed; %2 is still running. Relaunch to finish the update.")
-                      .arg(view.replacement, view.installed);
+    prompt.headline =
+        view.replacementIsOlder ? tr("An older Ferrobank is installed") : tr("Ferrobank was updated");
+    prompt.text =
+        (view.replacementIsOlder
+             ? tr("Ferrobank %1 was put in the place of %2, which is still running. Relaunch to use it.")
+             : tr("Ferrobank %1 is installed; %2 is still running. Relaunch to finish the update."))
+            .arg(view.replacement, view.installed);
     prompt.buttons = {button(UpdateAction::Relaunch, "Relaunch"), button(UpdateAction::Close, "Later")};
     return prompt;
 }
