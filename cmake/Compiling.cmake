@@ -6,6 +6,7 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_AUTOMOC ON)
+include(Hardening)
 
 # Two checkouts share what one of them has compiled, so paths in it are relative to the checkout.
 if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
@@ -42,13 +43,7 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # GCC 12 warns inside its own coroutine frames about values that are initialised.
     target_compile_options(ferrobank-compiling INTERFACE -fcoroutines -Wno-maybe-uninitialized)
 endif()
-if(CMAKE_BUILD_TYPE MATCHES "Rel")
-    target_compile_options(
-        ferrobank-compiling
-        INTERFACE -fstack-protector-strong
-                  "$<$<NOT:$<BOOL:$<TARGET_PROPERTY:FERROBANK_TEST>>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
-    target_link_options(ferrobank-compiling INTERFACE -Wl,-z,relro -Wl,-z,now)
-endif()
+ferrobank_harden(ferrobank-compiling)
 if(FERROBANK_SANITIZE)
     set(sanitized "$<NOT:$<BOOL:$<TARGET_PROPERTY:FERROBANK_STARTED_BY_TESTS>>>")
     target_compile_options(

@@ -25,6 +25,8 @@ qt_add_qml_module(
         Components/AppFrame.qml
         Components/BodyText.qml
         Components/ButtonFace.qml
+        Components/EdgeFade.qml
+        Components/FigureText.qml
         Components/FocusRing.qml
         Components/HeadingText.qml
         Components/LazyScreen.qml
@@ -42,6 +44,7 @@ qt_add_qml_module(
         Components/SwitchTrack.qml
         Components/Toggle.qml
         Components/ToggleWords.qml
+        Components/WarningText.qml
         Components/WindowControl.qml
         Dashboard/Dashboard.qml
         Dashboard/Header.qml
@@ -72,6 +75,8 @@ qt_add_qml_module(
         Views/VerifyPage.qml
         Views/WelcomePage.qml
     SOURCES
+        Components/FigureDocument.cpp
+        Components/FigureDocument.h
         Components/Palette.cpp
         Components/Palette.h
         Components/RoundedBox.cpp

@@ -16,6 +16,10 @@ if(LLD_PROGRAM AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
     add_link_options("--ld-path=${LLD_PROGRAM}")
 endif()
 
+include("${PROJECT_SOURCE_DIR}/../cmake/Hardening.cmake")
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+check_pie_supported(LANGUAGES CXX)
+
 add_library(drive_settings INTERFACE)
 target_compile_features(drive_settings INTERFACE cxx_std_20)
 target_include_directories(drive_settings INTERFACE ${PROJECT_SOURCE_DIR})
@@ -27,8 +31,9 @@ if(FERROBANK_SANITIZE)
         -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(drive_settings INTERFACE -fsanitize=address,undefined)
 endif()
-# One of its commands runs as root.
-target_link_options(drive_settings INTERFACE -Wl,-z,relro -Wl,-z,now)
+# People run some of its commands as root, and what it reads may come from elsewhere.
+ferrobank_harden(drive_settings)
+ferrobank_harden_for_root(drive_settings)
 
 # Headers that are read once for all targets: half of the time of most files is reading them. Only Clang lets targets
 # share one set whose other definitions differ, and only sets without a time stamp suit the compiler cache.

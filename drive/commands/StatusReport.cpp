@@ -3,6 +3,7 @@
 #include "commands/ServedVolume.h"
 #include "commands/Words.h"
 #include "figures/DeviceCounters.h"
+#include "platform/ToolPrograms.h"
 #include "state/Figures.h"
 #include "store/Superblock.h"
 
@@ -12,7 +13,7 @@ namespace ferrobank::drive {
 
 bool isReplaced(const State& state)
 {
-    const std::optional<FileIdentity> there = identityOf(state.executablePath);
+    const std::optional<FileIdentity> there = identityOf(driveProgramOf(state.executablePath));
     return there && *there != state.executable;
 }
 

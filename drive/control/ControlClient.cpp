@@ -5,17 +5,25 @@
 #include "platform/Failure.h"
 
 #include <sys/socket.h>
+#include <sys/time.h>
 
 namespace ferrobank::drive {
 
 namespace {
 
-FileDescriptor connectTo(const std::filesystem::path& socket)
+/// Waits at most `limit` for room in the server's queue, and as long for each line that is sent later.
+FileDescriptor connectTo(const std::filesystem::path& socket, std::chrono::milliseconds limit)
 {
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(limit);
+    const timeval patience{.tv_sec = seconds.count(),
+                           .tv_usec = std::chrono::microseconds(limit - seconds).count()};
     try {
         const SocketAddress address = SocketAddress::of(socket);
         FileDescriptor connection(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-        if (connection && ::connect(connection.get(), address.get(), sizeof address.address) == 0) {
+        if (connection &&
+            ::setsockopt(connection.get(), SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience) == 0 &&
+            ::connect(connection.get(), address.get(), sizeof address.address) == 0)
+        {
             return connection;
         }
     } catch (const Failure&) {
@@ -30,7 +38,7 @@ FileDescriptor connectTo(const std::filesystem::path& socket)
 std::optional<Reply> ask(const std::filesystem::path& socket, const Request& request,
                          std::chrono::milliseconds limit)
 {
-    const FileDescriptor connection = connectTo(socket);
+    const FileDescriptor connection = connectTo(socket, limit);
     if (!connection || !sendLine(connection.get(), request.toLine())) {
         return std::nullopt;
     }

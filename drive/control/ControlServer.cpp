@@ -3,6 +3,7 @@
 #include "control/LineSocket.h"
 #include "control/SocketAddress.h"
 #include "platform/Failure.h"
+#include "platform/Guarded.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -10,16 +11,20 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <cstdint>
 #include <utility>
+#include <vector>
 
 namespace ferrobank::drive {
 
 namespace {
 
-constexpr std::chrono::milliseconds kRequestLimit{1000};
+/// How long to wait for a descriptor to become free, which nothing tells.
+constexpr std::chrono::milliseconds kDescriptorStep{100};
+constexpr std::chrono::milliseconds kTroubleStep{100};
+constexpr std::size_t kLongestLine = 64 * 1024;
 constexpr int kBacklog = 16;
 
 void raise(int eventDescriptor)
@@ -29,11 +34,14 @@ void raise(int eventDescriptor)
     [[maybe_unused]] const ssize_t put = ::write(eventDescriptor, &one, sizeof one);
 }
 
-bool isSameUser(int connection)
+std::optional<ucred> peerOf(int connection)
 {
     ucred peer{};
     socklen_t length = sizeof peer;
-    return ::getsockopt(connection, SOL_SOCKET, SO_PEERCRED, &peer, &length) == 0 && peer.uid == ::geteuid();
+    if (::getsockopt(connection, SOL_SOCKET, SO_PEERCRED, &peer, &length) != 0) {
+        return std::nullopt;
+    }
+    return peer;
 }
 
 } // namespace
@@ -43,9 +51,16 @@ void PendingRequest::answer(const Reply& reply) const
     sendLine(connection.get(), reply.toLine());
 }
 
-ControlServer::ControlServer(const std::filesystem::path& socket)
+bool ControlServer::isSameUser(const ucred& peer)
+{
+    return peer.uid == ::geteuid();
+}
+
+ControlServer::ControlServer(const std::filesystem::path& socket, Trouble trouble, Admission admission)
     : _path(socket),
-      _listener(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)),
+      _trouble(std::move(trouble)),
+      _admission(std::move(admission)),
+      _listener(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)),
       _wakeUp(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
       _endUp(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
 {
@@ -87,34 +102,118 @@ std::optional<PendingRequest> ControlServer::next()
 void ControlServer::run(const std::stop_token& stop)
 {
     while (!stop.stop_requested()) {
-        pollfd waiting[2] = {{.fd = _listener.get(), .events = POLLIN, .revents = 0},
-                             {.fd = _endUp.get(), .events = POLLIN, .revents = 0}};
-        if (::poll(waiting, 2, -1) <= 0 || waiting[0].revents == 0) {
-            continue;
-        }
-        FileDescriptor connection(::accept4(_listener.get(), nullptr, nullptr, SOCK_CLOEXEC));
-        if (connection && isSameUser(connection.get())) {
-            serve(std::move(connection));
+        if (!guarded([this] { turn(); }, _trouble)) {
+            _clients.clear();
+            // Whatever it is may be there still, and should not cost all of a processor.
+            pollfd end{.fd = _endUp.get(), .events = POLLIN, .revents = 0};
+            ::poll(&end, 1, static_cast<int>(kTroubleStep.count()));
         }
     }
 }
 
-void ControlServer::serve(FileDescriptor connection)
+void ControlServer::turn()
 {
-    const std::optional<std::string> line = readLine(connection.get(), kRequestLimit);
-    const std::optional<Request> request = line ? Request::fromLine(*line) : std::nullopt;
+    std::vector<pollfd> waiting{{.fd = _endUp.get(), .events = POLLIN, .revents = 0},
+                                {.fd = _acceptAgain ? -1 : _listener.get(), .events = POLLIN, .revents = 0}};
+    for (const Client& client : _clients) {
+        waiting.push_back({.fd = client.connection.get(), .events = POLLIN, .revents = 0});
+    }
+    const int ready = ::poll(waiting.data(), waiting.size(), pollTimeout(Clock::now()));
+    if (ready > 0) {
+        auto seen = waiting.begin() + 2;
+        for (Client& client : _clients) {
+            if ((seen++)->revents != 0) {
+                listenTo(client);
+            }
+        }
+    }
+    letGo(Clock::now());
+    if (_acceptAgain || (ready > 0 && waiting[1].revents != 0)) {
+        accept();
+    }
+}
+
+int ControlServer::pollTimeout(Clock::time_point now) const
+{
+    if (_acceptAgain) {
+        return static_cast<int>(kDescriptorStep.count());
+    }
+    if (_clients.empty()) {
+        return -1;
+    }
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(_clients.front().until - now);
+    return static_cast<int>(std::max<long long>(0, left.count()));
+}
+
+void ControlServer::accept()
+{
+    _acceptAgain = false;
+    for (;;) {
+        FileDescriptor connection(::accept4(_listener.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+        if (!connection) {
+            const int error = errno;
+            if (error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM) {
+                _acceptAgain = true;
+            }
+            return;
+        }
+        const std::optional<ucred> peer = peerOf(connection.get());
+        if (!peer || !_admission(*peer)) {
+            continue;
+        }
+        if (_clients.size() == kMostClients) {
+            _clients.pop_front();
+        }
+        _clients.push_back(
+            {.connection = std::move(connection), .said = {}, .until = Clock::now() + kRequestLimit});
+        // It has often said all it has to say, and answering it makes room for the next.
+        listenTo(_clients.back());
+        if (_clients.back().isOver) {
+            _clients.pop_back();
+        }
+    }
+}
+
+void ControlServer::listenTo(Client& client)
+{
+    char piece[1024];
+    while (!client.isOver) {
+        const ssize_t got = ::recv(client.connection.get(), piece, sizeof piece, 0);
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got < 0 && errno == EAGAIN) {
+            return;
+        }
+        client.said.append(piece, static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+        const std::size_t end = client.said.find('\n');
+        client.isOver = got <= 0 || end != std::string::npos || client.said.size() >= kLongestLine;
+        if (end != std::string::npos) {
+            serve(client, client.said.substr(0, end));
+        }
+    }
+}
+
+void ControlServer::serve(Client& client, const std::string& line)
+{
+    const std::optional<Request> request = Request::fromLine(line);
     if (!request) {
-        sendLine(connection.get(),
+        sendLine(client.connection.get(),
                  Reply{.ok = false, .code = "unknown", .text = "Unknown request."}.toLine());
         return;
     }
     if (request->operation == Operation::Ping) {
-        sendLine(connection.get(), Reply::success().toLine());
+        sendLine(client.connection.get(), Reply::success().toLine());
         return;
     }
     const std::lock_guard lock(_mutex);
-    _waiting.push_back({.request = *request, .connection = std::move(connection)});
+    _waiting.push_back({.request = *request, .connection = std::move(client.connection)});
     raise(_wakeUp.get());
+}
+
+void ControlServer::letGo(Clock::time_point now)
+{
+    _clients.remove_if([now](const Client& client) { return client.isOver || client.until <= now; });
 }
 
 } // namespace ferrobank::drive

@@ -69,10 +69,19 @@ void makeWritable(int volume)
     }
 }
 
+/// Lets the owner into a folder. Anything else of that name, a link too, stays as it is.
+void letOwnerIn(int parent, const char* name)
+{
+    const FileDescriptor folder(::openat(parent, name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (folder) {
+        ::chmod(("/proc/self/fd/" + std::to_string(folder.get())).c_str(), 0700);
+    }
+}
+
 /// Removes a folder of the caller's with all it holds, also where its permissions forbid that.
 bool removeFolder(int parent, const char* name)
 {
-    ::fchmodat(parent, name, 0700, 0);
+    letOwnerIn(parent, name);
     const int opened = ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
     DIR* const folder = opened < 0 ? nullptr : ::fdopendir(opened);
     if (folder == nullptr) {

@@ -12,6 +12,21 @@
 
 namespace ferrobank::drive {
 
+namespace {
+
+/// 0, or the error. A file system that has no such thing for folders keeps names by its own means.
+int syncFolder(const std::filesystem::path& folder)
+{
+    const FileDescriptor opened(
+        ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!opened) {
+        return errno;
+    }
+    return ::fsync(opened.get()) == 0 || errno == EINVAL || errno == ENOTSUP ? 0 : errno;
+}
+
+} // namespace
+
 std::optional<std::string> readSmallFile(const std::filesystem::path& path, std::size_t limit)
 {
     const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
@@ -61,6 +76,12 @@ void replaceFile(const std::filesystem::path& path, std::string_view text, Durab
     }
     if (error != 0) {
         ::unlink(temporary.c_str());
+        throw systemFailure(attempt, error);
+    }
+    if (durability == Durability::Synced) {
+        error = syncFolder(path.parent_path());
+    }
+    if (error != 0) {
         throw systemFailure(attempt, error);
     }
 }

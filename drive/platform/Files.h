@@ -15,7 +15,8 @@ namespace ferrobank::drive {
 enum class Durability { Cached, Synced };
 
 /// Puts `text` in place of the file in one step: a reader sees the old text or the new one, never a part. The
-/// new file has mode 0600. Throws Failure; the old file is then still there.
+/// new file has mode 0600. Throws Failure; the old file is then still there. Synced: after a power cut it is
+/// the new one, name included; where its folder cannot be synced the Failure comes after the replacement.
 void replaceFile(const std::filesystem::path& path, std::string_view text,
                  Durability durability = Durability::Cached);
 

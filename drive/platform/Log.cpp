@@ -7,7 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <chrono>
+#include <algorithm>
 #include <cstdio>
 #include <ctime>
 #include <string>
@@ -87,6 +87,26 @@ void Log::write(std::string_view text) const
     if (!file || ::write(file.get(), line.data(), line.size()) != static_cast<ssize_t>(line.size())) {
         std::fputs(line.c_str(), stderr);
     }
+}
+
+RepeatedLog::RepeatedLog(Log log, Clock clock) : _log(std::move(log)), _clock(std::move(clock)) {}
+
+void RepeatedLog::write(const std::string& text)
+{
+    const auto now = _clock();
+    const auto same = std::find_if(_written.begin(), _written.end(),
+                                   [&](const auto& written) { return written.first == text; });
+    if (same != _written.end()) {
+        if (now - same->second < kSilence) {
+            return;
+        }
+        _written.erase(same);
+    }
+    if (_written.size() == kTexts) {
+        _written.erase(_written.begin());
+    }
+    _written.emplace_back(text, now);
+    _log.write(text);
 }
 
 } // namespace ferrobank::drive

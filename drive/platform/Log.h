@@ -1,7 +1,12 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
+#include <functional>
+#include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace ferrobank::drive {
 
@@ -22,6 +27,26 @@ public:
 
 private:
     std::filesystem::path _path;
+};
+
+/// For what is tried again and again: the same words are written once, and again only when an hour has passed
+/// since, so that a failure that lasts does not push everything else out of the log. One thread.
+class RepeatedLog {
+public:
+    using Clock = std::function<std::chrono::steady_clock::time_point()>;
+
+    explicit RepeatedLog(Log log, Clock clock = std::chrono::steady_clock::now);
+
+    void write(const std::string& text);
+
+    static constexpr std::chrono::hours kSilence{1};
+    /// So many different texts are remembered; more forget the oldest.
+    static constexpr std::size_t kTexts = 16;
+
+private:
+    Log _log;
+    Clock _clock;
+    std::vector<std::pair<std::string, std::chrono::steady_clock::time_point>> _written;
 };
 
 } // namespace ferrobank::drive

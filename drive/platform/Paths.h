@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 namespace ferrobank::drive {
@@ -36,8 +37,12 @@ struct Paths {
     [[nodiscard]] std::filesystem::path socket() const { return runtime / "control.sock"; }
 
     /// From HOME (else the password data base), XDG_RUNTIME_DIR and XDG_CONFIG_HOME. Throws Failure when
-    /// there is no absolute home folder.
+    /// there is no absolute home folder, or when root would work in the home of another user.
     [[nodiscard]] static Paths fromEnvironment();
+    /// The same from the variables alone; nothing where HOME is missing or not absolute.
+    [[nodiscard]] static std::optional<Paths> fromVariables();
+    /// The same with another home folder.
+    [[nodiscard]] static Paths ofHome(const std::filesystem::path& home);
     [[nodiscard]] static Paths of(const std::filesystem::path& home, const std::filesystem::path& runtimeRoot,
                                   const std::filesystem::path& configuration);
 };

@@ -5,7 +5,7 @@
 #include "figures/IdlePriority.h"
 #include "figures/TreeWalk.h"
 #include "figures/Usage.h"
-#include "platform/Failure.h"
+#include "platform/Guarded.h"
 #include "sharing/ReadingPass.h"
 #include "sharing/Scanner.h"
 
@@ -84,12 +84,9 @@ std::stop_token Housekeeping::passToken()
 void Housekeeping::run(const std::stop_token& stop)
 {
     useIdlePriority();
+    RepeatedLog trouble(_log);
     while (!stop.stop_requested()) {
-        try {
-            lookOnce(stop);
-        } catch (const Failure& failure) {
-            _log.write(failure.text());
-        }
+        guarded([&] { lookOnce(stop); }, [&](const std::string& words) { trouble.write(words); });
         std::unique_lock lock(_mutex);
         _wake.wait_for(lock, stop, _pace.look, [] { return false; });
     }

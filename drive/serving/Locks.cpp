@@ -5,6 +5,7 @@
 #include "state/ServerProbe.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -29,9 +30,9 @@ void writeLockText(int file, const std::string& text)
     }
 }
 
-bool isOpen(int descriptor)
+void announce(const FileLock& store, const Paths& paths)
 {
-    return ::fcntl(descriptor, F_GETFD) >= 0;
+    writeLockText(store.descriptor(), LockText::of(::getpid(), paths.runtime).toText());
 }
 
 } // namespace
@@ -45,13 +46,21 @@ std::optional<Inheritance> Inheritance::fromText(const std::string& text)
 {
     Inheritance found;
     char rest = 0;
-    if (std::sscanf(text.c_str(), "%d,%d,%d%c", &found.serveLock, &found.storeLock, &found.reply, &rest) !=
-            3 ||
-        !isOpen(found.serveLock) || !isOpen(found.storeLock) || (found.reply != -1 && !isOpen(found.reply)))
+    if (std::sscanf(text.c_str(), "%d,%d,%d%c", &found.serveLock, &found.storeLock, &found.reply, &rest) != 3)
     {
         return std::nullopt;
     }
     return found;
+}
+
+FileDescriptor Inheritance::takeReply() const
+{
+    struct stat status{};
+    if (reply < 0 || ::fstat(reply, &status) != 0 || !S_ISSOCK(status.st_mode)) {
+        return {};
+    }
+    ::fcntl(reply, F_SETFD, FD_CLOEXEC);
+    return FileDescriptor(reply);
 }
 
 std::optional<Locks> Locks::tryTake(const Paths& paths)
@@ -66,7 +75,7 @@ std::optional<Locks> Locks::tryTake(const Paths& paths)
     if (!store) {
         return std::nullopt;
     }
-    writeLockText(store->descriptor(), LockText{.process = ::getpid(), .runtime = paths.runtime}.toText());
+    announce(*store, paths);
     return Locks{.serve = std::move(*serve), .store = std::move(*store)};
 }
 
@@ -86,10 +95,23 @@ std::optional<Locks> Locks::take(const Paths& paths)
     }
 }
 
-Locks Locks::inherit(const Inheritance& inheritance)
+std::optional<Locks> Locks::inherit(const Inheritance& inheritance, const Paths& paths)
 {
-    return {.serve = FileLock::inherit(inheritance.serveLock),
-            .store = FileLock::inherit(inheritance.storeLock)};
+    std::optional<FileLock> store = FileLock::inherit(inheritance.storeLock, paths.storeLock);
+    if (!store) {
+        return std::nullopt;
+    }
+    std::optional<FileLock> serve = FileLock::inherit(inheritance.serveLock, paths.serveLock());
+    if (!serve) {
+        const FileDescriptor clearedAway(inheritance.serveLock);
+        ensurePrivateFolder(paths.runtime);
+        serve = FileLock::tryTake(paths.serveLock());
+    }
+    if (!serve) {
+        return std::nullopt;
+    }
+    announce(*store, paths);
+    return Locks{.serve = std::move(*serve), .store = std::move(*store)};
 }
 
 } // namespace ferrobank::drive

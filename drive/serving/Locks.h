@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/FileDescriptor.h"
 #include "platform/FileLock.h"
 #include "platform/Paths.h"
 
@@ -19,8 +20,13 @@ struct Inheritance {
     static constexpr const char* kVariable = "FERROBANK_ADOPT";
 
     [[nodiscard]] std::string toText() const;
-    /// Nothing unless the text is well formed and all its descriptors are open.
+    /// Nothing unless the text is well formed. What the descriptors are is for `Locks::inherit` to see:
+    /// anybody can write an environment.
     [[nodiscard]] static std::optional<Inheritance> fromText(const std::string& text);
+
+    /// The connection that waits, closed in the programs that this process starts; none when the number is
+    /// not that of a socket.
+    [[nodiscard]] FileDescriptor takeReply() const;
 };
 
 /// The two locks of a serving process: one in the runtime folder, one beside the image, which still holds
@@ -35,7 +41,10 @@ struct Locks {
     /// The same, but waits for a holder that was killed: its locks go with the last of its threads, which on
     /// a busy computer takes a while, and nobody else would serve the drive then.
     [[nodiscard]] static std::optional<Locks> take(const Paths& paths);
-    [[nodiscard]] static Locks inherit(const Inheritance& inheritance);
+    /// The locks of the program that this process was before. Nothing, with all descriptors as they were,
+    /// unless the one is open on the store's lock file and locked: the text came from the environment. The
+    /// other one may have been cleared away with the runtime folder, and is taken anew then. Throws Failure.
+    [[nodiscard]] static std::optional<Locks> inherit(const Inheritance& inheritance, const Paths& paths);
 };
 
 } // namespace ferrobank::drive

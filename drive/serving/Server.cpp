@@ -2,6 +2,7 @@
 
 #include "figures/DeviceCounters.h"
 #include "platform/Failure.h"
+#include "platform/Guarded.h"
 #include "store/Superblock.h"
 
 #include <fcntl.h>
@@ -29,6 +30,7 @@ using namespace std::chrono_literals;
 constexpr auto kRetryStep = 2s;
 constexpr auto kRetryTime = 60s;
 constexpr auto kDeviceLookStep = 60s;
+constexpr auto kTroubleStep = 1s;
 constexpr auto kPatienceAtEnd = 10s;
 
 FileDescriptor takeSignals()
@@ -47,6 +49,7 @@ FileDescriptor takeSignals()
 Server::Server(Paths paths, Log log, ServingProgram program, Locks locks, std::unique_ptr<BackEnd> backEnd)
     : _paths(std::move(paths)),
       _log(std::move(log)),
+      _trouble(_log),
       _program(std::move(program)),
       _locks(std::move(locks)),
       _attachment(_paths, _log, std::move(backEnd)),
@@ -151,6 +154,9 @@ void Server::tryAttach(Interaction interaction)
             return;
         }
         becomeFailed({.code = failure.code(), .text = failure.text()});
+    } catch (const std::exception& error) {
+        becomeFailed(
+            {.code = "failed", .text = std::string("The drive could not be mounted: ") + error.what() + "."});
     }
 }
 
@@ -168,8 +174,8 @@ void Server::becomeMounted(const Volume& volume)
     if (_state.since == 0) {
         _state.since = ::time(nullptr);
     }
-    lookAtDevice();
     startWorkers();
+    lookAtDevice();
     publish();
 }
 
@@ -188,14 +194,19 @@ void Server::becomeFailed(const Problem& problem)
 
 void Server::startWorkers()
 {
-    if (_volume && !_volume->readOnly) {
-        _workers = std::make_unique<Workers>(_paths, _log, *_volume, _state, _mailbox);
+    // Without them the drive is of use all the same; they are tried again with the next look at the device.
+    if (_volume && !_volume->readOnly && !_workers) {
+        attempt([this] { _workers = std::make_unique<Workers>(_paths, _log, *_volume, _state, _mailbox); });
     }
 }
 
 void Server::listen()
 {
-    _control = std::make_unique<ControlServer>(_paths.socket());
+    // The socket has a thread of its own, so it has a memory of what was told of its own.
+    _control = std::make_unique<ControlServer>(
+        _paths.socket(), [trouble = RepeatedLog(_log)](const std::string& words) mutable {
+            trouble.write("The drive's socket: " + words);
+        });
     // Without the watch, the next look at the device notices as well.
     _runtimeWatch = FileDescriptor(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
     if (_runtimeWatch) {
@@ -209,7 +220,7 @@ void Server::publish()
     if (_state == _published && !isClearedAway) {
         return;
     }
-    try {
+    attempt([&] {
         // A runtime folder that was cleared away under us comes back, with a socket that can be reached.
         if (isClearedAway) {
             _control.reset();
@@ -219,8 +230,13 @@ void Server::publish()
         replaceFile(_paths.state(), _state.toJson());
         _published = _state;
         keepFigures();
-    } catch (const Failure& failure) {
-        _log.write(failure.text());
+    });
+}
+
+void Server::attempt(const std::function<void()>& step)
+{
+    if (!guarded(step, [this](const std::string& words) { _trouble.write(words); })) {
+        _troubled = true;
     }
 }
 
@@ -248,9 +264,26 @@ void Server::waitForEvents()
     if (events[4].revents != 0) {
         _runtimeWatch.reset(); // the folder that comes back gets its own
     }
-    _mailbox.applyTo(_state);
-    lookAtMounts(events[3].revents != 0 ? MountsChanged::Yes : MountsChanged::No);
+    _troubled = false;
+    attempt([this] { _mailbox.applyTo(_state); });
+    attempt([&] { lookAtMounts(events[3].revents != 0 ? MountsChanged::Yes : MountsChanged::No); });
+    attempt([this] { lookAtTimes(); });
+    attempt([this] { handleSignals(); });
+    if (!_ended) {
+        handleRequests();
+        publish();
+    }
+    if (_troubled && !_ended) {
+        // What went wrong may be there still, and its event too: it should not cost all of a processor.
+        pollfd signals{.fd = _signals.get(), .events = POLLIN, .revents = 0};
+        ::poll(&signals, 1, static_cast<int>(std::chrono::milliseconds(kTroubleStep).count()));
+    }
+}
+
+void Server::lookAtTimes()
+{
     const Clock::time_point now = Clock::now();
+    _ended = _ended || (_stopLimit && now >= *_stopLimit);
     if (now >= _deviceLook) {
         _deviceLook = now + kDeviceLookStep;
         lookAtDevice();
@@ -264,12 +297,6 @@ void Server::waitForEvents()
     }
     if (_retryAt && now >= *_retryAt) {
         tryAttach(Interaction::Silent);
-    }
-    _ended = _ended || (_stopLimit && now >= *_stopLimit);
-    handleSignals();
-    if (!_ended) {
-        handleRequests();
-        publish();
     }
 }
 
@@ -315,6 +342,9 @@ void Server::lookAtDevice()
     if (!_volume) {
         return;
     }
+    if (!_workers) {
+        startWorkers();
+    }
     const FileDescriptor folder(::open(_volume->mountPoint.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     const std::optional<DeviceErrors> errors = folder ? deviceErrors(folder.get()) : std::nullopt;
     if (!errors) {
@@ -347,7 +377,19 @@ void Server::handleRequests()
         if (!request) {
             return;
         }
-        handle(std::move(*request));
+        attempt([&] {
+            try {
+                handle(*request);
+            } catch (const std::exception& error) {
+                if (_volume && !_workers) {
+                    startWorkers();
+                }
+                if (request->connection) {
+                    request->answer({.ok = false, .code = "failed", .text = error.what()});
+                }
+                throw;
+            }
+        });
     }
 }
 
@@ -360,12 +402,12 @@ void Server::endGently()
     }
     try {
         detachWithin(kPatienceAtEnd);
-    } catch (const Failure& failure) {
+    } catch (const std::exception& failure) {
         const FileDescriptor folder(::open(_volume->mountPoint.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         if (folder) {
             ::syncfs(folder.get());
         }
-        _log.write("The drive stays mounted: " + failure.text());
+        _log.write(std::string("The drive stays mounted: ") + failure.what());
     }
 }
 

@@ -11,6 +11,7 @@
 #include "state/State.h"
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -19,8 +20,9 @@ namespace ferrobank::drive {
 
 /// What the serving process knows about itself.
 struct ServingProgram {
-    /// The path it was started from: what is there later is what it becomes on a restart.
+    /// The path that the tool was started from: what lies beside it later is what this process becomes on a restart.
     std::string path;
+    /// Of the program that runs, which is the one beside that path.
     FileIdentity identity;
     std::string version;
 };
@@ -56,14 +58,17 @@ private:
     void lookAtMounts(MountsChanged mountsChanged);
     void lookAtDevice();
     void handleRequests();
-    void handle(PendingRequest request);
-    void restart(PendingRequest request);
+    void handle(PendingRequest& request);
+    void restart(PendingRequest& request);
     void becomeNewProgram(FileDescriptor waiting);
     void stop(const PendingRequest& request);
     void detachWithin(std::chrono::seconds limit);
     void endGently();
     void startWorkers();
     void waitForEvents();
+    /// One step of a turn: what goes wrong in it is logged, and the others go on.
+    void attempt(const std::function<void()>& step);
+    void lookAtTimes();
     void handleSignals();
     void listen();
     void publish();
@@ -74,6 +79,7 @@ private:
 
     Paths _paths;
     Log _log;
+    RepeatedLog _trouble;
     ServingProgram _program;
     Locks _locks;
     Attachment _attachment;
@@ -93,6 +99,8 @@ private:
     std::optional<Clock::time_point> _stopLimit;
     std::optional<Clock::time_point> _exportLimit;
     bool _ended = false;
+    /// A step of this turn went wrong.
+    bool _troubled = false;
 };
 
 } // namespace ferrobank::drive

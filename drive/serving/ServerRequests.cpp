@@ -1,4 +1,5 @@
 #include "platform/Failure.h"
+#include "platform/ToolPrograms.h"
 #include "serving/Server.h"
 
 #include <fcntl.h>
@@ -30,7 +31,7 @@ void keepOverExec(int descriptor, bool keep)
 
 } // namespace
 
-void Server::handle(PendingRequest request)
+void Server::handle(PendingRequest& request)
 {
     switch (request.request.operation) {
     case Operation::Ping:
@@ -43,7 +44,7 @@ void Server::handle(PendingRequest request)
         request.answer(attachReply());
         return;
     case Operation::Restart:
-        restart(std::move(request));
+        restart(request);
         return;
     case Operation::Reexec:
         becomeNewProgram(std::move(request.connection));
@@ -85,7 +86,7 @@ void Server::detachWithin(std::chrono::seconds limit)
     }
 }
 
-void Server::restart(PendingRequest request)
+void Server::restart(PendingRequest& request)
 {
     if (_volume) {
         try {
@@ -116,7 +117,10 @@ void Server::becomeNewProgram(FileDescriptor waiting)
     }
     ::setenv(Inheritance::kVariable, inheritance.toText().c_str(), 1);
     _log.write("Taking up " + _program.path + ".");
-    ::execl(_program.path.c_str(), _program.path.c_str(), "serve", nullptr);
+    // Not by way of the small program: that one is there as long as its file is, whatever is missing behind
+    // it.
+    const std::filesystem::path program = driveProgramOf(_program.path);
+    ::execl(program.c_str(), _program.path.c_str(), "serve", nullptr);
 
     const Failure failure = systemFailure("The drive's new program cannot be started", errno);
     ::unsetenv(Inheritance::kVariable);

@@ -2,37 +2,70 @@
 
 #include "platform/FileLock.h"
 
-#include <charconv>
+#include <sstream>
 
 namespace ferrobank::drive {
 
+namespace {
+
+struct ProcessFacts {
+    char state = 'X';
+    std::uint64_t start = 0;
+};
+
+/// From /proc/PROCESS/stat, see proc(5): the state is its third field, the start its twenty-second.
+std::optional<ProcessFacts> factsOf(int process)
+{
+    const std::optional<std::string> text = readSmallFile("/proc/" + std::to_string(process) + "/stat");
+    // The fields follow the name, which may hold anything, brackets too.
+    const std::size_t name = text ? text->rfind(") ") : std::string::npos;
+    if (name == std::string::npos) {
+        return std::nullopt;
+    }
+    std::istringstream fields(text->substr(name + 2));
+    ProcessFacts facts;
+    fields >> facts.state;
+    std::string passedOver;
+    for (int field = 4; field < 22; ++field) {
+        fields >> passedOver;
+    }
+    fields >> facts.start;
+    return fields ? std::optional(facts) : std::nullopt;
+}
+
+} // namespace
+
+LockText LockText::of(int process, const std::filesystem::path& runtime)
+{
+    return {.process = process,
+            .start = factsOf(process).value_or(ProcessFacts()).start,
+            .bootId = drive::bootId(),
+            .runtime = runtime};
+}
+
 std::string LockText::toText() const
 {
-    return std::to_string(process) + " " + runtime.string();
+    return std::to_string(process) + " " + std::to_string(start) + " " + bootId + " " + runtime.string();
 }
 
 std::optional<LockText> LockText::fromText(const std::string& text)
 {
     LockText found;
-    const char* end = text.data() + text.size();
-    const auto [rest, error] = std::from_chars(text.data(), end, found.process);
-    if (error != std::errc() || end - rest < 2 || rest[0] != ' ' || rest[1] != '/') {
+    std::istringstream fields(text);
+    if (!(fields >> found.process >> found.start >> found.bootId) || fields.get() != ' ' ||
+        fields.peek() != '/')
+    {
         return std::nullopt;
     }
-    found.runtime = std::string(rest + 1, end);
+    found.runtime = text.substr(static_cast<std::size_t>(fields.tellg()));
     return found;
 }
 
 bool LockText::isAlive() const
 {
-    const std::optional<std::string> facts = readSmallFile("/proc/" + std::to_string(process) + "/stat");
-    if (!facts) {
-        return false;
-    }
-    // The state follows the name, which may hold anything, brackets too.
-    const std::size_t name = facts->rfind(") ");
-    const char state = name == std::string::npos ? 'X' : (*facts)[name + 2];
-    return state != 'Z' && state != 'X';
+    const std::optional<ProcessFacts> facts = factsOf(process);
+    return facts && facts->state != 'Z' && facts->state != 'X' && facts->start == start &&
+           bootId == drive::bootId();
 }
 
 ServerProbe ServerProbe::probe(const Paths& paths)

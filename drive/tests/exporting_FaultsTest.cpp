@@ -266,6 +266,17 @@ TEST_F(Faults, copyIsReadBackFromItsDisk)
     EXPECT_EQ(result.firstDifferences, std::vector<std::string>{"“a” has another content in the copy."});
 }
 
+TEST_F(Faults, linkAmongTheLeftoversIsNotFollowed)
+{
+    const fs::path outside = root().parent_path() / "outside";
+    fs::create_directory(outside);
+    fs::permissions(outside, fs::perms(0755));
+    fs::create_directories(root() / ".ferrobank");
+    fs::create_directory_symlink(outside, root() / ".ferrobank/export-1");
+    removeLeftoverSnapshots(root());
+    EXPECT_EQ(fs::status(outside).permissions(), fs::perms(0755));
+}
+
 TEST_F(Faults, leftoverSnapshotsAreRemoved)
 {
     fillDrive();

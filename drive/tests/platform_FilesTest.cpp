@@ -4,8 +4,25 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <fstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+/// What was synced, as the paths were then; the library's own function is called all the same.
+std::vector<std::filesystem::path> synced;
+
+} // namespace
+
+extern "C" int fsync(int descriptor)
+{
+    synced.push_back(std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor)));
+    return static_cast<int>(::syscall(SYS_fsync, descriptor));
+}
 
 namespace ferrobank::drive::testing {
 namespace {
@@ -21,6 +38,19 @@ TEST(Files, replacedFileHasTheNewTextAndIsPrivate)
     ASSERT_EQ(::stat(file.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777, 0600U);
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
+}
+
+TEST(Files, syncedReplacementIsSyncedWithItsName)
+{
+    const TemporaryFolder folder;
+    synced.clear();
+    replaceFile(folder.path() / "file", "text", Durability::Synced);
+    ASSERT_EQ(synced.size(), 2U);
+    EXPECT_EQ(synced[0].parent_path(), folder.path()) << "first what is in it, under the passing name";
+    EXPECT_EQ(synced[1], folder.path());
+    synced.clear();
+    replaceFile(folder.path() / "file", "other");
+    EXPECT_TRUE(synced.empty());
 }
 
 TEST(Files, failedReplacementKeepsTheOldFileAndLeavesNothing)

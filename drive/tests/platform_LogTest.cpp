@@ -1,9 +1,14 @@
+#include "platform/Failure.h"
 #include "platform/Files.h"
+#include "platform/Guarded.h"
 #include "platform/Log.h"
 #include "testing/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <new>
+#include <stdexcept>
 #include <thread>
 #include <vector>
 
@@ -68,6 +73,50 @@ TEST(Log, unwritableLogStopsNobody)
     ::testing::internal::CaptureStderr();
     log.write("words");
     EXPECT_NE(::testing::internal::GetCapturedStderr().find("words"), std::string::npos);
+}
+
+TEST(RepeatedLog, sameWordsAreWrittenOnceAnHour)
+{
+    const TemporaryFolder folder;
+    const Log log(folder.path() / "ferrobank.log");
+    auto now = std::chrono::steady_clock::time_point();
+    RepeatedLog repeated(log, [&] { return now; });
+    const auto count = [&](const std::string& words) {
+        const std::string text = readSmallFile(log.path()).value_or("");
+        int found = 0;
+        for (std::size_t at = text.find(words); at != std::string::npos; at = text.find(words, at + 1)) {
+            ++found;
+        }
+        return found;
+    };
+    for (int turn = 0; turn < 100; ++turn) {
+        repeated.write("no room");
+        repeated.write("no folder");
+        now += std::chrono::seconds(5);
+    }
+    EXPECT_EQ(count("no room"), 1);
+    EXPECT_EQ(count("no folder"), 1);
+    now += RepeatedLog::kSilence;
+    repeated.write("no room");
+    EXPECT_EQ(count("no room"), 2);
+    for (std::size_t number = 0; number < 2 * RepeatedLog::kTexts; ++number) {
+        repeated.write("failure " + std::to_string(number) + ".");
+    }
+    repeated.write("no room");
+    EXPECT_EQ(count("no room"), 3) << "it remembers only so many";
+}
+
+TEST(Guarded, whateverIsThrownIsToldInWords)
+{
+    std::string told;
+    const auto tell = [&](const std::string& words) { told = words; };
+    EXPECT_TRUE(guarded([] {}, tell));
+    EXPECT_EQ(told, "");
+    EXPECT_FALSE(guarded([] { throw Failure("No room."); }, tell));
+    EXPECT_EQ(told, "No room.");
+    EXPECT_FALSE(guarded([] { throw std::out_of_range("index"); }, tell));
+    EXPECT_EQ(told, "Something unforeseen happened: index.");
+    EXPECT_FALSE(guarded([] { throw std::bad_alloc(); }, [](const std::string&) { throw std::bad_alloc(); }));
 }
 
 } // namespace

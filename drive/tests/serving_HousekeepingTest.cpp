@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <memory>
+#include <stdexcept>
 
 namespace ferrobank::drive::testing {
 namespace {
@@ -48,7 +49,13 @@ protected:
             conditions.cores = 2;
             return conditions;
         };
-        pace.walkAllowed = mayWalk;
+        pace.walkAllowed = [this](const std::optional<LastWalk>& last, std::uint64_t generation) {
+            if (looksThatFail > 0) {
+                --looksThatFail;
+                throw std::runtime_error("no luck");
+            }
+            return mayWalk(last, generation);
+        };
         pace.quietSeconds = 0;
         const FileDescriptor folder(::open(root().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         housekeeping = std::make_unique<Housekeeping>(paths, Log(paths.log), root(),
@@ -88,6 +95,7 @@ protected:
     std::atomic<std::int64_t> wall = kToday;
     std::atomic<std::chrono::nanoseconds> monotonic{1h};
     std::atomic<double> load = 0;
+    std::atomic<int> looksThatFail = 0;
     HousekeepingMemory memory;
     Mailbox mailbox;
     State state;
@@ -179,6 +187,18 @@ TEST_F(HousekeepingTest, pausedSharingWaitsUntilItIsAllowedAgain)
     EXPECT_EQ(state.sharing.last, 0);
     housekeeping->setSharing(Housekeeping::Sharing::Allowed);
     EXPECT_TRUE(becomes([&] { return state.sharing.last == kToday; }));
+}
+
+TEST_F(HousekeepingTest, somethingUnforeseenIsLoggedOnceAndTheNextLookComes)
+{
+    looksThatFail = 5;
+    start();
+    ASSERT_TRUE(becomes([&] { return state.volumeUsed.has_value(); }));
+    EXPECT_EQ(looksThatFail, 0);
+    const std::string log = readFile(paths.log);
+    const std::size_t first = log.find("Something unforeseen happened: no luck.");
+    ASSERT_NE(first, std::string::npos) << log;
+    EXPECT_EQ(log.find("no luck", first + 40), std::string::npos) << log;
 }
 
 TEST_F(HousekeepingTest, driveThatHasGoneIsNoError)

@@ -4,6 +4,7 @@
 #include "platform/FileLock.h"
 #include "state/Figures.h"
 #include "state/ServerProbe.h"
+#include "testing/DriveHost.h"
 #include "testing/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -92,23 +93,28 @@ TEST(Figures, missingOrDamagedFileIsNone)
 
 TEST(LockText, holdsProcessAndFolder)
 {
-    const auto found = LockText::fromText(LockText{.process = 17, .runtime = "/run/a b"}.toText());
+    const auto found = LockText::fromText(
+        LockText{.process = 17, .start = 4711, .bootId = "a-b", .runtime = "/run/a b"}.toText());
     ASSERT_TRUE(found);
     EXPECT_EQ(found->process, 17);
+    EXPECT_EQ(found->start, 4711U);
+    EXPECT_EQ(found->bootId, "a-b");
     EXPECT_EQ(found->runtime, "/run/a b");
-    for (const char* text : {"", "17", "17 ", "17 relative", "x /run", " /run"}) {
+    for (const char* text :
+         {"", "17", "17 ", "17 1 b relative", "x 1 b /run", "17 /run", "17 1 b", "17 1 b "})
+    {
         EXPECT_FALSE(LockText::fromText(text)) << text;
     }
 }
 
 TEST(LockText, holderLivesUntilItIsKilledAndNotOnlyUntilItIsForgotten)
 {
-    EXPECT_TRUE((LockText{.process = ::getpid(), .runtime = "/run"}.isAlive()));
+    EXPECT_TRUE(LockText::of(::getpid(), "/run").isAlive());
     const pid_t child = ::fork();
     if (child == 0) {
         ::pause();
     }
-    const LockText holder{.process = child, .runtime = "/run"};
+    const LockText holder = LockText::of(child, "/run");
     EXPECT_TRUE(holder.isAlive());
     ::kill(child, SIGKILL);
     siginfo_t end{};
@@ -116,6 +122,35 @@ TEST(LockText, holderLivesUntilItIsKilledAndNotOnlyUntilItIsForgotten)
     EXPECT_FALSE(holder.isAlive()) << "its status was not taken yet";
     ::waitpid(child, nullptr, 0);
     EXPECT_FALSE(holder.isAlive());
+}
+
+TEST(LockText, processThatHasTheNumberByNowIsNotTheHolder)
+{
+    LockText holder = LockText::of(::getpid(), "/run");
+    ASSERT_TRUE(holder.isAlive());
+    holder.start -= 1;
+    EXPECT_FALSE(holder.isAlive()) << "one that was started earlier";
+    holder = LockText::of(::getpid(), "/run");
+    holder.bootId = "00000000-0000-0000-0000-000000000000";
+    EXPECT_FALSE(holder.isAlive()) << "one of an earlier run of the computer";
+}
+
+TEST(LockText, staysTheSameWhenTheProcessBecomesAnotherProgram)
+{
+    const TemporaryFolder folder;
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::execl("/bin/sleep", "sleep", "60", nullptr);
+        ::_exit(127);
+    }
+    const LockText holder = LockText::of(child, "/run");
+    EXPECT_TRUE(waitUntil([&] {
+        return std::filesystem::read_symlink("/proc/" + std::to_string(child) + "/exe").filename() !=
+               std::filesystem::read_symlink("/proc/self/exe").filename();
+    }));
+    EXPECT_TRUE(holder.isAlive());
+    ::kill(child, SIGKILL);
+    ::waitpid(child, nullptr, 0);
 }
 
 TEST(ServerProbe, lockOfAKilledHolderIsNoRunningServer)
@@ -131,7 +166,7 @@ TEST(ServerProbe, lockOfAKilledHolderIsNoRunningServer)
     }
     ::waitpid(child, nullptr, 0);
     for (const auto& [holder, running] : {std::pair(::getpid(), true), std::pair(child, false)}) {
-        const std::string text = LockText{.process = holder, .runtime = paths.runtime}.toText();
+        const std::string text = LockText::of(holder, paths.runtime).toText();
         ASSERT_EQ(::pwrite(lock->descriptor(), text.data(), text.size(), 0),
                   static_cast<ssize_t>(text.size()));
         ASSERT_EQ(::ftruncate(lock->descriptor(), static_cast<off_t>(text.size())), 0);

@@ -1,26 +1,60 @@
+#include "control/SocketAddress.h"
 #include "mounting/DirectBackEnd.h"
 #include "mounting/Volume.h"
 #include "platform/FileLock.h"
 #include "platform/Files.h"
+#include "platform/ToolPrograms.h"
+#include "state/ServerProbe.h"
 #include "testing/DriveHost.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <pwd.h>
 #include <signal.h>
 #include <sys/mount.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace ferrobank::drive::testing {
 namespace {
 
 using nlohmann::json;
+
+/// A copy of the socket that a process listens at.
+FileDescriptor listenerOf(pid_t process)
+{
+    const FileDescriptor handle(static_cast<int>(::syscall(SYS_pidfd_open, process, 0)));
+    const std::string folder = "/proc/" + std::to_string(process) + "/fd";
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        const int number = std::stoi(entry.path().filename().string());
+        FileDescriptor copy(static_cast<int>(::syscall(SYS_pidfd_getfd, handle.get(), number, 0)));
+        int listens = 0;
+        socklen_t size = sizeof listens;
+        if (::getsockopt(copy.get(), SOL_SOCKET, SO_ACCEPTCONN, &listens, &size) == 0 && listens == 1) {
+            return copy;
+        }
+    }
+    return {};
+}
+
+/// How often the main thread of a process has gone to sleep.
+std::string waits(pid_t process)
+{
+    const std::string text = readSmallFile("/proc/" + std::to_string(process) + "/status").value_or("");
+    const std::size_t at = text.find("\nvoluntary_ctxt_switches:");
+    return at == std::string::npos ? "" : text.substr(at, text.find('\n', at + 1) - at);
+}
 
 class Serve : public ::testing::Test {
 protected:
@@ -115,6 +149,62 @@ TEST_F(Serve, secondServeEndsWithZeroAndChangesNothing)
     EXPECT_NE(host->logText().find("served already by another process"), std::string::npos);
 }
 
+TEST_F(Serve, secondServeWithForgedDescriptorsEndsToo)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    const pid_t first = host->servingProcess();
+    // They are open, and nothing else about them is true.
+    for (const char* descriptors : {"0,1,-1", "1,2,0", "2,2,2"}) {
+        host->setVariable("FERROBANK_ADOPT", descriptors);
+        EXPECT_EQ(host->run({"serve"}).status, 0);
+    }
+    host->setVariable("FERROBANK_ADOPT", "");
+    EXPECT_EQ(host->servingProcess(), first);
+    EXPECT_EQ(host->logText().find("mounted already"), std::string::npos) << host->logText();
+    EXPECT_EQ(host->run({"status", "--json"}).errorText, "");
+    EXPECT_EQ(status()["mounted"], true);
+}
+
+TEST_F(Serve, serveAfterAKilledHolderStartsEvenWhenItsNumberIsTakenAgain)
+{
+    std::filesystem::create_directories(host->paths().store);
+    // Its locks are gone a moment after it: until then the file is locked, and its number may be ours.
+    auto dying = FileLock::tryTake(host->paths().storeLock);
+    ASSERT_TRUE(dying);
+    LockText text = LockText::of(::getpid(), host->paths().runtime);
+    text.start -= 1;
+    ASSERT_GT(::pwrite(dying->descriptor(), text.toText().data(), text.toText().size(), 0), 0);
+    host->makeSmallStore();
+    const pid_t started = host->startServing();
+    // It looks at the lock again and again instead of leaving the drive to the one that is gone.
+    std::string before;
+    int looks = 0;
+    EXPECT_TRUE(waitUntil([&] {
+        const std::string now = waits(started);
+        looks += now != before ? 1 : 0;
+        before = now;
+        return looks > 20;
+    }));
+    dying.reset();
+    EXPECT_TRUE(waitUntil([&] { return host->isMounted(); })) << host->logText();
+}
+
+TEST_F(Serve, sixteenSilentConnectionsDoNotMakeTheServerSeemDead)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    const SocketAddress address = SocketAddress::of(host->paths().socket());
+    std::vector<FileDescriptor> silent;
+    while (silent.size() < 16) {
+        silent.emplace_back(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+        ASSERT_EQ(::connect(silent.back().get(), address.get(), sizeof address.address), 0);
+    }
+    const ToolRun check = host->run({"check", "--json"});
+    EXPECT_EQ(check.output.find("not running"), std::string::npos) << check.output;
+    EXPECT_NE(check.output.find(R"({"id":"running","title":"Ferrobank is running","state":"pass"})"),
+              std::string::npos)
+        << check.output;
+}
+
 TEST_F(Serve, secondServeWithAnotherRuntimeFolderEndsToo)
 {
     ASSERT_TRUE(host->serveAndMount());
@@ -174,6 +264,17 @@ TEST_F(Serve, runtimeFolderThatCannotBeMadeLeavesTheDriveMounted)
     EXPECT_TRUE(waitUntil([&] { return host->logText().find("is not a folder") != std::string::npos; }));
     EXPECT_NE(host->servingProcess(), 0);
     EXPECT_TRUE(host->isMounted());
+    // Every mount wakes the server, which fails again and says nothing more about it.
+    const std::filesystem::path elsewhere = host->folder() / "elsewhere";
+    std::filesystem::create_directory(elsewhere);
+    for (int turn = 0; turn < 3; ++turn) {
+        const std::string before = waits(host->servingProcess());
+        ASSERT_EQ(::mount("none", elsewhere.c_str(), "tmpfs", 0, nullptr), 0);
+        EXPECT_TRUE(waitUntil([&] { return waits(host->servingProcess()) != before; }));
+        ASSERT_EQ(::umount(elsewhere.c_str()), 0);
+    }
+    const std::string log = host->logText();
+    EXPECT_EQ(log.find("is not a folder"), log.rfind("is not a folder")) << log;
     host->endServing(SIGTERM);
     EXPECT_FALSE(host->isMounted());
 }
@@ -229,14 +330,11 @@ TEST_F(Serve, takeoverKeepsTheMountAndOpenFiles)
 
 TEST_F(Serve, replacedProgramShowsAsPendingUpdateUntilTakenUp)
 {
-    const std::filesystem::path program = host->folder() / "ferrobank";
-    std::filesystem::copy_file(FERROBANK_TOOL, program);
-    host->useProgram(program);
+    host->useProgram(installTool(host->folder() / "bundle"));
     ASSERT_TRUE(host->serveAndMount());
     EXPECT_FALSE(status().contains("update_pending"));
 
-    std::filesystem::copy_file(FERROBANK_TOOL, host->folder() / "fresh");
-    std::filesystem::rename(host->folder() / "fresh", program);
+    installTool(host->folder() / "bundle");
     EXPECT_EQ(status()["update_pending"], true);
 
     EXPECT_EQ(host->run({"restart", "--keep-mounted"}).status, 0);
@@ -248,8 +346,7 @@ TEST_F(Serve, programStartedThroughALinkFollowsIt)
 {
     const std::filesystem::path link = host->folder() / "current";
     for (const char* version : {"one", "two"}) {
-        std::filesystem::create_directory(host->folder() / version);
-        std::filesystem::copy_file(FERROBANK_TOOL, host->folder() / version / "ferrobank");
+        installTool(host->folder() / version);
     }
     std::filesystem::create_symlink("one", link);
     host->useProgram(link / "ferrobank");
@@ -264,21 +361,24 @@ TEST_F(Serve, programStartedThroughALinkFollowsIt)
     EXPECT_FALSE(status().contains("update_pending"));
     EXPECT_TRUE(host->isMounted());
     EXPECT_EQ(std::filesystem::read_symlink("/proc/" + std::to_string(host->servingProcess()) + "/exe"),
-              host->folder() / "two/ferrobank");
+              host->folder() / "two/ferrobank-drive");
 }
 
 TEST_F(Serve, takeoverByABrokenProgramLeavesTheOldOneAtWork)
 {
-    const std::filesystem::path program = host->folder() / "ferrobank";
-    std::filesystem::copy_file(FERROBANK_TOOL, program);
+    const std::filesystem::path program = installTool(host->folder() / "bundle");
     host->useProgram(program);
     ASSERT_TRUE(host->serveAndMount());
     host->useProgram(FERROBANK_TOOL);
-    std::filesystem::remove(program);
-    const ToolRun takeover = host->run({"restart", "--keep-mounted"});
-    EXPECT_EQ(takeover.status, 1);
-    EXPECT_EQ(takeover.errorText, "The drive's new program cannot be started: No such file or directory.\n");
-    EXPECT_EQ(status()["mounted"], true);
+    // First the half that serves, while the half that everybody calls is whole.
+    for (const std::filesystem::path& missing : {driveProgramOf(program), program}) {
+        std::filesystem::remove(missing);
+        const ToolRun takeover = host->run({"restart", "--keep-mounted"});
+        EXPECT_EQ(takeover.status, 1);
+        EXPECT_EQ(takeover.errorText,
+                  "The drive's new program cannot be started: No such file or directory.\n");
+        EXPECT_EQ(status()["mounted"], true);
+    }
     EXPECT_EQ(host->run({"check", "--json"}).output.find("not running"), std::string::npos);
 }
 
@@ -309,18 +409,15 @@ TEST_F(Serve, restartOfAServerThatEndsWithoutAnAnswerStartsAnother)
     ASSERT_TRUE(writeRandomFile(host->paths().drive / "a", 2'000'000, 3));
     const auto before = fingerprint(host->paths().drive);
     const pid_t first = host->servingProcess();
+    FileDescriptor listener = listenerOf(first);
+    ASSERT_TRUE(listener);
     ::kill(first, SIGSTOP);
     ToolRun run;
     std::jthread restart([&] { run = host->run({"restart"}); });
-    // The socket that it listens at, and the connection that waits there.
-    EXPECT_TRUE(waitUntil([&] {
-        std::ifstream sockets("/proc/net/unix");
-        int found = 0;
-        for (std::string line; std::getline(sockets, line);) {
-            found += line.ends_with(host->paths().socket().string()) ? 1 : 0;
-        }
-        return found >= 2;
-    }));
+    // Somebody waits to be answered now.
+    pollfd waiting{.fd = listener.get(), .events = POLLIN, .revents = 0};
+    EXPECT_EQ(::poll(&waiting, 1, 20'000), 1);
+    listener.reset();
     host->endServing(SIGKILL);
     restart.join();
     EXPECT_EQ(run.status, 0) << run.errorText;
@@ -418,6 +515,57 @@ TEST_F(Serve, figuresFollowTheFiles)
     })) << host->status();
     const json root = status();
     EXPECT_LT(root["volume_used"].get<std::uint64_t>(), 10'100'000U);
+}
+
+TEST_F(Serve, statusIsAnsweredWithoutTheProgramBehindIt)
+{
+    const std::filesystem::path program = installTool(host->folder() / "bundle");
+    ASSERT_TRUE(host->serveAndMount());
+    std::filesystem::remove(driveProgramOf(program));
+    host->useProgram(program);
+    EXPECT_EQ(status()["mounted"], true);
+
+    const ToolRun other = host->run({"check", "--json"});
+    EXPECT_EQ(other.status, 1);
+    EXPECT_EQ(other.errorText,
+              "The program " + driveProgramOf(program).string() +
+                  " cannot be started: No such file or directory. Install Ferrobank anew.\n");
+}
+
+TEST_F(Serve, statusIsTheSameForPeopleWithoutVariables)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    // No HOME: the account's own home folder counts, which only the larger program can look up.
+    host->setVariable("HOME", "");
+    const json root = json::parse(host->run({"status", "--json"}).output);
+    EXPECT_EQ(root["mountpoint"], std::string(::getpwuid(::getuid())->pw_dir) + "/Ferrobank");
+}
+
+TEST_F(Serve, statusThatNobodyReadsEndsWithoutADeathOrAWait)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    const std::string command =
+        "HOME='" + host->paths().home.string() + "' " FERROBANK_TOOL " status --json >/dev/full";
+    EXPECT_EQ(WEXITSTATUS(::system(command.c_str())), 1);
+}
+
+TEST_F(Serve, statusIsWholeAThousandTimesAndTenAtOnce)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    std::vector<std::jthread> askers;
+    std::atomic<int> good = 0;
+    for (int asker = 0; asker < 10; ++asker) {
+        askers.emplace_back([&, asker] {
+            for (int turn = 0; turn < 100; ++turn) {
+                const json root =
+                    json::parse(host->run({"status", "--json"}, "errors-" + std::to_string(asker)).output,
+                                nullptr, false);
+                good += root.is_object() && root.value("mounted", false) ? 1 : 0;
+            }
+        });
+    }
+    askers.clear();
+    EXPECT_EQ(good, 1000);
 }
 
 TEST_F(Serve, statusDoesNotTouchTheDrive)

@@ -61,7 +61,7 @@ void WindowTest::show(QmlWindow& shown)
 {
     _shown = &shown;
     shown.open({});
-    Theme::of(*shown.engine()).setReducedMotion(true);
+    Theme::of(*shown.engine()).setReducedMotion(!qEnvironmentVariableIsSet("FERROBANK_TEST_MOTION"));
     if (!QTest::qWaitForWindowActive(&window())) {
         qFatal("The window does not become active");
     }

@@ -12,7 +12,8 @@
 namespace ferrobank {
 
 /// A test of the main window as a person sees it: what is shown, by text or by object name, and clicks and
-/// keys. Each test has a stage of its own. Nothing moves: the theme asks for reduced motion.
+/// keys. Each test has a stage of its own. Nothing moves, as where the desktop asks for that; with
+/// FERROBANK_TEST_MOTION in the environment everything moves as it does for most people.
 class WindowTest : public QObject {
     Q_OBJECT
 

@@ -128,6 +128,15 @@ Window {
             }
         }
 
+        EdgeFade {
+            anchors.fill: scroller
+            // Inside the round corners.
+            anchors.margins: 1
+            anchors.leftMargin: 12
+            anchors.rightMargin: 12
+            over: scroller
+        }
+
         Row {
             anchors.top: parent.top
             anchors.right: parent.right

@@ -25,7 +25,7 @@ Item {
             visible: face.symbol !== ""
             name: face.symbol
             color: face.ink
-            width: Math.round(15 * Theme.textScale)
+            width: Math.round(15 * Theme.growth)
             height: width
         }
 

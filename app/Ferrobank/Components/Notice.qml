@@ -17,7 +17,7 @@ Item {
         y: (metrics.height - height) / 2
         name: notice.symbol
         color: Theme.accentText
-        width: Math.round(18 * Theme.textScale)
+        width: Math.round(18 * Theme.growth)
         height: width
     }
 

@@ -15,6 +15,9 @@ Item {
     readonly property real roomForContent: Math.max(200, Theme.displayHeight - 2 * Theme.pagePadding
         - head.height - actions.height - 2 * blocks.spacing)
 
+    /// What the page takes at least, so that a window need not shrink for it. The buttons stay at the bottom.
+    property real minimumHeight: 0
+
     implicitHeight: blocks.implicitHeight
 
     Column {
@@ -49,7 +52,9 @@ Item {
             id: body
 
             width: parent.width
-            implicitHeight: childrenRect.height
+            implicitHeight: Math.max(childrenRect.height, page.minimumHeight
+                - (head.visible ? head.height + blocks.spacing : 0)
+                - (actions.height > 0 ? actions.height + blocks.spacing : 0))
             visible: children.length > 0
         }
 

@@ -17,8 +17,13 @@ public:
 
 using Tint = Tints::Tint;
 
+/// How far apart colours are. High is for desktops that ask for it: text as dark or as light as it can be,
+/// and an edge around everything that has one.
+enum class Contrast { Usual, High };
+
 /// Every colour of the screens. Plain value, pure. Text reaches a contrast of 4.5 : 1 on `window`, on `panel`
-/// and on its own pill; symbols and Tertiary, which is never text, reach 3 : 1.
+/// and on its own pill (7 : 1 with high contrast); symbols, the parts of controls that tell their state, and
+/// Tertiary, which is never text, reach 3 : 1.
 struct Palette {
     QColor window;
     QColor panel;    ///< the quaternary fill at half strength, translucent
@@ -26,7 +31,10 @@ struct Palette {
     QColor border;   ///< hairline around controls
     QColor hairline; ///< between rows
     QColor edge;     ///< hairline around a window, opaque
-    QColor track;    ///< a switch that is off
+    QColor track;    ///< a switch that is off, opaque; its knob is white
+    QColor switchOn; ///< one that is on, and the filled part of a progress bar
+    QColor onSwitch; ///< the knob on it
+    QColor groove;   ///< the empty part of a progress bar
     QColor bar;      ///< the solid part of the savings bar
     QColor accent;   ///< fill of prominent controls
     QColor onAccent; ///< text and marks on it
@@ -44,8 +52,8 @@ struct Palette {
     QColor vividOrange;
     QColor vividRed;
 
-    [[nodiscard]] static Palette light(const QColor& accent);
-    [[nodiscard]] static Palette dark(const QColor& accent);
+    [[nodiscard]] static Palette light(const QColor& accent, Contrast contrast = Contrast::Usual);
+    [[nodiscard]] static Palette dark(const QColor& accent, Contrast contrast = Contrast::Usual);
 
     /// Where the desktop names no accent colour.
     [[nodiscard]] static QColor defaultAccent();

@@ -27,7 +27,7 @@ RoundedBox {
             anchors.verticalCenter: parent.verticalCenter
             name: pill.symbol
             color: pill.tint
-            width: Math.round(14 * Theme.textScale)
+            width: Math.round(14 * Theme.growth)
             height: width
         }
 

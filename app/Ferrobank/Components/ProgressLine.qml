@@ -28,14 +28,14 @@ Item {
         height: 6
         radius: 3
         visible: line.known
-        color: Theme.track
+        color: Theme.groove
 
         RoundedBox {
             x: line.LayoutMirroring.enabled ? parent.width - width : 0
             width: parent.width * Math.min(1, Math.max(0, line.value))
             height: parent.height
             radius: 3
-            color: Theme.accent
+            color: Theme.switchOn
         }
     }
 }

@@ -2,8 +2,8 @@ import QtQuick
 import QtQuick.Templates as T
 import Ferrobank
 
-/// A button. At most one on a screen is its default action, which Return presses wherever the focus is; at most
-/// one its cancel action, on Escape. Without a default action Return presses the button that has the focus.
+/// A button. Return presses the one that has the focus, and where none has it the screen's default action, of which
+/// there is at most one; Escape presses its cancel action, of which there is at most one, too.
 T.Button {
     id: button
 
@@ -37,6 +37,10 @@ T.Button {
     Accessible.description: button.enabled ? "" : qsTr("dimmed")
     Accessible.onPressAction: if (button.enabled) button.clicked()
 
+    // Before the shortcut of another button gets it.
+    Keys.onShortcutOverride: event => {
+        event.accepted = event.key === Qt.Key_Return || event.key === Qt.Key_Enter;
+    }
     Keys.onReturnPressed: button.clicked()
     Keys.onEnterPressed: button.clicked()
 
@@ -66,7 +70,7 @@ T.Button {
         radius: 7
         color: button.fill
         borderWidth: button.filled ? 0 : 1
-        borderColor: button.defaultAction ? Theme.focusRing : Theme.border
+        borderColor: Theme.border
 
         RoundedBox {
             anchors.fill: parent

@@ -1,70 +1,41 @@
 import QtQuick
 import Ferrobank
 
-/// Shows one screen at a time and lets one fade into the next. The screen that leaves takes no more part in
-/// anything: no focus, no keys, no accessibility.
+/// Shows one screen at a time. The next one takes the place of the old one at once, at its own size, and comes into
+/// sight softly: there is never a moment at which a page shows that the window is not made for.
 Item {
     id: stack
 
     property Component screen: null
-    readonly property Item shown: slots.current.item as Item
+    readonly property Item shown: loader.item as Item
 
     implicitHeight: shown ? shown.implicitHeight : 0
 
-    onScreenChanged: slots.show(screen)
-    Component.onCompleted: if (slots.current.sourceComponent !== screen) slots.show(screen)
+    onScreenChanged: loader.show(screen)
+    Component.onCompleted: loader.show(screen)
 
     Loader {
-        id: one
+        id: loader
 
         width: stack.width
-    }
-
-    Loader {
-        id: two
-
-        width: stack.width
-    }
-
-    QtObject {
-        id: slots
-
-        property Loader current: one
-        property Loader leaving: null
 
         function show(component: Component): void {
-            fade.complete();
-            const first = current.sourceComponent === null;
-            const old = current;
-            const fresh = first || Theme.reducedMotion ? current : (current === one ? two : one);
-            fresh.sourceComponent = component;
-            fresh.enabled = true;
-            fresh.visible = true;
-            current = fresh;
-            if (fresh !== old) {
-                leaving = old;
-                old.enabled = false;
-                fresh.opacity = 0;
-                fade.restart();
-            }
-        }
-
-        function drop(): void {
-            if (leaving !== null) {
-                leaving.visible = false;
-                leaving.sourceComponent = null;
-                leaving = null;
-            }
+            if (sourceComponent === component)
+                return;
+            const first = sourceComponent === null;
+            appearance.stop();
+            opacity = first || Theme.reducedMotion ? 1 : 0;
+            sourceComponent = component;
+            if (opacity < 1)
+                appearance.start();
         }
     }
 
+    // The pause is for the window, which gets its new size from the window manager.
     SequentialAnimation {
-        id: fade
+        id: appearance
 
-        onFinished: slots.drop()
-
-        NumberAnimation { target: slots.leaving; property: "opacity"; to: 0; duration: 70 }
-        ScriptAction { script: slots.drop() }
-        NumberAnimation { target: slots.current; property: "opacity"; to: 1; duration: 130 }
+        PauseAnimation { duration: 40 }
+        NumberAnimation { target: loader; property: "opacity"; to: 1; duration: 130 }
     }
 }

@@ -12,10 +12,12 @@ RoundedBox {
     required property bool mirrored
     required property bool focused
 
-    implicitWidth: 38
-    implicitHeight: 22
+    readonly property real growth: Theme.growth
+
+    implicitWidth: Math.round(38 * growth)
+    implicitHeight: Math.round(22 * growth)
     radius: height / 2
-    color: checked ? Theme.accent : Theme.track
+    color: checked ? Theme.switchOn : Theme.track
     opacity: enabled ? 1 : 0.5
 
     Behavior on color {
@@ -27,10 +29,10 @@ RoundedBox {
     RoundedBox {
         x: (track.mirrored ? 1 - track.position : track.position) * (parent.width - width - 4) + 2
         y: 2
-        width: 18
-        height: 18
-        radius: 9
-        color: "white"
+        width: track.height - 4
+        height: width
+        radius: width / 2
+        color: track.checked ? Theme.onSwitch : "white"
 
         Behavior on x {
             enabled: !Theme.reducedMotion && !track.dragged

@@ -1,5 +1,7 @@
 #include "Ferrobank/Components/Theme.h"
 
+#include "Ferrobank/Components/FigureDocument.h"
+
 #include <QtCore/QEvent>
 #include <QtGui/QFontDatabase>
 #include <QtGui/QFontInfo>
@@ -70,6 +72,14 @@ void Theme::setAccent(const QColor& accent)
     }
 }
 
+void Theme::setHighContrast(bool high)
+{
+    if (_highContrast != high) {
+        _highContrast = high;
+        rebuild();
+    }
+}
+
 void Theme::setReducedMotion(bool reduced)
 {
     if (_reducedMotion != reduced) {
@@ -102,7 +112,8 @@ bool Theme::isMirrored() const
 void Theme::rebuild()
 {
     const QColor accent = _accent.isValid() ? _accent : Palette::defaultAccent();
-    _palette = _dark ? Palette::dark(accent) : Palette::light(accent);
+    const Contrast contrast = _highContrast ? Contrast::High : Contrast::Usual;
+    _palette = _dark ? Palette::dark(accent, contrast) : Palette::light(accent, contrast);
     Q_EMIT colorsChanged();
 }
 
@@ -137,16 +148,45 @@ qreal Theme::textScale() const
     return QFontInfo(_base).pixelSize() / kBodySize;
 }
 
-QFont Theme::fitted(const QFont& font, const QString& text, qreal width, qreal least) const
+QFont Theme::fitted(const QFont& font, const QStringList& figures, qreal width, qreal least)
 {
-    const qreal wanted = QFontMetricsF(font).horizontalAdvance(text);
-    if (wanted <= width) {
-        return font;
-    }
-    QFont smaller = font;
+    const auto widest = [&figures](const QFont& with) {
+        qreal most = 0;
+        for (const QString& figure : figures) {
+            most = std::max(most, FigureDocument::width(figure, with));
+        }
+        return most;
+    };
+    QFont fitting = font;
     const int size = QFontInfo(font).pixelSize();
-    smaller.setPixelSize(int(std::max(std::floor(size * width / wanted), std::ceil(size * least))));
-    return smaller;
+    const int smallest = int(std::ceil(size * least));
+    for (int smaller = size; smaller > smallest && widest(fitting) > width;) {
+        fitting.setPixelSize(--smaller);
+    }
+    return fitting;
+}
+
+QString Theme::elided(const QString& figure, const QFont& font, qreal width)
+{
+    if (FigureDocument::width(figure, font) <= width) {
+        return figure;
+    }
+    static constexpr QChar kEllipsis(0x2026);
+    QString shorter = figure;
+    while (!shorter.isEmpty() && FigureDocument::width(shorter + kEllipsis, font) > width) {
+        shorter.chop(1);
+    }
+    return shorter + kEllipsis;
+}
+
+QString Theme::roundFace(const QStringList& families)
+{
+    // Round, with lining figures of one height, and with the semibold weight or something near it.
+    static const QStringList known{u"SF Pro Rounded"_s,   u"Nunito"_s,       u"M PLUS Rounded 1c"_s,
+                                   u"Rounded Mplus 1c"_s, u"Varela Round"_s, u"Quicksand"_s};
+    const auto found =
+        std::ranges::find_if(known, [&families](const QString& face) { return families.contains(face); });
+    return found == known.end() ? QString() : *found;
 }
 
 QFont Theme::monospace() const
@@ -158,8 +198,12 @@ QFont Theme::monospace() const
 
 QFont Theme::hero() const
 {
+    static const QString kRoundFace = roundFace(QFontDatabase::families());
     QFont font = _base;
-    font.setPixelSize(52);
+    if (!kRoundFace.isEmpty()) {
+        font.setFamily(kRoundFace);
+    }
+    font.setPixelSize(int(std::lround(52 * growth())));
     font.setWeight(QFont::DemiBold);
     return font;
 }
@@ -167,7 +211,7 @@ QFont Theme::hero() const
 QFont Theme::heroQuiet() const
 {
     QFont font = hero();
-    font.setPixelSize(30);
+    font.setPixelSize(int(std::lround(30 * growth())));
     return font;
 }
 

@@ -6,6 +6,8 @@
 #include <QtGui/QFont>
 #include <QtQml/qqml.h>
 
+#include <algorithm>
+
 class QJSEngine;
 class QQmlEngine;
 
@@ -22,6 +24,7 @@ class Theme : public QObject {
     QML_SINGLETON
 
     Q_PROPERTY(bool dark READ isDark WRITE setDark NOTIFY colorsChanged)
+    Q_PROPERTY(bool highContrast READ isHighContrast WRITE setHighContrast NOTIFY colorsChanged)
     Q_PROPERTY(bool reducedMotion READ reducedMotion WRITE setReducedMotion NOTIFY reducedMotionChanged)
     Q_PROPERTY(bool composited READ composited WRITE setComposited NOTIFY compositedChanged)
     /// The language reads from right to left.
@@ -38,6 +41,9 @@ class Theme : public QObject {
     Q_PROPERTY(QColor hairline READ hairline NOTIFY colorsChanged)
     Q_PROPERTY(QColor edge READ edge NOTIFY colorsChanged)
     Q_PROPERTY(QColor track READ track NOTIFY colorsChanged)
+    Q_PROPERTY(QColor switchOn READ switchOn NOTIFY colorsChanged)
+    Q_PROPERTY(QColor onSwitch READ onSwitch NOTIFY colorsChanged)
+    Q_PROPERTY(QColor groove READ groove NOTIFY colorsChanged)
     Q_PROPERTY(QColor bar READ bar NOTIFY colorsChanged)
     Q_PROPERTY(QColor accent READ accent NOTIFY colorsChanged)
     Q_PROPERTY(QColor onAccent READ onAccent NOTIFY colorsChanged)
@@ -54,6 +60,8 @@ class Theme : public QObject {
     Q_PROPERTY(QVariantList symbolTints READ symbolTints NOTIFY colorsChanged)
 
     Q_PROPERTY(qreal textScale READ textScale NOTIFY fontsChanged)
+    /// The same for what is drawn beside text, which grows with it but does not shrink.
+    Q_PROPERTY(qreal growth READ growth NOTIFY fontsChanged)
     Q_PROPERTY(QFont title READ title NOTIFY fontsChanged)
     Q_PROPERTY(QFont titleBold READ titleBold NOTIFY fontsChanged)
     Q_PROPERTY(QFont title2Bold READ title2Bold NOTIFY fontsChanged)
@@ -79,6 +87,10 @@ public:
     [[nodiscard]] bool isDark() const { return _dark; }
 
     void setDark(bool dark);
+
+    [[nodiscard]] bool isHighContrast() const { return _highContrast; }
+
+    void setHighContrast(bool high);
 
     /// The desktop's accent colour; an invalid colour stands for none.
     void setAccent(const QColor& accent);
@@ -113,6 +125,12 @@ public:
 
     [[nodiscard]] QColor track() const { return _palette.track; }
 
+    [[nodiscard]] QColor switchOn() const { return _palette.switchOn; }
+
+    [[nodiscard]] QColor onSwitch() const { return _palette.onSwitch; }
+
+    [[nodiscard]] QColor groove() const { return _palette.groove; }
+
     [[nodiscard]] QColor bar() const { return _palette.bar; }
 
     [[nodiscard]] QColor accent() const { return _palette.accent; }
@@ -139,10 +157,18 @@ public:
     /// How large the desktop's text is: 1 for a body of 13 device-independent pixels.
     [[nodiscard]] qreal textScale() const;
 
-    /// The font, made smaller where the text on one line would be wider than `width`, but not below `least`
-    /// of its size.
-    Q_INVOKABLE [[nodiscard]] QFont fitted(const QFont& font, const QString& text, qreal width,
-                                           qreal least) const;
+    [[nodiscard]] qreal growth() const { return std::max(1.0, textScale()); }
+
+    /// The font, made smaller where one of the figures on a line of its own would be wider than `width`, but
+    /// not below `least` of its size. Digits count as wide as the widest of them.
+    Q_INVOKABLE [[nodiscard]] static QFont fitted(const QFont& font, const QStringList& figures, qreal width,
+                                                  qreal least);
+
+    /// The figure, with an ellipsis in place of what does not fit.
+    Q_INVOKABLE [[nodiscard]] static QString elided(const QString& figure, const QFont& font, qreal width);
+
+    /// The first of the round faces that are good for figures among the families; empty for none. Pure.
+    [[nodiscard]] static QString roundFace(const QStringList& families);
 
     [[nodiscard]] QFont title() const { return styled(22, QFont::Normal); }
 
@@ -186,6 +212,7 @@ private:
     QFont _base;
     QColor _accent;
     bool _dark = false;
+    bool _highContrast = false;
     bool _reducedMotion = false;
     bool _composited = false;
     int _displayHeight = 0;

@@ -16,6 +16,9 @@ T.Button {
     Accessible.name: control.text
     Accessible.onPressAction: if (control.enabled) control.clicked()
 
+    Keys.onShortcutOverride: event => {
+        event.accepted = event.key === Qt.Key_Return || event.key === Qt.Key_Enter;
+    }
     Keys.onReturnPressed: control.clicked()
     Keys.onEnterPressed: control.clicked()
 

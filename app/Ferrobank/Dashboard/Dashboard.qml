@@ -1,5 +1,3 @@
-// Components written inside a file see the ids around them; the linter of Qt 6.4 does not know that.
-// qmllint disable unqualified
 import QtQuick
 import Ferrobank
 
@@ -10,14 +8,26 @@ Item {
 
     required property DashboardPresenter presenter
 
-    implicitHeight: presenter.hasStatus ? figures.implicitHeight : 240
+    readonly property bool hasStatus: presenter.hasStatus
 
-    Component.onCompleted: presenter.appeared()
+    // The room of the figures, before and after they are known.
+    implicitHeight: figures.implicitHeight
+
+    onHasStatusChanged: tellFigures()
+    Component.onCompleted: {
+        presenter.appeared();
+        tellFigures();
+    }
     Component.onDestruction: if (presenter) presenter.disappeared()
+
+    function tellFigures(): void {
+        if (hasStatus)
+            presenter.figuresAppeared();
+    }
 
     Loader {
         anchors.centerIn: parent
-        active: !dashboard.presenter.hasStatus
+        active: !dashboard.hasStatus
         sourceComponent: Spinner {
             objectName: "statusSpinner"
             width: 28
@@ -26,40 +36,36 @@ Item {
         }
     }
 
-    Loader {
+    Column {
         id: figures
 
         width: parent.width
-        active: dashboard.presenter.hasStatus
-        sourceComponent: Column {
-            spacing: 20
+        visible: dashboard.hasStatus
+        spacing: 20
 
-            Component.onCompleted: dashboard.presenter.figuresAppeared()
+        Header {
+            width: parent.width
+            presenter: dashboard.presenter
+        }
 
-            Header {
-                width: parent.width
-                presenter: dashboard.presenter
-            }
+        Hero {
+            width: parent.width
+            presenter: dashboard.presenter
+        }
 
-            Hero {
-                width: parent.width
-                presenter: dashboard.presenter
-            }
+        Tiles {
+            width: parent.width
+            presenter: dashboard.presenter
+        }
 
-            Tiles {
-                width: parent.width
-                presenter: dashboard.presenter
-            }
+        Health {
+            width: parent.width
+            presenter: dashboard.presenter
+        }
 
-            Health {
-                width: parent.width
-                presenter: dashboard.presenter
-            }
-
-            Settings {
-                width: parent.width
-                presenter: dashboard.presenter
-            }
+        Settings {
+            width: parent.width
+            presenter: dashboard.presenter
         }
     }
 }

@@ -19,8 +19,8 @@ Column {
             anchors.left: parent.left
             anchors.verticalCenter: parent.verticalCenter
             name: "application"
-            width: 52
-            height: 52
+            width: Math.round(52 * Theme.growth)
+            height: width
         }
 
         Column {
@@ -81,11 +81,10 @@ Column {
         }
     }
 
-    SelectableText {
+    WarningText {
         objectName: "attachError"
         width: parent.width
         visible: text !== ""
         text: header.presenter.attachError
-        color: Theme.red
     }
 }

@@ -16,8 +16,9 @@ Item {
 
         anchors.left: parent.left
         anchors.verticalCenter: parent.verticalCenter
-        width: 24
-        height: 24
+        anchors.leftMargin: 16
+        width: Math.round(24 * Theme.growth)
+        height: width
 
         Loader {
             anchors.centerIn: parent
@@ -25,6 +26,8 @@ Item {
             sourceComponent: Spinner {
                 objectName: "healthSpinner"
                 label: health.presenter.healthText
+                width: Math.round(16 * Theme.growth)
+                height: width
             }
         }
 
@@ -34,8 +37,8 @@ Item {
             visible: !health.presenter.healthRunning
             name: health.presenter.healthSymbol
             color: Theme.symbolTints[health.presenter.healthTint]
-            width: 22
-            height: 22
+            width: slot.width - 2
+            height: width
         }
     }
 
@@ -70,6 +73,7 @@ Item {
 
         objectName: "runChecks"
         anchors.right: parent.right
+        anchors.rightMargin: 16
         anchors.verticalCenter: parent.verticalCenter
         text: qsTr("Run Checks")
         onClicked: health.presenter.runChecks()

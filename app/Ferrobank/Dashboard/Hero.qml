@@ -6,20 +6,38 @@ Panel {
     id: hero
 
     required property DashboardPresenter presenter
+    readonly property bool quiet: presenter.hasStatus && presenter.nothingSaved
+    /// With a figure, the bar and one line under it: the first saving does not push anything away.
+    readonly property real usualHeight: heading.height + heroMetrics.height + bar.height + lineMetrics.height
+        + 3 * column.spacing
 
-    implicitHeight: column.implicitHeight + 40
+    implicitHeight: Math.max(column.implicitHeight, usualHeight) + 40
     height: implicitHeight
     radius: 14
+
+    FontMetrics {
+        id: heroMetrics
+
+        font: Theme.hero
+    }
+
+    FontMetrics {
+        id: lineMetrics
+
+        font: Theme.body
+    }
 
     Column {
         id: column
 
         x: 20
-        y: 20
+        y: Math.max(20, Math.round((hero.height - height) / 2))
         width: parent.width - 40
         spacing: 10
 
         HeadingText {
+            id: heading
+
             width: parent.width
             text: qsTr("Space saved")
             font: Theme.headline
@@ -29,38 +47,39 @@ Panel {
         BodyText {
             objectName: "nothingSaved"
             width: parent.width
-            visible: hero.presenter.nothingSaved
+            visible: hero.quiet
             text: qsTr("Nothing saved yet")
             font: Theme.heroQuiet
         }
 
         BodyText {
             width: parent.width
-            visible: hero.presenter.nothingSaved
+            visible: hero.quiet
             text: qsTr("Clones and copies of the same files are stored once.")
             color: Theme.secondary
         }
 
-        SelectableText {
+        FigureText {
             objectName: "saved"
             width: parent.width
-            visible: !hero.presenter.nothingSaved
+            visible: !hero.quiet
             text: hero.presenter.saved
-            font: Theme.fitted(Theme.hero, text, width, 0.4)
-            wrapMode: TextEdit.NoWrap
+            font: Theme.fitted(Theme.hero, [hero.presenter.saved], width, 0.4)
         }
 
         SavingsBar {
+            id: bar
+
             objectName: "savingsBar"
             width: parent.width
-            visible: !hero.presenter.nothingSaved
+            visible: !hero.quiet
             fraction: hero.presenter.fraction
         }
 
         SelectableText {
             objectName: "savingSentence"
             width: parent.width
-            visible: !hero.presenter.nothingSaved
+            visible: !hero.quiet
             text: hero.presenter.savingSentence
             color: Theme.secondary
         }

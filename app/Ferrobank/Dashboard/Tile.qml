@@ -8,6 +8,9 @@ Panel {
 
     required property string label
     required property string value
+    /// The size on which the tiles of a row agree.
+    property font figureFont: Theme.title2Figure
+    readonly property real room: width - 32
 
     implicitHeight: words.implicitHeight + 4 + figure.implicitHeight + 32
 
@@ -26,17 +29,15 @@ Panel {
         Accessible.ignored: true
     }
 
-    SelectableText {
+    FigureText {
         id: figure
 
         objectName: "value"
         x: 16
         y: parent.height - height - 16
         width: parent.width - 32
-        text: tile.value
-        // Text that is larger than usual by the desktop's wish may give way further: the tile cannot grow.
-        font: Theme.fitted(Theme.title2Figure, tile.value, width, 0.8 / Math.max(1, Theme.textScale))
-        wrapMode: TextEdit.NoWrap
-        clip: contentWidth > width
+        text: Theme.elided(tile.value, tile.figureFont, tile.room)
+        font: tile.figureFont
+        Accessible.name: tile.value
     }
 }

@@ -9,6 +9,8 @@ Row {
     readonly property real tileWidth: (width - 3 * spacing) / 4
     readonly property real tileHeight: Math.max(files.implicitHeight, disk.implicitHeight,
                                                 free.implicitHeight, size.implicitHeight)
+    readonly property font figureFont: Theme.fitted(Theme.title2Figure,
+        [files.value, disk.value, free.value, size.value], files.room, 0.8)
 
     spacing: 12
 
@@ -18,6 +20,7 @@ Row {
         objectName: "filesOnDrive"
         width: tiles.tileWidth
         height: tiles.tileHeight
+        figureFont: tiles.figureFont
         label: qsTr("Files on drive")
         value: tiles.presenter.filesOnDrive
     }
@@ -28,6 +31,7 @@ Row {
         objectName: "storedOnDisk"
         width: tiles.tileWidth
         height: tiles.tileHeight
+        figureFont: tiles.figureFont
         label: qsTr("Stored on disk")
         value: tiles.presenter.storedOnDisk
     }
@@ -38,6 +42,7 @@ Row {
         objectName: "freeOnThisMac"
         width: tiles.tileWidth
         height: tiles.tileHeight
+        figureFont: tiles.figureFont
         label: qsTr("Free on this Mac")
         value: tiles.presenter.freeOnThisMac
     }
@@ -48,6 +53,7 @@ Row {
         objectName: "driveSize"
         width: tiles.tileWidth
         height: tiles.tileHeight
+        figureFont: tiles.figureFont
         label: qsTr("Drive size")
         value: tiles.presenter.driveSize
     }

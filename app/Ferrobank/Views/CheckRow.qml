@@ -14,9 +14,13 @@ Item {
     required property int action
     required property bool hasAction
     property bool offersFixes: false
+    /// The width that the button has at least; the list's rows agree on it.
+    property real fixWidth: 0
     /// The state has been seen: only a later one is news.
     property bool settled: false
 
+    /// How wide the button would be by itself; 0 where there is none.
+    readonly property real fixNeed: hasAction && offersFixes ? remedy.implicitWidth : 0
     readonly property string stateWord: CheckRowStyle.word(checkState)
     /// Middle of the icon, of the title's first line and of the button.
     readonly property real firstLine: icon.y + icon.height / 2
@@ -26,8 +30,24 @@ Item {
     signal focused()
     signal announcement(string words)
 
+    /// Lets the row come into sight softly.
+    function appear(): void {
+        if (!Theme.reducedMotion)
+            appearance.start();
+    }
+
     implicitHeight: Math.ceil(Math.max(words.y + words.implicitHeight, remedy.visible ? remedy.y + remedy.height : 0,
         icon.y + icon.height))
+
+    NumberAnimation {
+        id: appearance
+
+        target: row
+        property: "opacity"
+        from: 0
+        to: 1
+        duration: 150
+    }
 
     Component.onCompleted: settled = true
     onCheckStateChanged: if (settled) announcement(qsTr("%1: %2").arg(title).arg(CheckRowStyle.word(checkState)))
@@ -92,8 +112,9 @@ Item {
         objectName: "rowFix"
         anchors.right: parent.right
         y: Math.round(row.firstLine - height / 2)
-        visible: row.hasAction && row.offersFixes
+        visible: row.hasAction && row.offersFixes && text !== ""
         compact: true
+        width: Math.max(implicitWidth, row.fixWidth)
         text: CheckRowStyle.fixTitle(row.action)
         onClicked: row.fixWanted(row.action)
         onActiveFocusChanged: if (activeFocus) row.focused()

@@ -20,8 +20,8 @@ Item {
             anchors.horizontalCenter: parent.horizontalCenter
             name: "checkmark.circle.fill"
             color: Theme.bar
-            width: 64
-            height: 64
+            width: Math.round(64 * Theme.growth)
+            height: width
         }
 
         HeadingText {

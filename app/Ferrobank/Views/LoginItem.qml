@@ -24,13 +24,12 @@ SettingsRow {
             onToggled: item.row.setOn(checked)
         }
 
-        SelectableText {
+        WarningText {
             objectName: "failure"
             width: parent.width
             visible: text !== ""
             text: item.row.failure
             font: Theme.callout
-            color: Theme.red
         }
     }
 }

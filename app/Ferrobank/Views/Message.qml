@@ -26,8 +26,8 @@ AppFrame {
 
                 anchors.left: parent.left
                 name: "application"
-                width: 48
-                height: 48
+                width: Math.round(48 * Theme.growth)
+                height: width
             }
 
             SelectableText {

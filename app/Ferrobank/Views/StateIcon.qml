@@ -1,3 +1,5 @@
+// Components written inside a file see the ids around them; the linter of Qt 6.4 does not know that.
+// qmllint disable unqualified
 import QtQuick
 import Ferrobank
 
@@ -10,8 +12,10 @@ Item {
     readonly property bool running: CheckRowStyle.isRunning(checkState)
     readonly property string symbol: CheckRowStyle.symbol(checkState)
 
-    width: 18
-    height: 16
+    readonly property real growth: Theme.growth
+
+    width: Math.round(18 * growth)
+    height: Math.round(16 * growth)
 
     Accessible.role: Accessible.Graphic
     Accessible.name: CheckRowStyle.word(icon.checkState)
@@ -22,13 +26,17 @@ Item {
         visible: !icon.running
         name: icon.symbol
         color: Theme.symbolTints[CheckRowStyle.tint(icon.checkState)]
-        width: 16
-        height: 16
+        width: icon.height
+        height: width
     }
 
     Loader {
         anchors.centerIn: parent
         active: icon.running
-        sourceComponent: Spinner { Accessible.ignored: true }
+        sourceComponent: Spinner {
+            Accessible.ignored: true
+            width: icon.height
+            height: width
+        }
     }
 }

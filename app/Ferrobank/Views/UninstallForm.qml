@@ -78,19 +78,18 @@ Page {
             }
         }
 
-        BodyText {
+        WarningText {
             objectName: "consequence"
             width: parent.width
             text: form.presenter.consequence
-            color: form.presenter.losesFiles ? Theme.red : Theme.secondary
+            warns: form.presenter.losesFiles
         }
 
-        SelectableText {
+        WarningText {
             objectName: "failure"
             width: parent.width
             visible: text !== ""
             text: form.presenter.failure
-            color: Theme.red
         }
     }
 

@@ -11,6 +11,9 @@ Item {
 
     signal closeWanted()
 
+    /// The height of the form, which its progress keeps: nothing jumps, and what follows may need it again.
+    property real formHeight: 0
+
     implicitHeight: faces.implicitHeight
 
     Component.onCompleted: presenter.appeared()
@@ -27,6 +30,7 @@ Item {
         id: form
 
         UninstallForm {
+            onImplicitHeightChanged: screen.formHeight = implicitHeight
             presenter: screen.presenter
             onCloseWanted: screen.closeWanted()
         }
@@ -36,6 +40,7 @@ Item {
         id: progress
 
         Page {
+            minimumHeight: screen.formHeight
             title: qsTr("Uninstalling Ferrobank")
             subtitle: screen.presenter.progress
 

@@ -19,8 +19,8 @@ Item {
         SymbolImage {
             anchors.horizontalCenter: parent.horizontalCenter
             name: "application"
-            width: 96
-            height: 96
+            width: Math.round(96 * Theme.growth)
+            height: width
             Accessible.role: Accessible.Graphic
             Accessible.name: qsTr("Ferrobank")
         }

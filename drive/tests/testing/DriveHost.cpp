@@ -5,6 +5,7 @@
 #include "mounting/Volume.h"
 #include "platform/FileDescriptor.h"
 #include "platform/Files.h"
+#include "platform/ToolPrograms.h"
 #include "testing/DriveFiles.h"
 
 #include <dirent.h>
@@ -135,6 +136,17 @@ bool writeRandomFile(const std::filesystem::path& file, std::size_t bytes, unsig
     return made && ::fsync(made.get()) == 0;
 }
 
+std::filesystem::path installTool(const std::filesystem::path& folder)
+{
+    std::filesystem::create_directories(folder);
+    const std::filesystem::path built = std::filesystem::path(FERROBANK_TOOL).parent_path();
+    for (const char* program : {kDriveProgram, kFrontProgram}) {
+        std::filesystem::copy_file(built / program, folder / "fresh");
+        std::filesystem::rename(folder / "fresh", folder / program);
+    }
+    return folder / kFrontProgram;
+}
+
 DriveHost::DriveHost(const std::string& kind, std::uint64_t bytes) : _program(FERROBANK_TOOL)
 {
     enterPrivateMounts();
@@ -256,9 +268,9 @@ pid_t DriveHost::spawn(const std::vector<std::string>& arguments, int output, in
     return child;
 }
 
-ToolRun DriveHost::run(const std::vector<std::string>& arguments) const
+ToolRun DriveHost::run(const std::vector<std::string>& arguments, const std::string& errorName) const
 {
-    const std::filesystem::path errorFile = _folder.path() / "errors";
+    const std::filesystem::path errorFile = _folder.path() / errorName;
     int ends[2] = {-1, -1};
     if (::pipe2(ends, O_CLOEXEC) != 0) {
         throw std::runtime_error("no pipe");

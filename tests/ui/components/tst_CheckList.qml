@@ -48,7 +48,7 @@ TestCase {
     }
 
     function child(list: CheckList, index: int, name: string): Item {
-        return findChild(list.itemAtIndex(index), name);
+        return findChild(list.view.itemAtIndex(index), name);
     }
 
     function init() {
@@ -59,8 +59,8 @@ TestCase {
         add({ title: "One" });
         add({ title: "Two" });
         const list = make({});
-        const first = list.itemAtIndex(0);
-        const second = list.itemAtIndex(1);
+        const first = list.view.itemAtIndex(0);
+        const second = list.view.itemAtIndex(1);
         compare(child(list, 0, "rowTitle").text, "One");
         compare(child(list, 1, "rowTitle").text, "Two");
         compare(second.y - (first.y + first.height), 14);
@@ -83,7 +83,7 @@ TestCase {
         add({ detail: "Because.", hasDetail: true });
         const list = make({});
         verify(child(list, 0, "rowDetail").visible);
-        verify(list.itemAtIndex(0).height > 30);
+        verify(list.view.itemAtIndex(0).height > 30);
     }
 
     function test_withoutADetailThereIsNoBlankLine() {
@@ -91,7 +91,7 @@ TestCase {
         add({ detail: "Because.", hasDetail: true });
         const list = make({});
         verify(!child(list, 0, "rowDetail").visible);
-        verify(list.itemAtIndex(0).height < list.itemAtIndex(1).height);
+        verify(list.view.itemAtIndex(0).height < list.view.itemAtIndex(1).height);
     }
 
     function test_adviceIsOneMoreLineInEveryList() {
@@ -133,16 +133,16 @@ TestCase {
     function test_aRowKeepsItsPlaceWhenItsStateChanges() {
         add({ checkState: CheckItem.Running });
         const list = make({});
-        const row = list.itemAtIndex(0);
+        const row = list.view.itemAtIndex(0);
         verify(child(list, 0, "stateIcon").running);
         rows.setProperty(0, "checkState", CheckItem.Pass);
-        compare(list.itemAtIndex(0), row);
+        compare(list.view.itemAtIndex(0), row);
         compare(child(list, 0, "stateIcon").symbol, "checkmark.circle.fill");
     }
 
     function test_aRowTellsItsStateInWords() {
         add({ title: "Starts at login", checkState: CheckItem.AwaitingUser, detail: "Soon.", hasDetail: true });
-        const row = make({}).itemAtIndex(0);
+        const row = make({}).view.itemAtIndex(0);
         compare(row.Accessible.role, Accessible.ListItem);
         compare(row.Accessible.name, "Starts at login: waiting for you");
         compare(row.Accessible.description, "Soon.");
@@ -161,8 +161,8 @@ TestCase {
         add({});
         add({ detail: "Because.", hasDetail: true });
         const list = make({});
-        compare(list.height, list.contentHeight);
-        verify(!list.interactive);
+        compare(list.height, list.view.contentHeight);
+        verify(!list.view.interactive);
     }
 
     function test_tooManyRowsScroll() {
@@ -170,7 +170,7 @@ TestCase {
             add({ title: "Row " + number });
         const list = make({ maximumHeight: 300 });
         compare(list.height, 300);
-        verify(list.interactive);
+        verify(list.view.interactive);
     }
 
     function test_aListThatBecomesTooLongStaysAtItsBeginning() {
@@ -178,12 +178,12 @@ TestCase {
         const list = make({ maximumHeight: 300, offersFixes: true });
         for (let index = 1; index < 40; ++index)
             add({ title: "Row " + index, action: FixActions.Restart, hasAction: true });
-        tryCompare(list, "interactive", true);
-        compare(list.contentY, list.originY - list.topMargin);
+        tryCompare(list.view, "interactive", true);
+        compare(list.view.contentY, list.view.originY - list.view.topMargin);
         verify(child(list, 0, "rowFix").mapToItem(list, 0, 0).y >= 0);
         rows.remove(1, 39);
-        tryCompare(list, "interactive", false);
-        compare(list.contentY, list.originY);
+        tryCompare(list.view, "interactive", false);
+        compare(list.view.contentY, list.view.originY);
     }
 
     function test_theLastRowsButtonCanBeReachedByKeyboard() {
@@ -191,7 +191,7 @@ TestCase {
             add({ title: "Row " + number, hasAction: number === 39 || number === 0 });
         const list = make({ maximumHeight: 300, offersFixes: true });
         child(list, 0, "rowFix").forceActiveFocus(Qt.TabFocusReason);
-        list.positionViewAtEnd();
+        list.view.positionViewAtEnd();
         const last = child(list, 39, "rowFix");
         last.forceActiveFocus(Qt.TabFocusReason);
         keyClick(Qt.Key_Return);
@@ -202,14 +202,14 @@ TestCase {
         for (let number = 0; number < 30; ++number)
             add({ title: "Row " + number, hasAction: true });
         const list = make({ maximumHeight: 200, offersFixes: true });
-        list.itemAtIndex(0).forceActiveFocus();
+        list.view.itemAtIndex(0).forceActiveFocus();
         for (let step = 0; step < 20; ++step)
             keyClick(Qt.Key_Tab);
         const focused = test.Window.window.activeFocusItem;
         compare(focused.objectName, "rowFix");
         const place = focused.mapToItem(list, 0, 0);
         verify(place.y >= -8 && place.y + focused.height <= list.height + 8);
-        verify(list.contentY > 0);
+        verify(list.view.contentY > 0);
     }
 
     function test_aListWithoutButtonsScrollsByKeyboard() {
@@ -217,14 +217,14 @@ TestCase {
             add({ title: "Row " + number });
         const list = make({ maximumHeight: 200 });
         list.forceActiveFocus(Qt.TabFocusReason);
-        const start = list.contentY;
+        const start = list.view.contentY;
         keyClick(Qt.Key_Down);
-        verify(list.contentY > start);
+        verify(list.view.contentY > start);
         keyClick(Qt.Key_PageDown);
-        verify(list.contentY > start + 150);
+        verify(list.view.contentY > start + 150);
         keyClick(Qt.Key_PageUp);
         keyClick(Qt.Key_Up);
-        compare(list.contentY, start);
+        compare(list.view.contentY, start);
     }
 
     function test_longWordsWrap() {

@@ -23,6 +23,16 @@ TestCase {
     }
 
     Component {
+        id: figures
+
+        FigureText {
+            width: 300
+            text: "888.8 GB"
+            font: Theme.hero
+        }
+    }
+
+    Component {
         id: settingsRow
 
         SettingsRow {
@@ -117,21 +127,34 @@ TestCase {
         compare(value.font, Theme.title2Figure);
     }
 
-    function test_aLongValueShrinksToFourFifthsAndNeverWraps() {
+    function test_figuresOfARowShrinkTogetherAndNotBelowFourFifths() {
+        const usual = Theme.title2Figure;
+        const room = 120;
+        compare(Theme.fitted(usual, ["1 GB", "2 GB"], room, 0.8), usual);
+        const shared = Theme.fitted(usual, ["1 GB", "1,234,567,890,123.45 GB"], room, 0.8);
+        compare(shared.pixelSize, Math.ceil(Theme.textScale * 17 * 0.8));
+        const little = Theme.fitted(usual, ["1 GB", "234,567.89 GB"], room, 0.4);
+        verify(little.pixelSize < Theme.textScale * 17);
+    }
+
+    function test_aFigureThatDoesNotFitEndsInAnEllipsis() {
         const item = createTemporaryObject(tile, test, { value: "1,234,567,890,123.45 GB" });
         const value = findChild(item, "value");
         waitForRendering(item);
         compare(value.lineCount, 1);
-        compare(value.font.pixelSize, Math.ceil(Theme.textScale * 17 * 0.8));
-        verify(value.clip);
+        verify(value.text.endsWith("…"));
+        verify(value.contentWidth <= value.width);
+        compare(value.Accessible.name, "1,234,567,890,123.45 GB");
     }
 
-    function test_aValueThatIsALittleTooWideShrinksJustEnough() {
-        const value = findChild(createTemporaryObject(tile, test), "value");
-        const needed = value.contentWidth;
-        const narrow = findChild(createTemporaryObject(tile, test, { width: needed * 0.9 + 32 }), "value");
-        verify(narrow.contentWidth <= narrow.width);
-        verify(narrow.contentWidth > needed * 0.75);
+    function test_aFigureIsAsWideWhateverItsDigits() {
+        const item = createTemporaryObject(figures, test);
+        waitForRendering(item);
+        const wide = item.contentWidth;
+        for (const text of ["111.1 GB", "474.7 GB", "100.0 GB", "999.9 GB"]) {
+            item.text = text;
+            compare(item.contentWidth, wide, text);
+        }
     }
 
     function test_aSettingsRowIsAtLeastTwentyEightHighInside() {

@@ -54,12 +54,24 @@ TestCase {
         compare(clicks.count, 2);
     }
 
-    function test_theDefaultButtonAnswersBeforeTheFocusedOne() {
-        const other = createTemporaryObject(maker, test, { y: 60 });
-        make({ defaultAction: true });
+    function test_theFocusedButtonAnswersBeforeTheDefaultOne() {
+        const standard = createTemporaryObject(maker, test, { y: 60, defaultAction: true });
+        const other = make({});
         other.forceActiveFocus(Qt.TabFocusReason);
         keyClick(Qt.Key_Return);
+        keyClick(Qt.Key_Enter);
+        compare(clicks.count, 2);
+        clicks.target = standard;
+        clicks.clear();
+        test.forceActiveFocus();
+        keyClick(Qt.Key_Return);
         compare(clicks.count, 1);
+    }
+
+    function test_aPlainDefaultButtonLooksPlain() {
+        const plain = make({});
+        const standard = make({ y: 60, defaultAction: true });
+        verify(Qt.colorEqual(standard.background.borderColor, plain.background.borderColor));
     }
 
     function test_escapePressesTheCancelButton() {

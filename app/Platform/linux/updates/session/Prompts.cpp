@@ -31,7 +31,7 @@ UpdatePrompt asking(const SessionView& view)
         prompt.automatic = view.automatic;
     }
     prompt.buttons = {button(UpdateAction::AllowAutomatic, "Check Automatically"),
-                      button(UpdateAction::DeclineAutomatic, "Don\u2019t Check")};
+                      button(UpdateAction::DeclineAutomatic, "Don’t Check")};
     prompt.dismiss = UpdateAction::Close;
     return prompt;
 }
@@ -39,7 +39,7 @@ UpdatePrompt asking(const SessionView& view)
 UpdatePrompt checking()
 {
     UpdatePrompt prompt;
-    prompt.headline = tr("Checking for updates\u2026");
+    prompt.headline = tr("Checking for updates…");
     prompt.isBusy = true;
     prompt.buttons = {button(UpdateAction::Cancel, "Cancel")};
     prompt.dismiss = UpdateAction::Cancel;
@@ -59,7 +59,7 @@ UpdatePrompt nothingNew(const SessionView& view)
                    : tr("Ferrobank %1 is available, but it does not support a system as new as yours."))
                 .arg(nothing.latest);
         if (!nothing.page.isEmpty())
-            prompt.buttons.append(button(UpdateAction::OpenPage, "Learn More\u2026"));
+            prompt.buttons.append(button(UpdateAction::OpenPage, "Learn More…"));
         return prompt;
     }
     if (nothing.reason == "takenBack"_L1) {
@@ -70,7 +70,7 @@ UpdatePrompt nothingNew(const SessionView& view)
                 .arg(view.installed);
         return prompt;
     }
-    prompt.headline = tr("You\u2019re up to date!");
+    prompt.headline = tr("You’re up to date!");
     if (nothing.reason == "newerThanLatest"_L1)
         prompt.text =
             tr("Ferrobank %1 is currently the newest version available. You are running version %2.")
@@ -90,7 +90,7 @@ void addForeignWay(const SessionView& view, UpdatePrompt& prompt)
         prompt.text += u' ' + tr("To update: %1").arg(view.advice);
     prompt.buttons = {button(UpdateAction::Close, "OK")};
     if (!view.offer.link.isEmpty())
-        prompt.buttons.append(button(UpdateAction::OpenPage, "Learn More\u2026"));
+        prompt.buttons.append(button(UpdateAction::OpenPage, "Learn More…"));
 }
 
 UpdatePrompt found(const SessionView& view)
@@ -110,7 +110,7 @@ UpdatePrompt found(const SessionView& view)
         return prompt;
     }
     if (offer.informational)
-        prompt.buttons = {button(UpdateAction::OpenPage, "Learn More\u2026")};
+        prompt.buttons = {button(UpdateAction::OpenPage, "Learn More…")};
     else
         prompt.buttons = {button(UpdateAction::Install, "Install Update")};
     prompt.buttons.append(button(UpdateAction::RemindLater, "Remind Me Later"));
@@ -127,7 +127,7 @@ UpdatePrompt downloading(const SessionView& view, const QLocale& locale)
 {
     constexpr auto kFormat = QLocale::DataSizeSIFormat;
     UpdatePrompt prompt;
-    prompt.headline = tr("Downloading update\u2026");
+    prompt.headline = tr("Downloading update…");
     prompt.text = tr("%1 of %2")
                       .arg(locale.formattedDataSize(view.bytes, 1, kFormat),
                            locale.formattedDataSize(view.offer.length, 1, kFormat));
@@ -143,7 +143,7 @@ UpdatePrompt downloading(const SessionView& view, const QLocale& locale)
 UpdatePrompt preparing()
 {
     UpdatePrompt prompt;
-    prompt.headline = tr("Verifying and unpacking the update\u2026");
+    prompt.headline = tr("Verifying and unpacking the update…");
     prompt.isBusy = true;
     return prompt;
 }
@@ -163,7 +163,7 @@ UpdatePrompt ready(const SessionView& view)
 UpdatePrompt installing()
 {
     UpdatePrompt prompt;
-    prompt.headline = tr("Installing update\u2026");
+    prompt.headline = tr("Installing update…");
     prompt.isBusy = true;
     return prompt;
 }

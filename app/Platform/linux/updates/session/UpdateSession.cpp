@@ -9,6 +9,7 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QLocale>
 #include <QtCore/QRandomGenerator>
+#include <QtCore/QTimeZone>
 
 #include <algorithm>
 #include <utility>
@@ -56,7 +57,7 @@ QDateTime UpdateSession::now() const
 {
     const auto sinceEpoch = _with.clock.wallTime().time_since_epoch();
     return QDateTime::fromMSecsSinceEpoch(std::chrono::duration_cast<milliseconds>(sinceEpoch).count(),
-                                          Qt::UTC);
+                                          QTimeZone::utc());
 }
 
 QDateTime UpdateSession::latestKnown() const
@@ -183,7 +184,7 @@ void UpdateSession::tellTakenBack(const QJsonObject& takenBack)
     _with.surroundings.notify(
         tr("Ferrobank %1 was taken back").arg(version),
         tr("It did not start on this computer, so %1 was put back. It is tried again after "
-           "%2, or when you choose \u201cCheck for Updates\u2026\u201d.")
+           "%2, or when you choose “Check for Updates…”.")
             .arg(_with.configuration.version, QLocale().toString(until, QLocale::ShortFormat)));
 }
 
@@ -262,7 +263,7 @@ void UpdateSession::bundleChanged()
     else
         _with.surroundings.notify(
             tr("Ferrobank was updated"),
-            tr("Ferrobank %1 is installed. Choose \u201cCheck for Updates\u2026\u201d to relaunch.")
+            tr("Ferrobank %1 is installed. Choose “Check for Updates…” to relaunch.")
                 .arg(_view.replacement));
 }
 

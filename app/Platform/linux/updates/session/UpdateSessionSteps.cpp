@@ -64,7 +64,7 @@ void UpdateSession::onCheckEvent(const QJsonObject& event)
         ++_state.failures;
         countSilence(
             tr("Ferrobank has not looked for updates"),
-            tr("The connection is paid by volume. Choose \u201cCheck for Updates\u2026\u201d to look now."));
+            tr("The connection is paid by volume. Choose “Check for Updates…” to look now."));
         save();
         finishSession();
         return;
@@ -162,7 +162,7 @@ void UpdateSession::announceOffer()
             offer.critical ? tr("Important update for Ferrobank") : tr("Update for Ferrobank");
         _with.surroundings.notify(
             title,
-            tr("Ferrobank %1 is available. Choose \u201cCheck for Updates\u2026\u201d to see what is new.")
+            tr("Ferrobank %1 is available. Choose “Check for Updates…” to see what is new.")
                 .arg(offer.displayVersion));
     }
     finishSession();

@@ -10,6 +10,7 @@
 #include <QtCore/QDateTime>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
+#include <QtCore/QTimeZone>
 
 #include <thread>
 
@@ -49,7 +50,7 @@ QJsonObject takenBackAt(const WorkerContext& context)
         if (isNewer(ban.version, context.configuration.version.toStdString()))
             return {{u"version"_s, QString::fromStdString(ban.version)},
                     {u"times"_s, ban.times},
-                    {u"until"_s, QDateTime::fromSecsSinceEpoch(endOf(ban), Qt::UTC).toString(Qt::ISODate)}};
+                    {u"until"_s, QDateTime::fromSecsSinceEpoch(endOf(ban), QTimeZone::utc()).toString(Qt::ISODate)}};
     }
     return {};
 }
