@@ -765,6 +765,7 @@ QByteArray fleetPicture(const FleetResult& result)
     constexpr int kHeight = 300;
     constexpr int kToldTop = kTop + kHeight + 44;
     constexpr int kToldHeight = 50;
+    constexpr int kDaysBetweenPoints = 2;
     constexpr std::array kColours{"#9aa5b1", "#6f9bd1", "#4f81bd", "#c0504d", "#3f9c8f",
                                   "#2f7d6f", "#8064a2", "#b08a3e", "#d1a54a", "#6a994e",
                                   "#7fb069", "#a7c957", "#bc4b51", "#5b8e7d", "#1d6f42"};
@@ -787,7 +788,7 @@ QByteArray fleetPicture(const FleetResult& result)
     for (std::size_t release = 0; release < kReleases.size(); ++release) {
         QByteArray upper;
         QByteArray lower;
-        for (int day = 0; day < days; ++day) {
+        for (int day = 0; day < days; day += kDaysBetweenPoints) {
             const auto at = static_cast<std::size_t>(day);
             const auto y = [&](int count) { return number(kTop + kHeight - count * kHeight / copies); };
             lower.prepend(number(x(day)) + "," + y(below[at]) + " ");
