@@ -28,6 +28,8 @@ QNetworkRequest makeRequest(const QUrl& url, const QList<QPair<QByteArray, QByte
     request.setRawHeader("Cache-Control", "no-cache");
     // The bytes that were signed are the bytes that travel: no transparent decompression.
     request.setRawHeader("Accept-Encoding", "identity");
+    // Else the toolkit tells the user's languages.
+    request.setRawHeader("Accept-Language", "*");
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
     request.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
     request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
