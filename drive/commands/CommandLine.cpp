@@ -81,7 +81,7 @@ int runCheckForPeople(const Paths& paths, const Log& log, CheckRun run)
     const bool bar = ::isatty(STDOUT_FILENO) == 1;
     run.report = [colours, bar](const CheckRow& row) {
         if (row.state != CheckRow::State::Running) {
-            print((bar ? "\r\033[K" : "") + worded(row).toText(colours));
+            print((bar ? "\r\033[K" : "") + worded(row.forTerminal()).toText(colours));
         }
     };
     run.progress = [bar](std::uint64_t done, std::uint64_t total) {
