@@ -3,6 +3,8 @@
 #include "figures/DeviceCounters.h"
 #include "platform/Failure.h"
 #include "platform/Guarded.h"
+#include "serving/DescriptorStore.h"
+#include "store/StoreLength.h"
 #include "store/Superblock.h"
 
 #include <fcntl.h>
@@ -76,6 +78,7 @@ void Server::remember(const Figures& known)
 {
     _knownFigures = known;
     _state.volumeUsed = known.volumeUsed;
+    _state.saved = known.saved;
     _state.walkGeneration = known.walkGeneration;
     _state.since = known.since;
     _state.sharing.last = known.lastSharing;
@@ -93,6 +96,7 @@ void Server::keepFigures()
     }
     const Figures figures{.uuid = _state.uuid,
                           .volumeUsed = _state.volumeUsed,
+                          .saved = _state.saved,
                           .walkGeneration = _state.walkGeneration,
                           .guard = _state.space.guard,
                           .since = _state.since,
@@ -174,6 +178,7 @@ void Server::becomeMounted(const Volume& volume)
     if (_state.since == 0) {
         _state.since = ::time(nullptr);
     }
+    growVolume(_paths, volume.mountPoint, _log);
     startWorkers();
     lookAtDevice();
     publish();
@@ -182,6 +187,7 @@ void Server::becomeMounted(const Volume& volume)
 void Server::becomeFailed(const Problem& problem)
 {
     _workers.reset();
+    dropGuard();
     _volume.reset();
     _state.phase = Phase::Failed;
     _state.attachError = problem;
@@ -192,11 +198,21 @@ void Server::becomeFailed(const Problem& problem)
     publish();
 }
 
+void Server::dropGuard()
+{
+    if (_guard) {
+        _guard.reset();
+        forgetKeptGuard();
+    }
+}
+
 void Server::startWorkers()
 {
     // Without them the drive is of use all the same; they are tried again with the next look at the device.
     if (_volume && !_volume->readOnly && !_workers) {
-        attempt([this] { _workers = std::make_unique<Workers>(_paths, _log, *_volume, _state, _mailbox); });
+        attempt([this] {
+            _workers = std::make_unique<Workers>(_paths, _log, *_volume, _state, _mailbox, std::move(_guard));
+        });
     }
 }
 

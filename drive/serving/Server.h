@@ -20,7 +20,8 @@ namespace ferrobank::drive {
 
 /// What the serving process knows about itself.
 struct ServingProgram {
-    /// The path that the tool was started from: what lies beside it later is what this process becomes on a restart.
+    /// The path that the tool was started from: what lies beside it later is what this process becomes on a
+    /// restart.
     std::string path;
     /// Of the program that runs, which is the one beside that path.
     FileIdentity identity;
@@ -42,6 +43,9 @@ public:
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
     ~Server();
+
+    /// The space guard that an earlier process kept open; before `run()`.
+    void adoptGuard(FileDescriptor guard) { _guard = std::move(guard); }
 
     /// Serves until SIGTERM, SIGINT or a request to end; the process's exit status. `waiting` gets the
     /// outcome of the first attach.
@@ -65,6 +69,7 @@ private:
     void detachWithin(std::chrono::seconds limit);
     void endGently();
     void startWorkers();
+    void dropGuard();
     void waitForEvents();
     /// One step of a turn: what goes wrong in it is logged, and the others go on.
     void attempt(const std::function<void()>& step);
@@ -93,6 +98,7 @@ private:
     FileDescriptor _runtimeWatch; ///< readable when the runtime folder was moved or removed
     std::optional<Volume> _volume;
     std::unique_ptr<Workers> _workers;
+    FileDescriptor _guard; ///< between two sets of workers
     std::optional<Clock::time_point> _retryAt;
     Clock::time_point _retryUntil;
     Clock::time_point _deviceLook;
