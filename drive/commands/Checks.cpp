@@ -7,6 +7,7 @@
 #include "figures/DisplayText.h"
 #include "login/LoginStart.h"
 #include "mounting/Attachment.h"
+#include "mounting/MountHelper.h"
 #include "platform/Failure.h"
 #include "platform/FileDescriptor.h"
 #include "space/SpaceKeeper.h"
@@ -52,8 +53,7 @@ CheckRow notMounted(const CheckRow& row, const Context& context)
     const Problem& problem = *context.server.state->attachError;
     if (problem.code == "not-authorized") {
         return row.failed("This login session may not mount the drive.",
-                          "Log in at this computer's own screen, or run: pkexec ferrobank helper-fstab add",
-                          kRestartAction);
+                          "Log in at this computer's own screen, or " + mountingAdvice(), kRestartAction);
     }
     if (problem.code == "host-full") {
         return row.failed(problem.text, "Free some space on this computer, then restart Ferrobank.",
@@ -208,7 +208,7 @@ constexpr NamedCheck kChecks[] = {
     {"running", "Ferrobank is running", checkRunning},
     {"drive", "Drive is mounted and writable", checkDrive},
     {"login", "Starts at login", checkLogin},
-    {"space", "Room on this Mac", checkSpace},
+    {"space", "Room on this computer", checkSpace},
     {"store", "The drive's store is sound", checkStore},
     {"integrity", "Stored data is intact", checkIntegrity},
     {"sharing", "Repeated data is stored once", checkSharing},

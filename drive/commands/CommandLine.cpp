@@ -6,8 +6,6 @@
 #include "commands/StatusReport.h"
 #include "commands/UninstallCommand.h"
 #include "commands/Words.h"
-#include "helper/FstabHelper.h"
-#include "mounting/BackEndChoice.h"
 #include "platform/Failure.h"
 
 #include <CLI/CLI.hpp>
@@ -70,22 +68,8 @@ int runUninstall(const Paths& paths, const Log& log, const Wishes& wishes)
     return EXIT_SUCCESS;
 }
 
-int runFstabHelper(const CLI::App& helper)
-{
-    const FstabHelper fstab(FstabHelper::callingUser(), kFstab);
-    if (helper.got_subcommand("add")) {
-        fstab.add();
-    } else {
-        fstab.remove();
-    }
-    return EXIT_SUCCESS;
-}
-
 int runChosen(const CLI::App& app, const Wishes& wishes)
 {
-    if (const CLI::App* helper = app.get_subcommand("helper-fstab"); helper->parsed()) {
-        return runFstabHelper(*helper);
-    }
     const Paths paths = Paths::fromEnvironment();
     const Log log(paths.log);
     if (app.got_subcommand("status")) {
@@ -121,11 +105,6 @@ void describe(CLI::App& app, Wishes& wishes)
     CLI::App* uninstall = app.add_subcommand("uninstall", "Remove the drive from this computer");
     uninstall->add_option("--export", wishes.exportTo, "Copy the files to this folder first")
         ->type_name("FOLDER");
-    // For pkexec only; people meet it in an advice, not in the help.
-    CLI::App* helper = app.add_subcommand("helper-fstab", "")->group("");
-    helper->require_subcommand(1);
-    helper->add_subcommand("add", "Let the calling user mount the own drive");
-    helper->add_subcommand("remove", "Take that back");
     uninstall->add_flag("--delete-store", wishes.deleteStore, "Delete the drive's data for good");
 }
 

@@ -37,7 +37,7 @@ struct Paths {
     [[nodiscard]] std::filesystem::path socket() const { return runtime / "control.sock"; }
 
     /// From HOME (else the password data base), XDG_RUNTIME_DIR and XDG_CONFIG_HOME. Throws Failure when
-    /// there is no absolute home folder.
+    /// there is no absolute home folder, or when root would work in the home of another user.
     [[nodiscard]] static Paths fromEnvironment();
     /// The same from the variables alone; nothing where HOME is missing or not absolute.
     [[nodiscard]] static std::optional<Paths> fromVariables();

@@ -1,4 +1,5 @@
 #include "platform/FileDescriptor.h"
+#include "platform/FileLock.h"
 #include "platform/Files.h"
 #include "platform/Program.h"
 #include "testing/DriveHost.h"
@@ -6,6 +7,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -51,6 +53,53 @@ TEST(Program, argumentsAreNotTouchedByAnyShell)
 {
     EXPECT_EQ(runSystemProgram("echo", {"a b", "$HOME", "'"}, std::chrono::seconds(10)).output,
               "a b $HOME '\n");
+}
+
+TEST(Program, inputIsHandedOnAndStaysOpenWhileTheProgramRuns)
+{
+    const TemporaryFolder folder;
+    const std::filesystem::path path = folder.path() / "lock";
+    std::optional<FileLock> lock = FileLock::tryTake(path);
+    ASSERT_TRUE(lock);
+    // The program lets go of its outputs but goes on, as one that root runs would; our own descriptor is
+    // closed.
+    const ProgramOutcome outcome =
+        runSystemProgram("sh", {"-c", "readlink /proc/self/fd/0; exec 3<&0; sleep 1 <&3 >&- 2>&- & exit 0"},
+                         std::chrono::seconds(10), lock->descriptor());
+    EXPECT_EQ(outcome.output, path.string() + "\n");
+    lock.reset();
+    EXPECT_FALSE(FileLock::tryTake(path)) << "the lock is still the program's";
+    while (!FileLock::tryTake(path)) {
+        ::poll(nullptr, 0, 5);
+    }
+}
+
+TEST(Program, oneThatHasBecomeRootIsNotWaitedForWithoutALimit)
+{
+    if (::geteuid() != 0 || findSystemProgram("su").empty()) {
+        GTEST_SKIP() << "becoming an ordinary user and root again needs root, and su";
+    }
+    constexpr uid_t kNobody = 65534;
+    int ends[2] = {-1, -1};
+    ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    const FileDescriptor question(ends[0]);
+    FileDescriptor answer(ends[1]);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        // It waits for a password that never comes, as root, so that this user cannot kill it.
+        const bool ordinary = ::setresuid(kNobody, kNobody, kNobody) == 0;
+        const ProgramOutcome outcome =
+            runSystemProgram("su", {"root", "-c", "true"}, std::chrono::seconds(1), question.get());
+        ::_exit(ordinary && outcome.end == ProgramOutcome::End::TimedOut ? 0 : 1);
+    }
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    int status = -1;
+    while (::waitpid(child, &status, WNOHANG) == 0 && std::chrono::steady_clock::now() < limit) {
+        ::poll(nullptr, 0, 5);
+    }
+    EXPECT_EQ(status, 0);
+    answer.reset();
+    ::waitpid(child, &status, 0);
 }
 
 TEST(Program, isNotLookedForInTheCallersOwnFolders)

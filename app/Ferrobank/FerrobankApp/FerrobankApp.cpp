@@ -38,11 +38,11 @@ FerrobankApp::FerrobankApp(DesktopSession& session)
       })),
       _tool(text(Bundle::main().driveTool())),
       _cli(_tool, _toolJournal),
-      _service(_system->registry()),
+      _loginServices(_system->registry(), _registryWork),
       _commandLineTool(text(Bundle::main().atStablePath().driveTool()), _system->privilegedLink()),
       _model(std::make_unique<AppModel>(ModelCollaborators{
           .cli = _cli,
-          .service = _service,
+          .loginServices = _loginServices,
           .commandLineTool = _commandLineTool,
           .workspace = _system->workspace(),
           .settingsPages = _system->settingsPages(),
@@ -54,7 +54,7 @@ FerrobankApp::FerrobankApp(DesktopSession& session)
       })),
       _diagnostics({
           .model = *_model,
-          .service = _service,
+          .loginServices = _loginServices,
           .cli = _cli,
           .journal = _toolJournal,
           .system = _system->report(),
@@ -65,12 +65,11 @@ FerrobankApp::FerrobankApp(DesktopSession& session)
       }),
       _windows(std::make_unique<Windows>(WindowsCollaborators{
           .model = *_model,
-          .service = _service,
+          .loginServices = _loginServices,
           .commandLineTool = _commandLineTool,
           .workspace = _system->workspace(),
           .settingsPages = _system->settingsPages(),
           .volumes = _system->volumes(),
-          .registry = _system->registry(),
           .diagnostics = _diagnostics,
           .home = QDir::homePath(),
       })),
@@ -113,10 +112,20 @@ FerrobankApp::~FerrobankApp() = default;
 
 void FerrobankApp::launch(const QString& activationToken)
 {
+    if (_model->isSetupKnown()) {
+        openWindowUnlessSetUp(activationToken);
+    } else {
+        connect(_model.get(), &AppModel::setupKnown, this,
+                [this, activationToken] { openWindowUnlessSetUp(activationToken); });
+    }
+    QTimer::singleShot(kStarted, &returnIdleMemory);
+}
+
+void FerrobankApp::openWindowUnlessSetUp(const QString& activationToken)
+{
     if (!_model->setupComplete()) {
         _windows->openMain(activationToken);
     }
-    QTimer::singleShot(kStarted, &returnIdleMemory);
 }
 
 bool FerrobankApp::carryOut(const InstanceRequest& request)
@@ -134,6 +143,7 @@ bool FerrobankApp::carryOut(const InstanceRequest& request)
 
 void FerrobankApp::openWindow(const QString& activationToken)
 {
+    _model->lookAtSetup();
     if (!_windows->mainIsVisible()) {
         _model->setScreen(
             screenForOpening(_model->setupComplete(), _model->screen(), _model->uninstallState()));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Ferrobank/Async/ThreadWorkQueue.h"
 #include "Ferrobank/CLI/CommandLineTool.h"
 #include "Ferrobank/CLI/ProcessCLI.h"
 #include "Ferrobank/Diagnostics/Diagnostics.h"
@@ -7,8 +8,8 @@
 #include "Ferrobank/Diagnostics/ToolJournal.h"
 #include "Ferrobank/FerrobankApp/TrayMenu.h"
 #include "Ferrobank/FerrobankApp/Windows.h"
+#include "Ferrobank/LoginServices.h"
 #include "Ferrobank/Model/AppModel.h"
-#include "Ferrobank/Service.h"
 #include "Ferrobank/Updater.h"
 #include "Platform/DesktopSession.h"
 #include "Platform/SingleInstance.h"
@@ -37,13 +38,14 @@ public:
     explicit FerrobankApp(DesktopSession& session);
     ~FerrobankApp() override;
 
-    /// Opens the window if the launch rule says so.
+    /// Opens the window if the launch rule says so, as soon as that is known.
     void launch(const QString& activationToken);
 
 private:
     /// False for an action that does not exist.
     [[nodiscard]] bool carryOut(const InstanceRequest& request);
     void openWindow(const QString& activationToken);
+    void openWindowUnlessSetUp(const QString& activationToken);
 
     // In the order in which they are made: the item first, so that the panel has it while the rest is built.
     std::unique_ptr<StatusItem> _statusItem;
@@ -51,7 +53,8 @@ private:
     ToolJournal _toolJournal;
     ProcessCLI _tool;
     NotingCLI _cli;
-    Service _service;
+    ThreadWorkQueue _registryWork;
+    LoginServices _loginServices;
     CommandLineTool _commandLineTool;
     std::unique_ptr<AppModel> _model;
     Diagnostics _diagnostics;

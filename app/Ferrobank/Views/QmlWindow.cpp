@@ -100,6 +100,7 @@ void QmlWindow::open(const QString& activationToken)
     }
     _window->raise();
     _window->requestActivate();
+    qunsetenv("XDG_ACTIVATION_TOKEN"); // good for this window alone
     if (wasOpen && raisingNeedsLeave()) {
         QTimer::singleShot(kRaisePatience, _window.get(), [this] { appearAnewUnlessActive(); });
     }
