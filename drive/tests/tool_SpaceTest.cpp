@@ -108,7 +108,7 @@ protected:
         return runProgram({"/bin/sh", "-c", "cd '" + drive().string() + "' && " + command});
     }
 
-    [[nodiscard]] std::string textOf(const std::string& command) const
+    std::string textOf(const std::string& command) const
     {
         const std::filesystem::path file = host->folder() / "text";
         EXPECT_EQ(runShell("( " + command + " ) >'" + file.string() + "' 2>&1"), 0)
