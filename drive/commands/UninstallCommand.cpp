@@ -56,7 +56,8 @@ void askToUnmount(const ServerProbe& server)
 bool isOurs(const std::string& name, const Paths& paths)
 {
     for (const std::filesystem::path& file :
-         {paths.image, paths.unprepared, paths.openMarker, paths.figures, paths.reserve, paths.storeLock})
+         {paths.image, paths.unprepared, paths.openMarker, paths.figures, paths.reserve, paths.storeLock,
+          paths.readingDue, paths.unreadable})
     {
         const std::string own = file.filename().string();
         if (name == own || name.starts_with(own + ".")) {

@@ -3,6 +3,7 @@
 #include "platform/Failure.h"
 #include "platform/Files.h"
 #include "state/ServerProbe.h"
+#include "store/StoreExamination.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -77,6 +78,9 @@ FileDescriptor Inheritance::takeGuard() const
 
 std::optional<Locks> Locks::tryTake(const Paths& paths)
 {
+    if (isReadOnlyHost(paths.store)) {
+        throw Failure(readOnlyHostWords(), "host-read-only");
+    }
     ensurePrivateFolder(paths.runtime);
     std::optional<FileLock> serve = FileLock::tryTake(paths.serveLock());
     if (!serve) {

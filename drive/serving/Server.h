@@ -79,6 +79,12 @@ private:
     void publish();
     void remember(const Figures& known);
     void keepFigures();
+    void keepReadingDue();
+    void recordGeneration();
+    void compareStore();
+    void readSoon(ReadingReason reason);
+    void noteFilesRead(const Request& request);
+    void acceptStore(PendingRequest request);
     [[nodiscard]] Reply attachReply() const;
     [[nodiscard]] int pollTimeout() const;
 
@@ -91,6 +97,7 @@ private:
     State _state;
     State _published;
     Figures _knownFigures;
+    ReadingReason _markedReason = ReadingReason::None;
     Mailbox _mailbox;
     FileDescriptor _signals;
     FileDescriptor _mountTable;

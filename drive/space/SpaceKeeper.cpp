@@ -237,6 +237,7 @@ int SpaceKeeper::look(const std::stop_token& stop)
     // Each whatever becomes of the other, and first what keeps programs from filling the computer's disk.
     guarded([&] { correctGuard(stop); }, tell);
     guarded([&] { lookAfterReserve(figures, stop); }, tell);
+    guarded([&] { correctGuard(stop); }, tell); // a new reserve takes room
     return pollSeconds(hostFigures(store));
 }
 

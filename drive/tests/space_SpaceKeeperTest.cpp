@@ -76,6 +76,7 @@ protected:
 
 TEST_F(SpaceKeeperTest, newGuardHasItsSizeAtOnceAndKeepsItAtTheNextLooks)
 {
+    writeFile(host->mountPoint() / "reserve", "there already");
     const std::uint64_t offered = freeBytes(drive->mountPoint());
     const std::vector<std::uint64_t> sizes = guardSizes(5);
     ASSERT_GE(sizes.size(), 5U);

@@ -15,9 +15,11 @@ drive_test(NAME unit_space SOURCES space_SpacePolicyTest.cpp LINK drive_space LA
 drive_test(NAME unit_helper SOURCES helper_MountHelperTest.cpp LINK drive_helper LABELS unit)
 drive_test(NAME unit_commands
     SOURCES commands_CheckRowTest.cpp commands_CommandLineTest.cpp commands_LateChangesTest.cpp
+        commands_StatusTextTest.cpp
     LINK drive_commands LABELS unit)
 target_compile_definitions(unit_commands PRIVATE
-    "FERROBANK_MANUAL_PAGE=\"${PROJECT_SOURCE_DIR}/../packaging/man/ferrobank.1\"")
+    "FERROBANK_MANUAL_PAGE=\"${PROJECT_SOURCE_DIR}/../packaging/man/ferrobank.1\""
+    "FERROBANK_COMPLETIONS=\"${PROJECT_SOURCE_DIR}/../packaging/completions\"")
 drive_test(NAME serving_on_drive
     SOURCES serving_HousekeepingTest.cpp serving_UnforeseenTest.cpp testing/ScanVolume.cpp
     LINK drive_serving LABELS component)

@@ -424,14 +424,26 @@ class Attacks(unittest.TestCase):
         with open(store_lock, encoding="utf-8") as lock:
             fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
 
+    def test_keys_of_the_callers_terminal_do_not_end_it_half_way(self):
+        self.prepare(USER)
+        with open(f"/run/ferrobank/lock-{USER}", "w", encoding="utf-8") as held:
+            fcntl.flock(held, fcntl.LOCK_EX)
+            process = subprocess.Popen([HELPER, "drive", "mount"], env={"PKEXEC_UID": str(USER)})
+            facts = pathlib.Path(f"/proc/{process.pid}/status")
+            wait_until(lambda: re.search(r"SigBlk:\s*f", facts.read_text()), "the helper listens to no signal")
+            for number in (signal.SIGINT, signal.SIGQUIT, signal.SIGHUP, signal.SIGTSTP, signal.SIGTERM):
+                process.send_signal(number)
+        self.assertEqual(process.wait(), 0)
+        self.assertEqual(len(mounts()), 1)
+
     def test_callers_limits_and_missing_descriptors_do_no_harm(self):
         self.prepare(USER)
         FSTAB.write_text("# mine\n" + old_block(USER, HOMES[USER]))
 
         def narrow():
             # The soft limits: root in a container may not be able to raise the others.
-            resource.setrlimit(resource.RLIMIT_FSIZE, (3, resource.RLIM_INFINITY))
-            resource.setrlimit(resource.RLIMIT_CPU, (1, resource.RLIM_INFINITY))
+            resource.setrlimit(resource.RLIMIT_FSIZE, (3, 1 << 20))
+            resource.setrlimit(resource.RLIMIT_CPU, (1, 1000))
 
         done = helper(USER, "drive", "mount", preexec_fn=narrow)
         self.assertEqual((done.returncode, done.stderr), (0, ""))
