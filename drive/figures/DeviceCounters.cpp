@@ -102,8 +102,9 @@ std::optional<std::uint64_t> filesGeneration(int folder, const std::string& uuid
 {
     btrfs_ioctl_get_subvol_info_args files{};
     btrfs_ioctl_get_subvol_rootref_args below{};
-    if (::ioctl(folder, BTRFS_IOC_GET_SUBVOL_INFO, &files) != 0 ||
-        ::ioctl(folder, BTRFS_IOC_GET_SUBVOL_ROOTREF, &below) != 0 || below.num_items > 1 ||
+    // Some kernels answer 1 where all went well.
+    if (::ioctl(folder, BTRFS_IOC_GET_SUBVOL_INFO, &files) < 0 ||
+        ::ioctl(folder, BTRFS_IOC_GET_SUBVOL_ROOTREF, &below) < 0 || below.num_items > 1 ||
         (below.num_items == 1 && below.rootref[0].treeid != guardSubvolume(folder)))
     {
         return volumeGeneration(uuid);
