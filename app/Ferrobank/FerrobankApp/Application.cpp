@@ -7,6 +7,7 @@
 #include "Platform/DesktopSession.h"
 #include "Platform/Memory.h"
 #include "Platform/SingleInstance.h"
+#include "Platform/VersionOnTrial.h"
 
 #include <QtCore/QLocale>
 #include <QtWidgets/QApplication>
@@ -58,7 +59,8 @@ int ferrobankApplication(int /*argc*/, char** argv)
     QGuiApplication::setQuitOnLastWindowClosed(false);
     // No argument is meant for the toolkit: one that it knows must not change how the program starts.
     int programOnly = 1;
-    QApplication application(programOnly, argv);
+    QApplication application(programOnly, argv); // ends the process where there is no display
+    countStartOnTrial();
     installWords(QString::fromStdString(Bundle::main().resource("translations")),
                  QLocale::system().uiLanguages());
     session->attach();

@@ -344,8 +344,56 @@
         <translation>تعذّر التحقق من التحديثات</translation>
     </message>
     <message>
-        <source>For two weeks no genuine list of updates could be read. %1</source>
-        <translation>منذ أسبوعين لم تُقرأ قائمة تحديثات موثوقة. %1</translation>
+        <source>Ferrobank %1 could not be installed.</source>
+        <translation>تعذّر تثبيت Ferrobank %1.</translation>
+    </message>
+    <message>
+        <source>Ferrobank %1 was taken back</source>
+        <translation>أُزيل Ferrobank %1</translation>
+    </message>
+    <message>
+        <source>It did not start on this computer, so %1 was put back. It is tried again after %2, or when you choose “Check for Updates…”.</source>
+        <translation>لم يبدأ على هذا الحاسوب، لذلك أُعيد %1. ستُعاد المحاولة بعد %2، أو عندما تختار «البحث عن تحديثات…».</translation>
+    </message>
+    <message>
+        <source>An older Ferrobank is installed</source>
+        <translation>الإصدار المثبّت من Ferrobank أقدم</translation>
+    </message>
+    <message>
+        <source>Ferrobank %1 was put in the place of %2, which is still running. The next start runs the older one.</source>
+        <translation>وُضع Ferrobank %1 مكان %2 الذي ما زال قيد التشغيل. سيشغّل البدء التالي الإصدار الأقدم.</translation>
+    </message>
+    <message>
+        <source>Ferrobank has not looked for updates</source>
+        <translation>لم يبحث Ferrobank عن تحديثات</translation>
+    </message>
+    <message>
+        <source>The connection is paid by volume. Choose “Check for Updates…” to look now.</source>
+        <translation>يُدفع ثمن هذا الاتصال بحسب حجم البيانات. اختر «البحث عن تحديثات…» للبحث الآن.</translation>
+    </message>
+    <message>
+        <source>An update could not be installed</source>
+        <translation>تعذّر تثبيت تحديث</translation>
+    </message>
+    <message>
+        <source>Ferrobank could not look for updates</source>
+        <translation>تعذّر على Ferrobank البحث عن تحديثات</translation>
+    </message>
+    <message>
+        <source>It has been so for two weeks. %1</source>
+        <translation>الأمر كذلك منذ أسبوعين. %1</translation>
+    </message>
+    <message>
+        <source>It was installed here before and did not start, so %1 was put back. Check again to try it once more.</source>
+        <translation>ثُبّت هنا من قبل ولم يبدأ، لذلك أُعيد %1. ابحث مجددًا لتجربته مرة أخرى.</translation>
+    </message>
+    <message>
+        <source>It was installed here before, did not start, and was taken back.</source>
+        <translation>ثُبّت هنا من قبل ولم يبدأ ثم أُزيل.</translation>
+    </message>
+    <message>
+        <source>Ferrobank %1 was put in the place of %2, which is still running. Relaunch to use it.</source>
+        <translation>وُضع Ferrobank %1 مكان %2 الذي ما زال قيد التشغيل. أعد التشغيل لاستخدامه.</translation>
     </message>
     <message>
         <source>Checking your drive</source>
@@ -706,6 +754,58 @@
     <message>
         <source>Your system has not answered yet.</source>
         <translation>لم يجب نظامك بعد.</translation>
+    </message>
+    <message>
+        <source>Cancel Update</source>
+        <translation>إلغاء التحديث</translation>
+    </message>
+    <message>
+        <source>Check Automatically</source>
+        <translation>البحث تلقائيًا</translation>
+    </message>
+    <message>
+        <source>Don’t Check</source>
+        <translation>عدم البحث</translation>
+    </message>
+    <message>
+        <source>Install Update</source>
+        <translation>تثبيت التحديث</translation>
+    </message>
+    <message>
+        <source>Install and Relaunch</source>
+        <translation>تثبيت وإعادة تشغيل</translation>
+    </message>
+    <message>
+        <source>Install on Quit</source>
+        <translation>التثبيت عند الإنهاء</translation>
+    </message>
+    <message>
+        <source>Later</source>
+        <translation>لاحقًا</translation>
+    </message>
+    <message>
+        <source>Learn More…</source>
+        <translation>معرفة المزيد…</translation>
+    </message>
+    <message>
+        <source>Relaunch</source>
+        <translation>إعادة تشغيل</translation>
+    </message>
+    <message>
+        <source>Remind Me Later</source>
+        <translation>ذكّرني لاحقًا</translation>
+    </message>
+    <message>
+        <source>Skip This Version</source>
+        <translation>تخطي هذا الإصدار</translation>
+    </message>
+    <message>
+        <source>Version History</source>
+        <translation>سجل الإصدارات</translation>
+    </message>
+    <message>
+        <source>This copy of Ferrobank can be changed without a password, and everybody on this computer would run it by typing ferrobank, its administrator too. A copy that was installed as a package is safe from that.</source>
+        <translation>يمكن تغيير هذه النسخة من Ferrobank دون كلمة سر، وسيشغّلها كل من على هذا الحاسوب عند كتابة ferrobank، ومنهم المدير. أما النسخة المثبتة كحزمة فهي في مأمن من ذلك.</translation>
     </message>
 </context>
 </TS>
