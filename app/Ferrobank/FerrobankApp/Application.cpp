@@ -5,6 +5,7 @@
 #include "Platform/DesktopSession.h"
 #include "Platform/Memory.h"
 #include "Platform/SingleInstance.h"
+#include "Platform/StartScale.h"
 
 #include <QtCore/QLibraryInfo>
 #include <QtCore/QLocale>
@@ -33,6 +34,13 @@ QString takeActivationToken()
     return token;
 }
 
+/// The command that a launcher's entry asks for by "--action NAME"; empty for none.
+QString actionOf(int argc, char** argv)
+{
+    const bool asks = argc >= 3 && qstrcmp(argv[1], "--action") == 0;
+    return asks ? QString::fromLocal8Bit(argv[2]) : QString();
+}
+
 /// Our words and the toolkit's in the language of the desktop, where there is a translation.
 void translate(QApplication& application)
 {
@@ -57,9 +65,9 @@ void translate(QApplication& application)
 int ferrobankApplication(int argc, char** argv)
 {
     shareOneHeap();
-    const QString activationToken = takeActivationToken();
+    const InstanceRequest request{.action = actionOf(argc, argv), .activationToken = takeActivationToken()};
     const std::unique_ptr<DesktopSession> session = DesktopSession::open();
-    switch (session->instance().claim({.action = {}, .activationToken = activationToken})) {
+    switch (session->instance().claim(request)) {
     case SingleInstance::Role::First:
         break;
     case SingleInstance::Role::Forwarded:
@@ -74,11 +82,13 @@ int ferrobankApplication(int argc, char** argv)
     QGuiApplication::setApplicationDisplayName(u"Ferrobank"_s);
     QGuiApplication::setDesktopFileName(u"org.ferrobank.Ferrobank"_s);
     QGuiApplication::setQuitOnLastWindowClosed(false);
+    StartScale scale;
     QApplication application(argc, argv);
+    scale.settled();
     translate(application);
     session->attach();
 
     FerrobankApp ferrobank(*session);
-    ferrobank.launch(activationToken);
+    ferrobank.launch(request);
     return QApplication::exec();
 }

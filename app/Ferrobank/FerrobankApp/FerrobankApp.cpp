@@ -3,6 +3,7 @@
 #include "Ferrobank/FerrobankApp/LaunchRule.h"
 #include "Platform/Bundle.h"
 #include "Platform/Memory.h"
+#include "Platform/Notification.h"
 #include "Platform/UpdateController.h"
 
 #include <QtCore/QCoreApplication>
@@ -98,6 +99,7 @@ FerrobankApp::FerrobankApp(DesktopSession& session)
 {
     connect(_statusItem.get(), &StatusItem::activated, this, &FerrobankApp::openWindow);
     connect(_windows.get(), &Windows::closed, this, [this] { _updater->reconsider(); });
+    connect(_windows.get(), &Windows::mainClosed, this, &FerrobankApp::tellOfBackground);
     connect(_model.get(), &AppModel::setupCompleteChanged, this, [this] { _updater->reconsider(); });
     session.instance().serve([this](const InstanceRequest& request) { return carryOut(request); });
 
@@ -111,10 +113,11 @@ FerrobankApp::FerrobankApp(DesktopSession& session)
 
 FerrobankApp::~FerrobankApp() = default;
 
-void FerrobankApp::launch(const QString& activationToken)
+void FerrobankApp::launch(const InstanceRequest& request)
 {
-    if (!_model->setupComplete()) {
-        _windows->openMain(activationToken);
+    const bool carriedOut = !request.action.isEmpty() && carryOut(request);
+    if (!carriedOut && !_model->setupComplete()) {
+        _windows->openMain(request.activationToken);
     }
     QTimer::singleShot(kStarted, &returnIdleMemory);
 }
@@ -130,6 +133,18 @@ bool FerrobankApp::carryOut(const InstanceRequest& request)
         _menu->choose(*item, request.activationToken);
     }
     return item.has_value();
+}
+
+void FerrobankApp::tellOfBackground()
+{
+    if (_toldOfBackground || _statusItem->isSeen()) {
+        return;
+    }
+    _toldOfBackground = true;
+    notifyUser(
+        tr("Ferrobank goes on in the background"),
+        tr("This desktop shows no icon for it. Open Ferrobank again to see your drive; the menu of its icon "
+           "among your applications has Run Checks and Quit."));
 }
 
 void FerrobankApp::openWindow(const QString& activationToken)

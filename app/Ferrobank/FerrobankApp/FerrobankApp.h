@@ -37,13 +37,14 @@ public:
     explicit FerrobankApp(DesktopSession& session);
     ~FerrobankApp() override;
 
-    /// Opens the window if the launch rule says so.
-    void launch(const QString& activationToken);
+    /// Carries out what the start asks for, or opens the window if the launch rule says so.
+    void launch(const InstanceRequest& request);
 
 private:
     /// False for an action that does not exist.
     [[nodiscard]] bool carryOut(const InstanceRequest& request);
     void openWindow(const QString& activationToken);
+    void tellOfBackground();
 
     // In the order in which they are made: the item first, so that the panel has it while the rest is built.
     std::unique_ptr<StatusItem> _statusItem;
@@ -60,6 +61,7 @@ private:
     std::unique_ptr<SystemChanges> _systemChanges;
     std::unique_ptr<TrayMenu> _menu;
     std::unique_ptr<TerminationSignals> _terminationSignals;
+    bool _toldOfBackground = false;
 };
 
 } // namespace ferrobank
