@@ -176,8 +176,8 @@ UpdatePrompt failed(const SessionView& view)
     prompt.text = view.sentence;
     if (isOff && !view.advice.isEmpty())
         prompt.text += u' ' + tr("To update: %1").arg(view.advice);
-    prompt.buttons = {isOff ? button(UpdateAction::Close, "OK")
-                            : button(UpdateAction::Close, "Cancel Update")};
+    // It is over: there is nothing left to cancel.
+    prompt.buttons = {button(UpdateAction::Close, "OK")};
     return prompt;
 }
 
