@@ -49,6 +49,10 @@ public:
 
     virtual ~ChildProcess() = default;
 
+    /// From now on children inherit the environment as it is at this moment, whatever this process or a
+    /// library changes in its own. To be called when the program starts.
+    static void keepEnvironment();
+
     /// Throws LaunchError.
     static std::unique_ptr<ChildProcess> launch(Setup setup);
 

@@ -19,6 +19,10 @@ enum class LoginServiceStatus : int {
     NotFound = 3,         ///< the bundle does not carry what would be started
 };
 
+/// The registry's word while it cannot tell, because whoever keeps the service does not answer: not knowing
+/// is not "not registered".
+inline constexpr auto kNoAnswer = static_cast<LoginServiceStatus>(5);
+
 /// Whether a registration may undo a switch that the user has turned off elsewhere.
 enum class UserSwitch {
     Respect, ///< everything the program does by itself
@@ -33,13 +37,14 @@ public:
 
 /// The system's per-user registry of things that start at login.
 ///
-/// Owned by the composition of the program and outlives its users. Used on the main thread; every call asks
-/// the system anew, nothing is cached. Free of Qt, because the headless commands run without it.
+/// Owned by the composition of the program and outlives its users. Used on one thread at a time; a call may
+/// take seconds. Every call asks the system anew, nothing is cached. Free of Qt, because the headless
+/// commands run without it.
 class LoginItemRegistry {
 public:
     virtual ~LoginItemRegistry() = default;
 
-    /// Never fails: what cannot be asked reads NotRegistered, or NotFound where nothing could be started.
+    /// Never fails: what does not answer reads kNoAnswer, and NotFound where nothing could be started.
     [[nodiscard]] virtual LoginServiceStatus status(LoginService service) = 0;
 
     /// Makes the service start at login and, for the agent, starts it now. Repairs an entry that points to
@@ -50,7 +55,13 @@ public:
     /// Stops the agent, and removes the entry of either service. Throws RegistryError.
     virtual void unregisterService(LoginService service) = 0;
 
+    /// For the start of the application: registers the service again from here if it was registered from a
+    /// bundle that is gone, because it was moved. Leaves the user's switches alone; never throws, the status
+    /// tells.
+    virtual void followMovedBundle(LoginService service) = 0;
+
     /// Shows the page on which the user switches both services on and off. Returns at once; has no result.
+    /// Main thread.
     virtual void openSystemSettingsLoginItems() = 0;
 };
 

@@ -3,6 +3,7 @@
 #include "mounting/BackEndChoice.h"
 #include "platform/Failure.h"
 #include "platform/Files.h"
+#include "platform/ToolPrograms.h"
 #include "serving/Server.h"
 
 #include <signal.h>
@@ -10,34 +11,34 @@
 #include <systemd/sd-daemon.h>
 #include <unistd.h>
 
-#include <climits>
 #include <cstdlib>
 #include <exception>
-#include <fstream>
+#include <filesystem>
 #include <utility>
 
 namespace ferrobank::drive {
 
 namespace {
 
-/// The path that this program was started by, if that is a whole one and leads to it; else its real path.
-/// Where versions lie side by side, the link on the way goes on leading to the installed one.
+/// The path that the tool was started by, if that is a whole one and leads to the program beside this one;
+/// else the real path of that. Where versions lie side by side, the link on the way goes on leading to the
+/// installed one.
 std::string pathToFollow()
 {
-    std::string command;
-    std::ifstream file("/proc/self/cmdline");
-    std::getline(file, command, '\0');
-    const std::optional<FileIdentity> own = identityOf("/proc/self/exe");
-    return command.starts_with('/') && own && identityOf(command) == own ? command : ownPath();
+    const std::string words = readSmallFile("/proc/self/cmdline").value_or(std::string());
+    const std::string command = words.c_str();
+    const std::optional<FileIdentity> identity = identityOf("/proc/self/exe");
+    if (command.starts_with('/') && identity && identityOf(driveProgramOf(command)) == identity) {
+        return command;
+    }
+    return ownPath();
 }
 
 } // namespace
 
 std::string ownPath()
 {
-    char path[PATH_MAX];
-    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);
-    return length > 0 ? std::string(path, static_cast<std::size_t>(length)) : std::string();
+    return ownProgram().replace_filename(kFrontProgram).string();
 }
 
 std::string ownVersion()
@@ -72,7 +73,8 @@ int serve(const Paths& paths, const Log& log)
                                  .identity = identityOf("/proc/self/exe").value_or(FileIdentity()),
                                  .version = ownVersion()};
     try {
-        Server server(paths, log, program, std::move(*locks), chooseBackEnd(paths));
+        std::unique_ptr<BackEnd> backEnd = chooseBackEnd(paths, locks->store.descriptor());
+        Server server(paths, log, program, std::move(*locks), std::move(backEnd));
         return server.run(std::move(waiting));
     } catch (const std::exception& error) {
         // Whoever started it reads its words nowhere else.

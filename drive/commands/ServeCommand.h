@@ -11,7 +11,7 @@ namespace ferrobank::drive {
 /// once with 0 and a line in the log.
 [[nodiscard]] int serve(const Paths& paths, const Log& log);
 
-/// The real path of the running program, and its version.
+/// The real path of the tool, that is of the small program that starts this one, and the version of both.
 [[nodiscard]] std::string ownPath();
 [[nodiscard]] std::string ownVersion();
 

@@ -1,10 +1,12 @@
 #include "figures/DeviceCounters.h"
 
+#include "platform/Files.h"
+
 #include <linux/btrfs.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 
-#include <fstream>
+#include <charconv>
 #include <string_view>
 
 namespace ferrobank::drive {
@@ -13,12 +15,12 @@ namespace {
 
 std::optional<std::uint64_t> numberIn(const std::filesystem::path& file)
 {
-    std::ifstream stream(file);
+    const std::optional<std::string> text = readSmallFile(file);
     std::uint64_t number = 0;
-    if (stream >> number) {
-        return number;
+    if (!text || std::from_chars(text->data(), text->data() + text->size(), number).ec != std::errc()) {
+        return std::nullopt;
     }
-    return std::nullopt;
+    return number;
 }
 
 std::string uuidText(const unsigned char* bytes)
@@ -84,11 +86,6 @@ std::optional<VolumeState> volumeState(int descriptor)
         return std::nullopt;
     }
     return VolumeState{uuidText(info.fsid), info.generation};
-}
-
-bool DeviceErrors::none() const
-{
-    return write == 0 && read == 0 && flush == 0 && corruption == 0 && generation == 0;
 }
 
 std::optional<DeviceErrors> deviceErrors(int descriptor)

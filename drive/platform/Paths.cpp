@@ -1,12 +1,9 @@
 #include "platform/Paths.h"
 
-#include "platform/Failure.h"
+#include "platform/Files.h"
 
-#include <pwd.h>
-#include <unistd.h>
-
+#include <algorithm>
 #include <cstdlib>
-#include <fstream>
 
 namespace ferrobank::drive {
 
@@ -21,29 +18,19 @@ std::filesystem::path absoluteFromEnvironment(const char* name)
     return value;
 }
 
-std::filesystem::path homeFolder()
+Paths withHome(const std::filesystem::path& given)
 {
-    std::filesystem::path home = absoluteFromEnvironment("HOME");
-    if (home.empty()) {
-        const passwd* entry = ::getpwuid(::getuid());
-        if (entry != nullptr && entry->pw_dir != nullptr && entry->pw_dir[0] == '/') {
-            home = entry->pw_dir;
-        }
-    }
-    if (home.empty()) {
-        throw Failure("This account has no home folder.", "no-home");
-    }
-    home = home.lexically_normal();
-    return home.has_filename() ? home : home.parent_path();
+    const std::filesystem::path home = given.lexically_normal();
+    return Paths::of(home.has_filename() ? home : home.parent_path(),
+                     absoluteFromEnvironment("XDG_RUNTIME_DIR"), absoluteFromEnvironment("XDG_CONFIG_HOME"));
 }
 
 } // namespace
 
 std::string bootId()
 {
-    std::ifstream file("/proc/sys/kernel/random/boot_id");
-    std::string identifier;
-    std::getline(file, identifier);
+    std::string identifier = readSmallFile("/proc/sys/kernel/random/boot_id").value_or(std::string());
+    identifier.resize(std::min(identifier.size(), identifier.find('\n')));
     return identifier;
 }
 
@@ -61,6 +48,8 @@ Paths Paths::of(const std::filesystem::path& home, const std::filesystem::path& 
     paths.reserve = paths.store / "reserve";
     paths.unprepared = paths.store / "unprepared";
     paths.openMarker = paths.store / "open";
+    paths.readingDue = paths.store / "reading-due";
+    paths.unreadable = paths.store / "unreadable";
     paths.index = paths.support / "index";
     paths.log = paths.support / "log/ferrobank.log";
     paths.runtime =
@@ -70,10 +59,15 @@ Paths Paths::of(const std::filesystem::path& home, const std::filesystem::path& 
     return paths;
 }
 
-Paths Paths::fromEnvironment()
+std::optional<Paths> Paths::fromVariables()
 {
-    return of(homeFolder(), absoluteFromEnvironment("XDG_RUNTIME_DIR"),
-              absoluteFromEnvironment("XDG_CONFIG_HOME"));
+    const std::filesystem::path home = absoluteFromEnvironment("HOME");
+    return home.empty() ? std::nullopt : std::optional(withHome(home));
+}
+
+Paths Paths::ofHome(const std::filesystem::path& home)
+{
+    return withHome(home);
 }
 
 } // namespace ferrobank::drive

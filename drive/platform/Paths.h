@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 namespace ferrobank::drive {
@@ -23,6 +24,10 @@ struct Paths {
     std::filesystem::path unprepared;
     /// There from before a mount until after a clean unmount.
     std::filesystem::path openMarker;
+    /// There while every file has to be read once; its text is the reason.
+    std::filesystem::path readingDue;
+    /// Paths on the drive of the files that the last complete reading could not read, each ended by a zero.
+    std::filesystem::path unreadable;
     std::filesystem::path index;
     std::filesystem::path log;
     /// `$XDG_RUNTIME_DIR/ferrobank`, or `~/.cache/ferrobank/run-<boot id>` without one.
@@ -36,8 +41,12 @@ struct Paths {
     [[nodiscard]] std::filesystem::path socket() const { return runtime / "control.sock"; }
 
     /// From HOME (else the password data base), XDG_RUNTIME_DIR and XDG_CONFIG_HOME. Throws Failure when
-    /// there is no absolute home folder.
+    /// there is no absolute home folder, or when root would work in the home of another user.
     [[nodiscard]] static Paths fromEnvironment();
+    /// The same from the variables alone; nothing where HOME is missing or not absolute.
+    [[nodiscard]] static std::optional<Paths> fromVariables();
+    /// The same with another home folder.
+    [[nodiscard]] static Paths ofHome(const std::filesystem::path& home);
     [[nodiscard]] static Paths of(const std::filesystem::path& home, const std::filesystem::path& runtimeRoot,
                                   const std::filesystem::path& configuration);
 };

@@ -68,10 +68,14 @@ StageEnd BlockPass::run()
         index->rewind();
         takeOver(*index, writer);
     }
+    for (std::size_t place = 0; place < _candidates.size(); ++place) {
+        _context.total += _known[place] == Known::No ? record(_candidates[place]).allocated : 0;
+    }
     StageEnd end = StageEnd::Done;
     for (std::size_t place = 0; place < _candidates.size() && end == StageEnd::Done; ++place) {
         if (_known[place] == Known::No) {
             end = takeFile(_candidates[place], writer);
+            _context.advance(record(_candidates[place]).allocated);
         }
     }
     writer.commit();

@@ -91,7 +91,8 @@ TEST(Message, everyRequestComesBackFromItsLine)
 {
     for (const Operation operation :
          {Operation::Ping, Operation::Attach, Operation::Restart, Operation::Reexec, Operation::PauseDedup,
-          Operation::Stop, Operation::Quit})
+          Operation::ShareNow, Operation::HoldSharing, Operation::Resume, Operation::FilesRead,
+          Operation::Replaced, Operation::Accept, Operation::Stop, Operation::Quit})
     {
         const auto found = Request::fromLine(Request{.operation = operation, .done = 3, .total = 4}.toLine());
         ASSERT_TRUE(found);

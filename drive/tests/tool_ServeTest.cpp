@@ -3,12 +3,14 @@
 #include "mounting/Volume.h"
 #include "platform/FileLock.h"
 #include "platform/Files.h"
+#include "platform/ToolPrograms.h"
 #include "state/ServerProbe.h"
 #include "testing/DriveHost.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <pwd.h>
 #include <signal.h>
 #include <sys/mount.h>
 #include <sys/socket.h>
@@ -17,6 +19,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -327,14 +330,11 @@ TEST_F(Serve, takeoverKeepsTheMountAndOpenFiles)
 
 TEST_F(Serve, replacedProgramShowsAsPendingUpdateUntilTakenUp)
 {
-    const std::filesystem::path program = host->folder() / "ferrobank";
-    std::filesystem::copy_file(FERROBANK_TOOL, program);
-    host->useProgram(program);
+    host->useProgram(installTool(host->folder() / "bundle"));
     ASSERT_TRUE(host->serveAndMount());
     EXPECT_FALSE(status().contains("update_pending"));
 
-    std::filesystem::copy_file(FERROBANK_TOOL, host->folder() / "fresh");
-    std::filesystem::rename(host->folder() / "fresh", program);
+    installTool(host->folder() / "bundle");
     EXPECT_EQ(status()["update_pending"], true);
 
     EXPECT_EQ(host->run({"restart", "--keep-mounted"}).status, 0);
@@ -346,8 +346,7 @@ TEST_F(Serve, programStartedThroughALinkFollowsIt)
 {
     const std::filesystem::path link = host->folder() / "current";
     for (const char* version : {"one", "two"}) {
-        std::filesystem::create_directory(host->folder() / version);
-        std::filesystem::copy_file(FERROBANK_TOOL, host->folder() / version / "ferrobank");
+        installTool(host->folder() / version);
     }
     std::filesystem::create_symlink("one", link);
     host->useProgram(link / "ferrobank");
@@ -362,21 +361,24 @@ TEST_F(Serve, programStartedThroughALinkFollowsIt)
     EXPECT_FALSE(status().contains("update_pending"));
     EXPECT_TRUE(host->isMounted());
     EXPECT_EQ(std::filesystem::read_symlink("/proc/" + std::to_string(host->servingProcess()) + "/exe"),
-              host->folder() / "two/ferrobank");
+              host->folder() / "two/ferrobank-drive");
 }
 
 TEST_F(Serve, takeoverByABrokenProgramLeavesTheOldOneAtWork)
 {
-    const std::filesystem::path program = host->folder() / "ferrobank";
-    std::filesystem::copy_file(FERROBANK_TOOL, program);
+    const std::filesystem::path program = installTool(host->folder() / "bundle");
     host->useProgram(program);
     ASSERT_TRUE(host->serveAndMount());
     host->useProgram(FERROBANK_TOOL);
-    std::filesystem::remove(program);
-    const ToolRun takeover = host->run({"restart", "--keep-mounted"});
-    EXPECT_EQ(takeover.status, 1);
-    EXPECT_EQ(takeover.errorText, "The drive's new program cannot be started: No such file or directory.\n");
-    EXPECT_EQ(status()["mounted"], true);
+    // First the half that serves, while the half that everybody calls is whole.
+    for (const std::filesystem::path& missing : {driveProgramOf(program), program}) {
+        std::filesystem::remove(missing);
+        const ToolRun takeover = host->run({"restart", "--keep-mounted"});
+        EXPECT_EQ(takeover.status, 1);
+        EXPECT_EQ(takeover.errorText,
+                  "The drive's new program cannot be started: No such file or directory.\n");
+        EXPECT_EQ(status()["mounted"], true);
+    }
     EXPECT_EQ(host->run({"check", "--json"}).output.find("not running"), std::string::npos);
 }
 
@@ -513,6 +515,57 @@ TEST_F(Serve, figuresFollowTheFiles)
     })) << host->status();
     const json root = status();
     EXPECT_LT(root["volume_used"].get<std::uint64_t>(), 10'100'000U);
+}
+
+TEST_F(Serve, statusIsAnsweredWithoutTheProgramBehindIt)
+{
+    const std::filesystem::path program = installTool(host->folder() / "bundle");
+    ASSERT_TRUE(host->serveAndMount());
+    std::filesystem::remove(driveProgramOf(program));
+    host->useProgram(program);
+    EXPECT_EQ(status()["mounted"], true);
+
+    const ToolRun other = host->run({"check", "--json"});
+    EXPECT_EQ(other.status, 1);
+    EXPECT_EQ(other.errorText,
+              "The program " + driveProgramOf(program).string() +
+                  " cannot be started: No such file or directory. Install Ferrobank anew.\n");
+}
+
+TEST_F(Serve, statusIsTheSameForPeopleWithoutVariables)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    // No HOME: the account's own home folder counts, which only the larger program can look up.
+    host->setVariable("HOME", "");
+    const json root = json::parse(host->run({"status", "--json"}).output);
+    EXPECT_EQ(root["mountpoint"], std::string(::getpwuid(::getuid())->pw_dir) + "/Ferrobank");
+}
+
+TEST_F(Serve, statusThatNobodyReadsEndsWithoutADeathOrAWait)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    const std::string command =
+        "HOME='" + host->paths().home.string() + "' " FERROBANK_TOOL " status --json >/dev/full";
+    EXPECT_EQ(WEXITSTATUS(::system(command.c_str())), 1);
+}
+
+TEST_F(Serve, statusIsWholeAThousandTimesAndTenAtOnce)
+{
+    ASSERT_TRUE(host->serveAndMount());
+    std::vector<std::jthread> askers;
+    std::atomic<int> good = 0;
+    for (int asker = 0; asker < 10; ++asker) {
+        askers.emplace_back([&, asker] {
+            for (int turn = 0; turn < 100; ++turn) {
+                const json root =
+                    json::parse(host->run({"status", "--json"}, "errors-" + std::to_string(asker)).output,
+                                nullptr, false);
+                good += root.is_object() && root.value("mounted", false) ? 1 : 0;
+            }
+        });
+    }
+    askers.clear();
+    EXPECT_EQ(good, 1000);
 }
 
 TEST_F(Serve, statusDoesNotTouchTheDrive)

@@ -7,8 +7,12 @@
 #include "support/TestProgram.h"
 
 #include <QtCore/QFile>
+#include <QtCore/QScopeGuard>
 #include <QtCore/QTimer>
 #include <QtTest/QTest>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <csignal>
 
@@ -95,6 +99,33 @@ private Q_SLOTS:
         QCOMPARE(linesOf(cli), QStringList{u"row"_s});
         tool.plays(R"([{"out": "row"}, {"signal": 9}])");
         QCOMPARE(linesOf(cli), QStringList{u"row"_s});
+    }
+
+    void whatTheToolWritesToItsErrorOutputGoesNowhere()
+    {
+        const ScriptedTool tool;
+        tool.plays(R"([{"err": "noise that nobody sees"}, {"out": "row\n"}, {"hang_while_read": true}])");
+        QFile ours(tool.file(u"our errors"_s));
+        QVERIFY(ours.open(QIODevice::ReadWrite));
+        ProcessCLI cli(tool.path());
+        QString target;
+        {
+            const int saved = ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 100);
+            const auto back = qScopeGuard([saved] {
+                ::dup2(saved, STDERR_FILENO);
+                ::close(saved);
+            });
+            ::dup2(ours.handle(), STDERR_FILENO);
+            const auto lines = std::make_shared<QStringList>();
+            const auto reading = std::make_shared<Settled<void>>();
+            const auto settling = settle(readLines(&cli, {}, lines), reading);
+            QTRY_VERIFY(!lines->isEmpty());
+            target = QFile::symLinkTarget(u"/proc/%1/fd/2"_s.arg(tool.processes().constFirst()));
+            ::kill(static_cast<pid_t>(tool.processes().constFirst()), SIGKILL);
+            QTRY_VERIFY(reading->done);
+        }
+        QCOMPARE(target, u"/dev/null"_s);
+        QCOMPARE(ours.size(), 0);
     }
 
     void toolThatCannotBeStartedThrowsToTheReader()

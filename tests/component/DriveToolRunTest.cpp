@@ -12,6 +12,7 @@
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
+#include <QtCore/QScopeGuard>
 #include <QtCore/QTimer>
 #include <QtTest/QTest>
 
@@ -267,6 +268,29 @@ private Q_SLOTS:
         QCOMPARE(report[u"variable"].toString(), u"in herited"_s);
         QCOMPARE(report[u"folder"].toString(), QFileInfo(tool.path()).canonicalPath());
         QCOMPARE(report[u"input"].toString(), u"typed"_s);
+    }
+
+    void keptEnvironmentIsInheritedWhateverChangesSince()
+    {
+        const QByteArray raw("first \xff value");
+        qputenv("FERROBANK_TEST", raw);
+        ChildProcess::keepEnvironment();
+        qputenv("FERROBANK_TEST", "second");
+        const auto back = qScopeGuard([] {
+            qunsetenv("FERROBANK_TEST");
+            ChildProcess::keepEnvironment();
+        });
+        const auto inherited = [] {
+            const auto output = std::make_shared<QByteArray>();
+            const auto process = ChildProcess::launch(
+                u"/usr/bin/env"_s, {}, ChildProcess::StandardError::Discard,
+                [output](const QByteArray& piece) { *output += piece; }, nullptr);
+            await(process->finished());
+            return *output;
+        };
+        QVERIFY(inherited().contains("FERROBANK_TEST=" + raw + '\n'));
+        qunsetenv("FERROBANK_TEST");
+        QVERIFY(inherited().contains("FERROBANK_TEST=" + raw + '\n'));
     }
 
     void nothingElseIsInherited()

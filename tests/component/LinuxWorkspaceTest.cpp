@@ -212,6 +212,27 @@ private Q_SLOTS:
         QTRY_COMPARE(_told, QStringList{u"No program on this computer could open “%1”."_s.arg(file)});
     }
 
+    void whatGoesWrongInAnOpeningIsReportedAndNotLost()
+    {
+        program(u"xdg-open"_s, "exit 3");
+        program(u"gio"_s, "exit 2");
+        DesktopMessages throwing;
+        throwing.show = [](const QString&) { throw std::runtime_error("no window for it"); };
+        LinuxWorkspace workspace(throwing);
+        int reports = 0;
+        static int* counted = nullptr;
+        counted = &reports;
+        const auto former =
+            qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
+                *counted += type == QtCriticalMsg && text.contains(u"no window for it"_s) ? 1 : 0;
+            });
+        workspace.openPath(path(u"missing"_s));
+        workspace.openUrl(u"https://example.org/"_s);
+        const bool both = QTest::qWaitFor([&reports] { return reports == 2; });
+        qInstallMessageHandler(former);
+        QVERIFY(both);
+    }
+
     void whatIsNotThereIsToldAndNotOpened()
     {
         startFileManager();

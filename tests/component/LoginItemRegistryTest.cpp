@@ -1,5 +1,6 @@
 #include "Ferrobank/Service.h"
 #include "Platform/linux/SmallFile.h"
+#include "Platform/linux/desktop/LinuxSystemChanges.h"
 #include "Platform/linux/login/BusUserManager.h"
 #include "Platform/linux/login/LinuxLoginItemRegistry.h"
 #include "support/AwkwardPaths.h"
@@ -60,7 +61,7 @@ private Q_SLOTS:
     void missingPropertyListIsNotFound();
     void propertyListThatIsNoneIsNotFound();
     void missingExecutableIsNotFound();
-    void everyChangeShowsInTheFoldersToWatch();
+    void everyChangeShowsInTheFilesThatAreWatched();
     void managerIsReachedWithoutABus();
     void managerIsReachedOverTheBusAlone();
     void managerThatComesBackIsFoundAgain();
@@ -281,7 +282,9 @@ void LoginItemRegistryTest::movedBundleIsFollowedAtTheStartOfTheApplication()
     before.registerService(LoginService::MainApp, UserSwitch::Respect);
     _fixture->bundle.moveTo(_fixture->folder.filePath(u"new place"_s));
     LinuxLoginItemRegistry moved = registry();
-    moved.followMovedBundle();
+    moved.followMovedBundle(LoginService::Agent);
+    QCOMPARE(statusWord(moved.status(LoginService::MainApp)), std::string_view("unknown"));
+    moved.followMovedBundle(LoginService::MainApp);
     QVERIFY(moved.status(LoginService::Agent) == LoginServiceStatus::Enabled);
     QVERIFY(moved.status(LoginService::MainApp) == LoginServiceStatus::Enabled);
     moved.unregisterService(LoginService::MainApp);
@@ -292,7 +295,8 @@ void LoginItemRegistryTest::otherCopyOfTheBundleIsNotDisplacedAtTheStart()
     registry().registerService(LoginService::Agent, UserSwitch::Respect);
     Fixture second;
     LinuxLoginItemRegistry other = registryOf(second.bundle);
-    other.followMovedBundle();
+    other.followMovedBundle(LoginService::Agent);
+    other.followMovedBundle(LoginService::MainApp);
     QCOMPARE(statusWord(other.status(LoginService::Agent)), std::string_view("unknown"));
     QVERIFY(agentStatus() == LoginServiceStatus::Enabled);
 }
@@ -394,13 +398,13 @@ void LoginItemRegistryTest::missingExecutableIsNotFound()
     QVERIFY(registry().status(LoginService::MainApp) == LoginServiceStatus::NotFound);
 }
 
-void LoginItemRegistryTest::everyChangeShowsInTheFoldersToWatch()
+void LoginItemRegistryTest::everyChangeShowsInTheFilesThatAreWatched()
 {
-    const auto entries = [this] {
+    const auto entries = [] {
         QStringList all;
-        for (const std::filesystem::path& place : registry().placesToWatch()) {
-            const QDir folder(QString::fromStdString(place.native()));
-            for (const QFileInfo& info : folder.entryInfoList(QDir::Files | QDir::System)) {
+        for (const std::filesystem::path& place : LinuxSystemChanges::filesOfUser()) {
+            const QFileInfo info(QString::fromStdString(place.native()));
+            if (info.isSymLink() || info.exists()) {
                 all << info.filePath() + info.symLinkTarget();
             }
         }

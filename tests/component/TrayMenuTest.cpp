@@ -335,6 +335,50 @@ private Q_SLOTS:
         QVERIFY(bench.item.find(MenuItem::InstallCommand));
     }
 
+    void menuThatGoesAwayDuringTheInstallTouchesNothing()
+    {
+        FakeSeam seam;
+        auto bench = std::make_unique<Bench>(seam);
+        auto menu = std::make_unique<TrayMenu>(bench->collaborators());
+        seam.removeLinkFolder();
+        seam.privilegedLink.answered.shut();
+        seam.privilegedLink.outcome.kind = PrivilegedOutcome::Kind::Failed;
+        menu->choose(MenuItem::InstallCommand, {});
+        const int told = bench->item.told;
+        menu.reset();
+        QVERIFY(QFile::link(seam.cli.url(), seam.folder.filePath(u"other"_s)));
+        seam.privilegedLink.answered.open();
+        QCoreApplication::processEvents();
+        QCOMPARE(bench->alerts, QStringList());
+        QCOMPARE(bench->item.told, told);
+    }
+
+    void statesOfTheAgentAreAskedForInTheBackground()
+    {
+        FakeSeam seam;
+        seam.finishSetup();
+        Bench bench(seam);
+        seam.registry.agent.status = LoginServiceStatus::RequiresApproval;
+        seam.registryWork.hold();
+        Q_EMIT bench.item.aboutToShowMenu();
+        QVERIFY(bench.item.find(MenuItem::Open)); // what is known so far
+        seam.registryWork.letGo();
+        QVERIFY(bench.item.find(MenuItem::SetUp));
+    }
+
+    void silentServiceManagerKeepsTheMenuAsItIs()
+    {
+        FakeSeam seam;
+        seam.finishSetup();
+        Bench bench(seam);
+        seam.registry.agent.status = kNoAnswer;
+        const int told = bench.item.told;
+        Q_EMIT bench.item.aboutToShowMenu();
+        Q_EMIT bench.systemChanges.changed();
+        QVERIFY(bench.item.find(MenuItem::Open));
+        QCOMPARE(bench.item.told, told);
+    }
+
     void failedCommandInstallIsAnAlertInItsOwnWords()
     {
         FakeSeam seam;

@@ -39,6 +39,7 @@ class Release(unittest.TestCase):
             "Linux/libferrobank-app.so": "library",
             "Helpers/ferrobank-update": "worker",
             "Helpers/ferrobank": "tool",
+            "Helpers/ferrobank-drive": "drive",
             "Helpers/ferrobank-more": "another tool, of a later version",
         }
         shutil.rmtree(self.bundle, ignore_errors=True)
@@ -132,9 +133,10 @@ class Release(unittest.TestCase):
     def test_bundles_that_would_strand_their_users_are_refused(self):
         self.make_bundle("1.0.1", kind="package")
         self.assert_refused(self.publish(), "marked as")
-        self.make_bundle("1.0.1")
-        (self.bundle / "Contents/Helpers/ferrobank").unlink()
-        self.assert_refused(self.publish(), "missing")
+        for name in ("ferrobank", "ferrobank-drive"):
+            self.make_bundle("1.0.1")
+            (self.bundle / "Contents/Helpers" / name).unlink()
+            self.assert_refused(self.publish(), f"{name} is missing")
         self.assertFalse(self.feed.exists())
 
     def test_bundle_that_trusts_other_keys_only_is_refused(self):

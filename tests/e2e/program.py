@@ -135,6 +135,12 @@ class Drive:
         """Every run of the tool hangs, until the program that started it has gone."""
         self._write({"record": str(self._runs), "runs": [{"play": [{"hang_while_read": True}]}]})
 
+    def hangs_in(self, *arguments):
+        """Runs with these arguments hang; the status is still what the test says."""
+        scenario = json.loads(self._scenario.read_text())
+        scenario["runs"].insert(0, {"args": list(arguments), "play": [{"hang_while_read": True}]})
+        self._write(scenario)
+
     def runs(self, *arguments):
         """How often the tool was run with these arguments."""
         if not self._runs.exists():
@@ -164,11 +170,28 @@ class Program:
         if tool is Tool.SCRIPTED:
             self.tool.unlink(missing_ok=True)
             shutil.copy2(os.environ["FERROBANK_SCRIPTED_TOOL"], self.tool)
-        self.executable = self.bundle / "Contents/Linux/Ferrobank"
         self.process = None
         self._begun = []
         # Where it is seen when a test fails.
         self._log = sys.stderr.fileno()
+
+    @property
+    def executable(self):
+        return self.bundle / "Contents/Linux/Ferrobank"
+
+    def move_to(self, name):
+        """The bundle, to another place below the desktop's folder."""
+        place = self.desktop.folder / name
+        place.parent.mkdir(parents=True, exist_ok=True)
+        self.bundle.rename(place)
+        self.bundle = place
+
+    def unregister(self):
+        subprocess.run([str(self.executable), "--unregister"], check=True, capture_output=True)
+
+    def service_status(self):
+        done = subprocess.run([str(self.executable), "--service-status"], capture_output=True, text=True, check=True)
+        return json.loads(done.stdout)
 
     def start(self, *arguments, **environment):
         self.process = self.begin(*arguments, **environment)

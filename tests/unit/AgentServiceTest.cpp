@@ -37,7 +37,7 @@ private Q_SLOTS:
     void failureOfEachStepUndoesANewRegistration_data();
     void failureOfEachStepUndoesANewRegistration();
     void failureLeavesAnOldRegistrationAsItWas();
-    void silentManagerIsAnErrorAndReadsAsNotRegistered();
+    void silentManagerIsAnErrorAndLeavesTheStateUnanswered();
     void managerOfAnotherHomeIsNotUsed();
     void withoutAManagerAnEntryStandsIn();
     void entryFromASessionWithoutAManagerGivesWayToTheUnit();
@@ -246,10 +246,11 @@ void AgentServiceTest::failureLeavesAnOldRegistrationAsItWas()
     QVERIFY(_manager.enabled);
 }
 
-void AgentServiceTest::silentManagerIsAnErrorAndReadsAsNotRegistered()
+void AgentServiceTest::silentManagerIsAnErrorAndLeavesTheStateUnanswered()
 {
     _manager.reach = ManagerReach::Silent;
-    QVERIFY(agent().state() == EntryState::Absent);
+    QVERIFY(agent().state() == EntryState::Unanswered);
+    QVERIFY(statusOf(agent().state()) == kNoAnswer);
     QVERIFY_THROWS_EXCEPTION(RegistryError, agent().registerAgent(UserSwitch::Override));
     QVERIFY_THROWS_EXCEPTION(RegistryError, agent().unregisterAgent());
     QVERIFY(!std::filesystem::exists(_unit));

@@ -20,7 +20,7 @@ private:
     [[nodiscard]] QStringList gather()
     {
         Diagnostics diagnostics({.model = *_model,
-                                 .service = _seam->service,
+                                 .loginServices = _seam->loginServices,
                                  .cli = _seam->cli,
                                  .journal = _journal,
                                  .system = _system,

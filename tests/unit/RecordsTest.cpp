@@ -53,6 +53,25 @@ private Q_SLOTS:
         QCOMPARE(status, expected);
     }
 
+    void textBehindAZeroByteIsNoPartOfOneObject_data()
+    {
+        QTest::addColumn<QByteArray>("tail");
+        QTest::newRow("zero byte") << QByteArray("\0", 1);
+        QTest::newRow("words") << QByteArray("\0drive: ok", 10);
+        QTest::newRow("another object") << QByteArray("\0{}", 3);
+        QTest::newRow("line break first") << QByteArray("\n\0x", 3);
+        QTest::newRow("line break behind") << QByteArray("\0\n", 2);
+    }
+
+    void textBehindAZeroByteIsNoPartOfOneObject()
+    {
+        QFETCH(const QByteArray, tail);
+        const QByteArray whole = statusWith({}, {});
+        QCOMPARE(DriveStatus::decode(whole + '\n').log, u"/log"_s);
+        QVERIFY_THROWS_EXCEPTION(DecodingError, DriveStatus::decode(whole + tail));
+        QVERIFY_THROWS_EXCEPTION(DecodingError, DriveStatus::decode(statusWith("log", "\"a" + tail + "b\"")));
+    }
+
     void statusWithOnlyTheRequiredKeysHasNoOptionalOnes()
     {
         const auto status =

@@ -96,7 +96,10 @@ JsonRecord::JsonRecord(const QByteArray& json)
 {
     const QByteArray valid = QString::fromUtf8(json).toUtf8();
     JsonRecordReader reader(*this);
-    if (!nlohmann::json::sax_parse(valid.begin(), valid.end(), &reader) || !reader.isObject()) {
+    // The parser takes a zero byte for the end of the text, whatever comes behind it.
+    if (valid.contains('\0') || !nlohmann::json::sax_parse(valid.begin(), valid.end(), &reader) ||
+        !reader.isObject())
+    {
         throw DecodingError("not one JSON object");
     }
 }

@@ -2,8 +2,8 @@
 
 #include "Ferrobank/CLI/CLI.h"
 #include "Ferrobank/Diagnostics/DiagnosticReport.h"
+#include "Ferrobank/LoginServices.h"
 #include "Ferrobank/Model/AppModel.h"
-#include "Ferrobank/Service.h"
 
 #include <QtCore/QLocale>
 #include <QtCore/QSysInfo>
@@ -28,6 +28,12 @@ QCoro::Task<QString> Diagnostics::toolVersion()
     co_return version.trimmed();
 }
 
+QCoro::Task<LoginServiceStatus> Diagnostics::statusNow(LoginService service)
+{
+    const auto status = co_await _with.loginServices.ask(service);
+    co_return status.value_or(kNoAnswer);
+}
+
 QCoro::Task<QString> Diagnostics::gather()
 {
     const auto& status = _with.model.status();
@@ -41,8 +47,8 @@ QCoro::Task<QString> Diagnostics::gather()
     facts.kernel = u"%1 %2 %3"_s.arg(QSysInfo::kernelType(), QSysInfo::kernelVersion(),
                                      QSysInfo::currentCpuArchitecture());
     facts.language = QLocale().name();
-    facts.agent = _with.service.agentStatus();
-    facts.menu = _with.service.mainAppStatus();
+    facts.agent = co_await statusNow(LoginService::Agent);
+    facts.menu = co_await statusNow(LoginService::MainApp);
     facts.setupComplete = _with.model.setupComplete();
     facts.drive = _with.model.status();
     facts.checks = _with.model.checks();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Ferrobank/Diagnostics/ToolJournal.h"
+#include "Platform/LoginItemRegistry.h"
 
 #include <QCoro/QCoroTask>
 #include <QtCore/QString>
@@ -9,13 +10,13 @@ namespace ferrobank {
 
 class AppModel;
 class CLI;
-class Service;
+class LoginServices;
 class SystemReport;
 
 /// What the report is made from. References must outlive it.
 struct DiagnosticsCollaborators {
     AppModel& model;
-    Service& service;
+    LoginServices& loginServices;
     CLI& cli;
     const ToolJournal& journal;
     SystemReport& system;
@@ -30,11 +31,13 @@ public:
     explicit Diagnostics(DiagnosticsCollaborators collaborators);
 
     /// The report as text (see diagnosticReport). Never fails: what cannot be learned is told as unknown.
-    /// Waits for the drive tool to tell its version, and for the desktop's services.
+    /// Waits for the drive tool to tell its version, for the login services and for the
+    /// desktop's services.
     QCoro::Task<QString> gather();
 
 private:
     QCoro::Task<QString> toolVersion();
+    QCoro::Task<LoginServiceStatus> statusNow(LoginService service);
 
     DiagnosticsCollaborators _with;
 };

@@ -39,11 +39,11 @@ FerrobankApp::FerrobankApp(DesktopSession& session)
       })),
       _tool(text(Bundle::main().driveTool())),
       _cli(_tool, _toolJournal),
-      _service(_system->registry()),
+      _loginServices(_system->registry(), _registryWork),
       _commandLineTool(text(Bundle::main().atStablePath().driveTool()), _system->privilegedLink()),
       _model(std::make_unique<AppModel>(ModelCollaborators{
           .cli = _cli,
-          .service = _service,
+          .loginServices = _loginServices,
           .commandLineTool = _commandLineTool,
           .workspace = _system->workspace(),
           .settingsPages = _system->settingsPages(),
@@ -55,7 +55,7 @@ FerrobankApp::FerrobankApp(DesktopSession& session)
       })),
       _diagnostics({
           .model = *_model,
-          .service = _service,
+          .loginServices = _loginServices,
           .cli = _cli,
           .journal = _toolJournal,
           .system = _system->report(),
@@ -66,12 +66,11 @@ FerrobankApp::FerrobankApp(DesktopSession& session)
       }),
       _windows(std::make_unique<Windows>(WindowsCollaborators{
           .model = *_model,
-          .service = _service,
+          .loginServices = _loginServices,
           .commandLineTool = _commandLineTool,
           .workspace = _system->workspace(),
           .settingsPages = _system->settingsPages(),
           .volumes = _system->volumes(),
-          .registry = _system->registry(),
           .diagnostics = _diagnostics,
           .home = QDir::homePath(),
       })),
@@ -115,11 +114,22 @@ FerrobankApp::~FerrobankApp() = default;
 
 void FerrobankApp::launch(const InstanceRequest& request)
 {
-    const bool carriedOut = !request.action.isEmpty() && carryOut(request);
-    if (!carriedOut && !_model->setupComplete()) {
-        _windows->openMain(request.activationToken);
+    if (!request.action.isEmpty() && carryOut(request)) {
+        // The command has brought up what it is about.
+    } else if (_model->isSetupKnown()) {
+        openWindowUnlessSetUp(request.activationToken);
+    } else {
+        connect(_model.get(), &AppModel::setupKnown, this,
+                [this, token = request.activationToken] { openWindowUnlessSetUp(token); });
     }
     QTimer::singleShot(kStarted, &returnIdleMemory);
+}
+
+void FerrobankApp::openWindowUnlessSetUp(const QString& activationToken)
+{
+    if (!_model->setupComplete()) {
+        _windows->openMain(activationToken);
+    }
 }
 
 bool FerrobankApp::carryOut(const InstanceRequest& request)
@@ -149,6 +159,7 @@ void FerrobankApp::tellOfBackground()
 
 void FerrobankApp::openWindow(const QString& activationToken)
 {
+    _model->lookAtSetup();
     if (!_windows->mainIsVisible()) {
         _model->setScreen(
             screenForOpening(_model->setupComplete(), _model->screen(), _model->uninstallState()));

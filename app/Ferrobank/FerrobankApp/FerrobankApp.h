@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Ferrobank/Async/ThreadWorkQueue.h"
 #include "Ferrobank/CLI/CommandLineTool.h"
 #include "Ferrobank/CLI/ProcessCLI.h"
 #include "Ferrobank/Diagnostics/Diagnostics.h"
@@ -7,8 +8,8 @@
 #include "Ferrobank/Diagnostics/ToolJournal.h"
 #include "Ferrobank/FerrobankApp/TrayMenu.h"
 #include "Ferrobank/FerrobankApp/Windows.h"
+#include "Ferrobank/LoginServices.h"
 #include "Ferrobank/Model/AppModel.h"
-#include "Ferrobank/Service.h"
 #include "Ferrobank/Updater.h"
 #include "Platform/DesktopSession.h"
 #include "Platform/SingleInstance.h"
@@ -37,7 +38,8 @@ public:
     explicit FerrobankApp(DesktopSession& session);
     ~FerrobankApp() override;
 
-    /// Carries out what the start asks for, or opens the window if the launch rule says so.
+    /// Carries out what the start asks for, or opens the window if the launch rule says so, as soon as that is
+    /// known.
     void launch(const InstanceRequest& request);
 
 private:
@@ -45,6 +47,7 @@ private:
     [[nodiscard]] bool carryOut(const InstanceRequest& request);
     void openWindow(const QString& activationToken);
     void tellOfBackground();
+    void openWindowUnlessSetUp(const QString& activationToken);
 
     // In the order in which they are made: the item first, so that the panel has it while the rest is built.
     std::unique_ptr<StatusItem> _statusItem;
@@ -52,7 +55,8 @@ private:
     ToolJournal _toolJournal;
     ProcessCLI _tool;
     NotingCLI _cli;
-    Service _service;
+    ThreadWorkQueue _registryWork;
+    LoginServices _loginServices;
     CommandLineTool _commandLineTool;
     std::unique_ptr<AppModel> _model;
     Diagnostics _diagnostics;

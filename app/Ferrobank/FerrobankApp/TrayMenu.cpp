@@ -21,8 +21,12 @@ TrayMenu::TrayMenu(TrayMenuCollaborators collaborators, QObject* parent)
     connect(&_with.model, &AppModel::menuOpensAtLoginChanged, this, everything);
     connect(&_with.model, &AppModel::setupCompleteChanged, this, everything);
     connect(&_with.model, &AppModel::uninstallStateChanged, this, everything);
-    connect(&_with.systemChanges, &SystemChanges::changed, this, everything);
-    connect(&_with.item, &StatusItem::aboutToShowMenu, this, everything);
+    const auto askedAnew = [this] {
+        update(Read::Everything);
+        _with.model.lookAtSetup(); // what that finds is told by the model
+    };
+    connect(&_with.systemChanges, &SystemChanges::changed, this, askedAnew);
+    connect(&_with.item, &StatusItem::aboutToShowMenu, this, askedAnew);
     connect(&_with.item, &StatusItem::chosen, this,
             [this](int entry, const QString& token) { choose(static_cast<MenuItem>(entry), token); });
     update(Read::Everything);
@@ -105,6 +109,7 @@ void TrayMenu::showLog()
 
 QCoro::Task<> TrayMenu::installCommand()
 {
+    const auto life = _lifeline.hold();
     QString failure;
     try {
         co_await _with.commandLineTool.install();
@@ -112,6 +117,9 @@ QCoro::Task<> TrayMenu::installCommand()
         // The user has just said so; there is nothing to tell.
     } catch (const std::exception& error) {
         failure = QString::fromUtf8(error.what());
+    }
+    if (life.isCut()) {
+        co_return;
     }
     update(Read::Everything);
     if (!failure.isEmpty()) {

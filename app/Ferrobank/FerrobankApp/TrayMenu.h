@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Ferrobank/Async/Lifeline.h"
 #include "Ferrobank/FerrobankApp/MenuContent.h"
 #include "Ferrobank/Model/Screen.h"
 
@@ -64,6 +65,7 @@ private:
     TrayMenuCollaborators _with;
     std::optional<MenuFacts> _facts; ///< of the menu as it is; absent until there is one
     QString _activationToken;
+    Lifeline _lifeline;
 };
 
 } // namespace ferrobank

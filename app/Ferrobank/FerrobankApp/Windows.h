@@ -20,12 +20,11 @@ namespace ferrobank {
 /// What the windows need beside themselves. References must outlive Windows.
 struct WindowsCollaborators {
     AppModel& model;
-    Service& service;
+    LoginServices& loginServices;
     CommandLineTool& commandLineTool;
     Workspace& workspace;
     SettingsPages& settingsPages;
     Volumes& volumes;
-    LoginItemRegistry& registry;
     Diagnostics& diagnostics;
     QString home; ///< the user's home folder, absolute
 };

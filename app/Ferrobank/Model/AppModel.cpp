@@ -2,7 +2,7 @@
 
 #include "Ferrobank/Async/Spawn.h"
 #include "Ferrobank/CLI/CLI.h"
-#include "Ferrobank/Service.h"
+#include "Ferrobank/LoginServices.h"
 #include "Platform/Clock.h"
 #include "Platform/Defaults.h"
 #include "Platform/Volumes.h"
@@ -29,10 +29,13 @@ AppModel::AppModel(ModelCollaborators collaborators, QObject* parent)
     : QObject(parent),
       _with(std::move(collaborators)),
       _setupTasks(new CheckItemModel(this)),
-      _checks(new CheckItemModel(this)),
-      _menuOpensAtLogin(_with.service.mainAppStatus() == LoginServiceStatus::Enabled)
+      _checks(new CheckItemModel(this))
 {
-    _screen = setupComplete() ? Screen::dashboard() : Screen::onboarding(Screen::Welcome);
+    _told.setupComplete = setupComplete();
+    _screen = _told.setupComplete ? Screen::dashboard() : Screen::onboarding(Screen::Welcome);
+    _setupWasKnown = isSetupKnown();
+    connect(&_with.loginServices, &LoginServices::changed, this, &AppModel::followLoginServices);
+    spawn(this, learnLoginServices());
     // Not from inside the constructor: nobody is connected yet, and the first tool runs would delay the tray.
     QMetaObject::invokeMethod(
         this,
@@ -65,7 +68,7 @@ void AppModel::setMenuOpensAtLogin(bool value)
 {
     const bool changed = _menuOpensAtLogin != value;
     _menuOpensAtLogin = value;
-    matchLoginItem();
+    spawn(this, matchLoginItem(value));
     if (changed) {
         Q_EMIT menuOpensAtLoginChanged();
     }
@@ -79,23 +82,84 @@ void AppModel::storeMenuOpensAtLogin(bool value)
     }
 }
 
-void AppModel::matchLoginItem()
+QCoro::Task<> AppModel::matchLoginItem(bool wish)
 {
+    ++_loginWishes;
     try {
-        const bool enabled = _with.service.mainAppStatus() == LoginServiceStatus::Enabled;
-        if (enabled != _menuOpensAtLogin) {
-            _with.service.setMenuOpensAtLogin(_menuOpensAtLogin);
-        }
+        co_await _with.loginServices.matchMenuOpensAtLogin(wish);
     } catch (const std::exception& error) {
         // No row shows this setting's failures; the next refresh puts the switch back where the system is.
         qWarning("The login item could not be changed: %s", error.what());
     }
 }
 
+QCoro::Task<> AppModel::learnLoginServices()
+{
+    const auto life = _lifeline.hold();
+    const int wishes = _loginWishes;
+    // The login item first: it is kept in files, while the agent's manager may take its time.
+    const auto loginItem = co_await _with.loginServices.followMovedBundle(LoginService::MainApp);
+    if (life.isCut()) {
+        co_return;
+    }
+    if (loginItem && wishes == _loginWishes) {
+        storeMenuOpensAtLogin(*loginItem == LoginServiceStatus::Enabled);
+    }
+    if (isSetupRecorded()) {
+        co_await learnAgent();
+    }
+}
+
+QCoro::Task<> AppModel::learnAgent()
+{
+    const auto life = _lifeline.hold();
+    if (_learnsAgent) {
+        co_return;
+    }
+    _learnsAgent = true;
+    co_await _with.loginServices.followMovedBundle(LoginService::Agent);
+    if (!life.isCut()) {
+        _learnsAgent = false;
+    }
+}
+
+void AppModel::followLoginServices()
+{
+    const bool complete = setupComplete();
+    if (!_setupWasKnown && isSetupKnown()) {
+        _setupWasKnown = true;
+        if (!complete && _screen == Screen::dashboard()) {
+            setScreen(Screen::onboarding(Screen::Welcome));
+        }
+        Q_EMIT setupKnown();
+    }
+    if (std::exchange(_told.setupComplete, complete) != complete) {
+        Q_EMIT setupCompleteChanged();
+    }
+}
+
+bool AppModel::isSetupRecorded() const
+{
+    return _with.defaults.boolForKey(kSetupCompleteKey);
+}
+
+bool AppModel::isSetupKnown() const
+{
+    return !isSetupRecorded() || _with.loginServices.known(LoginService::Agent).has_value();
+}
+
 bool AppModel::setupComplete() const
 {
-    return _with.defaults.boolForKey(kSetupCompleteKey) &&
-           _with.service.agentStatus() == LoginServiceStatus::Enabled;
+    return isSetupRecorded() &&
+           _with.loginServices.known(LoginService::Agent).value_or(LoginServiceStatus::Enabled) ==
+               LoginServiceStatus::Enabled;
+}
+
+void AppModel::lookAtSetup()
+{
+    if (isSetupRecorded()) {
+        _with.loginServices.look(LoginService::Agent);
+    }
 }
 
 bool AppModel::recordSetupComplete()
@@ -106,7 +170,9 @@ bool AppModel::recordSetupComplete()
 bool AppModel::writeSetupRecord(bool complete)
 {
     const bool written = _with.defaults.setBool(kSetupCompleteKey, complete);
+    _told.setupComplete = setupComplete();
     Q_EMIT setupCompleteChanged();
+    lookAtSetup();
     return written;
 }
 
@@ -121,8 +187,22 @@ QCoro::Task<> AppModel::refresh()
     if (answer) {
         setStatus(*std::move(answer));
     }
-    // What the system has needs no matching with the system.
-    storeMenuOpensAtLogin(_with.service.mainAppStatus() == LoginServiceStatus::Enabled);
+    co_await readLoginSetting();
+    if (!life.isCut() && !isSetupKnown()) {
+        spawn(this, learnAgent());
+    }
+}
+
+QCoro::Task<> AppModel::readLoginSetting()
+{
+    const auto life = _lifeline.hold();
+    const int wishes = _loginWishes;
+    const auto answer = co_await _with.loginServices.ask(LoginService::MainApp);
+    // An answer from before the user's latest wish is out of date. What the system has needs no matching with
+    // the system.
+    if (!life.isCut() && answer && wishes == _loginWishes) {
+        storeMenuOpensAtLogin(*answer == LoginServiceStatus::Enabled);
+    }
 }
 
 void AppModel::setStatus(DriveStatus status)

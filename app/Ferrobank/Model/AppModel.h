@@ -21,7 +21,7 @@ class CLI;
 class Clock;
 class CommandLineTool;
 class Defaults;
-class Service;
+class LoginServices;
 class SettingsPages;
 class Volumes;
 class Workspace;
@@ -42,7 +42,7 @@ public:
 /// What the model works with. References must outlive the model.
 struct ModelCollaborators {
     CLI& cli;
-    Service& service;
+    LoginServices& loginServices;
     CommandLineTool& commandLineTool;
     Workspace& workspace;
     SettingsPages& settingsPages;
@@ -87,8 +87,9 @@ public:
         friend bool operator==(const UninstallState&, const UninstallState&) = default;
     };
 
-    /// Reads the login setting and the first screen. The start-up task and the status poll begin with the
-    /// next turn of the event loop.
+    /// Begins to ask for the login services. The first screen follows the record of the setup, and once the
+    /// agent's state is known that, too. The start-up task and the status poll begin with the next turn of
+    /// the event loop.
     explicit AppModel(ModelCollaborators collaborators, QObject* parent = nullptr);
     ~AppModel() override;
 
@@ -115,14 +116,22 @@ public:
 
     [[nodiscard]] bool menuOpensAtLogin() const { return _menuOpensAtLogin; }
 
-    /// Stores the user's wish and, where the system disagrees, registers or unregisters the login item. A
-    /// registry that refuses is ignored here; the next refresh() shows the truth.
+    /// Stores the user's wish and, where the system disagrees, registers or unregisters the login item in the
+    /// background. A registry that refuses is ignored here; the next refresh() shows the truth.
     void setMenuOpensAtLogin(bool value);
 
     [[nodiscard]] const UninstallState& uninstallState() const { return _uninstallState; }
 
-    /// Whether setup was finished and the agent is enabled; asked anew each time.
+    /// Whether setup was finished and the agent is enabled, as far as that is known: a service manager that
+    /// does not answer does not undo a setup.
     [[nodiscard]] bool setupComplete() const;
+
+    /// setupComplete() rests on an answer. From false it becomes true once, with setupKnown().
+    [[nodiscard]] bool isSetupKnown() const;
+
+    /// Asks for the agent anew where setup is recorded; setupCompleteChanged() tells if that makes a
+    /// difference.
+    void lookAtSetup();
 
     /// Records that setup is finished. The result tells whether that reached the disk.
     bool recordSetupComplete();
@@ -172,7 +181,8 @@ Q_SIGNALS:
     void checksPassedChanged();
     void menuOpensAtLoginChanged();
     void uninstallStateChanged();
-    void setupCompleteChanged(); ///< the record was written; whether the agent is enabled is not watched
+    void setupCompleteChanged(); ///< the record was written, or another state of the agent was learned
+    void setupKnown();
 
 private:
     /// What a screen may have read last, so that a derived value is only told when it is another one.
@@ -180,6 +190,7 @@ private:
         bool setupDone = false;
         bool mountFailed = false;
         bool checksPassed = false;
+        bool setupComplete = false;
     };
 
     /// What one look during the wait for the drive has found.
@@ -194,8 +205,13 @@ private:
     [[nodiscard]] bool isMounted() const { return _status && _status->mounted; }
 
     void setStatus(DriveStatus status);
+    QCoro::Task<> learnLoginServices();
+    QCoro::Task<> learnAgent();
+    void followLoginServices();
+    QCoro::Task<> readLoginSetting();
     void storeMenuOpensAtLogin(bool value);
-    void matchLoginItem();
+    QCoro::Task<> matchLoginItem(bool wish);
+    [[nodiscard]] bool isSetupRecorded() const;
     bool writeSetupRecord(bool complete);
     void tellDerived();
 
@@ -204,10 +220,12 @@ private:
     void setChecksRunning(bool running);
     void changeChecks(bool changed);
     QCoro::Task<> restartDrive();
-    void registerIgnoringFailure();
+    QCoro::Task<bool> isAgentRegistered();
+    QCoro::Task<> registerIgnoringFailure();
 
     // The steps of the setup run; each tells whether the run goes on.
     QCoro::Task<bool> setUpLogin();
+    QCoro::Task<bool> awaitApproval();
     QCoro::Task<bool> setUpMount(bool firstRun);
     QCoro::Task<bool> setUpFinder();
     MountWait lookAtMount(std::chrono::system_clock::duration waited);
@@ -227,6 +245,9 @@ private:
     CheckItemModel* _checks;
     bool _checksRunning = false;
     bool _menuOpensAtLogin = false;
+    int _loginWishes = 0; ///< how many there ever were
+    bool _learnsAgent = false;
+    bool _setupWasKnown = false;
     UninstallState _uninstallState;
     Derived _told;
     Lifeline _lifeline;

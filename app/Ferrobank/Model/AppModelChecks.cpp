@@ -1,8 +1,8 @@
 #include "Ferrobank/CLI/CLI.h"
+#include "Ferrobank/LoginServices.h"
 #include "Ferrobank/Model/AppModel.h"
 #include "Ferrobank/Model/Breather.h"
 #include "Ferrobank/Model/FailureText.h"
-#include "Ferrobank/Service.h"
 #include "Platform/Clock.h"
 #include "Platform/SettingsPages.h"
 
@@ -125,7 +125,7 @@ QCoro::Task<> AppModel::fix(FixAction action)
         co_await restartDrive();
         break;
     case FixAction::LoginItems:
-        _with.service.openSystemSettingsLoginItems();
+        _with.loginServices.openSystemSettingsLoginItems();
         break;
     case FixAction::PrivacySettings:
         _with.settingsPages.open(SettingsPage::FilesAndFolders);
@@ -146,11 +146,15 @@ QCoro::Task<> AppModel::restartDrive()
         row.fix.reset();
         changeChecks(_checks->put(row));
     }
-    if (_with.service.agentStatus() == LoginServiceStatus::Enabled) {
+    const bool isRegistered = co_await isAgentRegistered();
+    if (life.isCut()) {
+        co_return;
+    }
+    if (isRegistered) {
         const QStringList args{u"restart"_s};
         co_await runIgnoringFailure(args);
     } else {
-        registerIgnoringFailure();
+        co_await registerIgnoringFailure();
     }
     if (life.isCut()) {
         co_return;
@@ -169,10 +173,20 @@ QCoro::Task<> AppModel::restartDrive()
     co_await runChecks();
 }
 
-void AppModel::registerIgnoringFailure()
+QCoro::Task<bool> AppModel::isAgentRegistered()
+{
+    const auto life = _lifeline.hold();
+    auto answer = co_await _with.loginServices.ask(LoginService::Agent);
+    if (!answer && !life.isCut()) {
+        answer = _with.loginServices.known(LoginService::Agent);
+    }
+    co_return answer.value_or(LoginServiceStatus::Enabled) == LoginServiceStatus::Enabled;
+}
+
+QCoro::Task<> AppModel::registerIgnoringFailure()
 {
     try {
-        _with.service.registerDrive();
+        co_await _with.loginServices.registerDrive();
     } catch (const std::exception& error) {
         // The checks that follow report the real state.
         qWarning("The agent could not be registered: %s", error.what());

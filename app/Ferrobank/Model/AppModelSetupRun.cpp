@@ -1,6 +1,6 @@
+#include "Ferrobank/LoginServices.h"
 #include "Ferrobank/Model/AppModel.h"
 #include "Ferrobank/Model/FailureText.h"
-#include "Ferrobank/Service.h"
 #include "Platform/Clock.h"
 
 using namespace Qt::StringLiterals;
@@ -41,31 +41,65 @@ QCoro::Task<bool> AppModel::setUpLogin()
     const auto life = _lifeline.hold();
     const auto row = u"login"_s;
     updateSetupTask(row, CheckItem::State::Running);
+    std::optional<QString> failure;
     try {
-        _with.service.registerDrive();
+        co_await _with.loginServices.registerDrive();
     } catch (const std::exception& error) {
-        updateSetupTask(row, CheckItem::State::Fail, failureText(error),
+        failure = failureText(error);
+    }
+    if (life.isCut()) {
+        co_return false;
+    }
+    if (failure) {
+        updateSetupTask(row, CheckItem::State::Fail, failure,
                         tr("Open System Settings › General › Login Items and turn on Ferrobank."));
         co_return false;
     }
-    if (_with.service.needsApproval()) {
-        _with.service.openSystemSettingsLoginItems();
+    const bool approved = co_await awaitApproval();
+    if (!approved || life.isCut()) {
+        co_return false;
     }
-    while (_with.service.needsApproval()) {
-        updateSetupTask(row, CheckItem::State::Fail, tr("Ferrobank is switched off in Login Items."),
-                        tr("Turn on Ferrobank in the Login Items window that just opened; setup continues on "
-                           "its own."));
+    if (_choices.menuAtLogin != _menuOpensAtLogin) {
+        const bool wish = _choices.menuAtLogin;
+        storeMenuOpensAtLogin(wish);
+        co_await matchLoginItem(wish);
+        if (life.isCut()) {
+            co_return false;
+        }
+    }
+    updateSetupTask(row, CheckItem::State::Pass,
+                    tr("Registered with macOS; it shows in System Settings › Login Items."));
+    co_return true;
+}
+
+QCoro::Task<bool> AppModel::awaitApproval()
+{
+    const auto life = _lifeline.hold();
+    bool pageIsOpen = false;
+    for (;;) {
+        const std::optional<bool> needed = co_await _with.loginServices.askForApproval();
+        if (life.isCut()) {
+            co_return false;
+        }
+        if (needed == false) {
+            co_return true;
+        }
+        // Without an answer nothing is known: the row goes on telling what was true last.
+        if (needed == true) {
+            if (!pageIsOpen) {
+                _with.loginServices.openSystemSettingsLoginItems();
+                pageIsOpen = true;
+            }
+            updateSetupTask(
+                u"login"_s, CheckItem::State::Fail, tr("Ferrobank is switched off in Login Items."),
+                tr("Turn on Ferrobank in the Login Items window that just opened; setup continues on "
+                   "its own."));
+        }
         co_await _with.clock.sleep(kLookPause);
         if (life.isCut()) {
             co_return false;
         }
     }
-    if (_choices.menuAtLogin != _menuOpensAtLogin) {
-        setMenuOpensAtLogin(_choices.menuAtLogin);
-    }
-    updateSetupTask(row, CheckItem::State::Pass,
-                    tr("Registered with macOS; it shows in System Settings › Login Items."));
-    co_return true;
 }
 
 QCoro::Task<bool> AppModel::setUpMount(bool firstRun)

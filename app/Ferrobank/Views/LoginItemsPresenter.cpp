@@ -1,21 +1,39 @@
 #include "Ferrobank/Views/LoginItemsPresenter.h"
 
+#include "Ferrobank/Async/Spawn.h"
+#include "Ferrobank/LoginServices.h"
 #include "Ferrobank/Model/AppModel.h"
 
 namespace ferrobank {
 
-LoginItemRow::LoginItemRow(LoginItemRegistry& registry, LoginService service)
-    : _registry(registry), _service(service), _status(registry.status(service))
-{}
+LoginItemRow::LoginItemRow(LoginServices& services, LoginService service)
+    : _services(services), _service(service), _status(services.known(service))
+{
+    connect(&_services, &LoginServices::changed, this, &LoginItemRow::follow);
+    refresh();
+}
+
+bool LoginItemRow::isOn() const
+{
+    return _wish.value_or(_status == LoginServiceStatus::Enabled);
+}
+
+bool LoginItemRow::isAvailable() const
+{
+    return _status && *_status != LoginServiceStatus::NotFound;
+}
 
 QString LoginItemRow::state() const
 {
-    return _service == LoginService::Agent ? stateOfAgent() : stateOfMenu();
+    if (!_status) {
+        return tr("Your system has not answered yet.");
+    }
+    return _service == LoginService::Agent ? stateOfAgent(*_status) : stateOfMenu(*_status);
 }
 
-QString LoginItemRow::stateOfAgent() const
+QString LoginItemRow::stateOfAgent(LoginServiceStatus status) const
 {
-    switch (_status) {
+    switch (status) {
     case LoginServiceStatus::Enabled:
         return tr("On. Your drive is there when you log in.");
     case LoginServiceStatus::RequiresApproval:
@@ -28,9 +46,9 @@ QString LoginItemRow::stateOfAgent() const
     return {};
 }
 
-QString LoginItemRow::stateOfMenu() const
+QString LoginItemRow::stateOfMenu(LoginServiceStatus status) const
 {
-    switch (_status) {
+    switch (status) {
     case LoginServiceStatus::Enabled:
         return tr("On. The Ferrobank menu appears when you log in.");
     case LoginServiceStatus::RequiresApproval:
@@ -45,24 +63,43 @@ QString LoginItemRow::stateOfMenu() const
 
 void LoginItemRow::setOn(bool on)
 {
+    spawn(this, carryOut(on));
+}
+
+QCoro::Task<> LoginItemRow::carryOut(bool on)
+{
+    const auto life = _lifeline.hold();
     _failure.clear();
+    _wish = on;
+    ++_wishesUnderWay;
+    Q_EMIT changed();
+    QString failure;
     try {
-        if (on) {
-            _registry.registerService(_service, UserSwitch::Override);
-        } else {
-            _registry.unregisterService(_service);
-        }
-    } catch (const RegistryError& error) {
-        _failure = QString::fromUtf8(error.what());
+        co_await _services.setOn(_service, on);
+    } catch (const std::exception& error) {
+        failure = QString::fromUtf8(error.what());
     }
-    _status = _registry.status(_service);
+    if (life.isCut()) {
+        co_return;
+    }
+    _failure = failure;
+    --_wishesUnderWay;
+    if (_wishesUnderWay == 0) {
+        _wish.reset();
+    }
+    _status = _services.known(_service);
     Q_EMIT changed();
 }
 
 void LoginItemRow::refresh()
 {
-    const auto status = _registry.status(_service);
-    if (_status != status) {
+    _services.look(_service);
+}
+
+void LoginItemRow::follow()
+{
+    const auto status = _services.known(_service);
+    if (_status != status && _wishesUnderWay == 0) {
         _status = status;
         _failure.clear();
         Q_EMIT changed();
@@ -70,8 +107,8 @@ void LoginItemRow::refresh()
 }
 
 LoginItemsPresenter::LoginItemsPresenter(const WindowCollaborators& with)
-    : _agent(with.registry, LoginService::Agent),
-      _menu(with.registry, LoginService::MainApp),
+    : _agent(with.loginServices, LoginService::Agent),
+      _menu(with.loginServices, LoginService::MainApp),
       _diagnostics(with.diagnostics)
 {
     connect(&with.model, &AppModel::statusChanged, this, &LoginItemsPresenter::refresh);

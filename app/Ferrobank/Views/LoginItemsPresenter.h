@@ -1,14 +1,20 @@
 #pragma once
 
+#include "Ferrobank/Async/Lifeline.h"
 #include "Ferrobank/Views/DiagnosticsCopy.h"
 #include "Ferrobank/Views/MainWindow.h"
 #include "Platform/LoginItemRegistry.h"
 
+#include <QCoro/QCoroTask>
 #include <QtCore/QObject>
 #include <QtCore/QString>
 #include <QtQml/qqmlregistration.h>
 
+#include <optional>
+
 namespace ferrobank {
+
+class LoginServices;
 
 /// One switch of the Login Items window. Main thread; owned by the LoginItemsPresenter.
 class LoginItemRow : public QObject {
@@ -22,12 +28,13 @@ class LoginItemRow : public QObject {
     Q_PROPERTY(QString failure READ failure NOTIFY changed)
 
 public:
-    LoginItemRow(LoginItemRegistry& registry, LoginService service);
+    LoginItemRow(LoginServices& services, LoginService service);
 
-    [[nodiscard]] bool isOn() const { return _status == LoginServiceStatus::Enabled; }
+    /// What the user wants while that is carried out, otherwise what the system has.
+    [[nodiscard]] bool isOn() const;
 
     /// There is something that could be switched.
-    [[nodiscard]] bool isAvailable() const { return _status != LoginServiceStatus::NotFound; }
+    [[nodiscard]] bool isAvailable() const;
 
     /// In words what is on.
     [[nodiscard]] QString state() const;
@@ -35,7 +42,7 @@ public:
     /// Why the last switch did not work; empty otherwise.
     [[nodiscard]] QString failure() const { return _failure; }
 
-    /// The user's own click: may undo an earlier switch-off.
+    /// The user's own click: may undo an earlier switch-off. Ends when the system has it so, or refused.
     Q_INVOKABLE void setOn(bool on);
 
     void refresh();
@@ -44,13 +51,18 @@ Q_SIGNALS:
     void changed();
 
 private:
-    [[nodiscard]] QString stateOfAgent() const;
-    [[nodiscard]] QString stateOfMenu() const;
+    [[nodiscard]] QString stateOfAgent(LoginServiceStatus status) const;
+    [[nodiscard]] QString stateOfMenu(LoginServiceStatus status) const;
+    QCoro::Task<> carryOut(bool on);
+    void follow();
 
-    LoginItemRegistry& _registry;
+    LoginServices& _services;
     LoginService _service;
-    LoginServiceStatus _status;
+    std::optional<LoginServiceStatus> _status; ///< absent while the system has not answered
+    std::optional<bool> _wish;
+    int _wishesUnderWay = 0;
     QString _failure;
+    Lifeline _lifeline;
 };
 
 /// The Login Items window: both services of this application and a switch for each. Main thread; lives as

@@ -11,8 +11,7 @@ namespace ferrobank {
 class AppModel;
 class CommandLineTool;
 class Diagnostics;
-class LoginItemRegistry;
-class Service;
+class LoginServices;
 class SettingsPages;
 class Volumes;
 class Workspace;
@@ -43,12 +42,11 @@ public:
 /// What the windows show and use. References must outlive the windows.
 struct WindowCollaborators {
     AppModel& model;
-    Service& service;
+    LoginServices& loginServices;
     CommandLineTool& commandLineTool;
     Workspace& workspace;
     SettingsPages& settingsPages;
     Volumes& volumes;
-    LoginItemRegistry& registry; ///< for the Login Items window
     Diagnostics& diagnostics;
     WindowHost& host;
     QString home; ///< the user's home folder, absolute

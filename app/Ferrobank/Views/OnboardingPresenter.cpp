@@ -1,8 +1,8 @@
 #include "Ferrobank/Views/OnboardingPresenter.h"
 
 #include "Ferrobank/Async/Spawn.h"
+#include "Ferrobank/LoginServices.h"
 #include "Ferrobank/Model/AppModel.h"
-#include "Ferrobank/Service.h"
 #include "Platform/SettingsPages.h"
 
 namespace ferrobank {
@@ -33,9 +33,12 @@ OnboardingPresenter::OnboardingPresenter(const WindowCollaborators& with) : _wit
     connect(model, &AppModel::setupTasksChanged, this, &OnboardingPresenter::updateButtons);
     connect(model, &AppModel::setupDoneChanged, this, &OnboardingPresenter::updateButtons);
     connect(model, &AppModel::screenChanged, this, &OnboardingPresenter::updateButtons);
-    // The registry tells nobody of an approval; each poll of the status is an occasion to ask.
-    connect(model, &AppModel::statusChanged, this, &OnboardingPresenter::updateButtons);
+    // The registry tells nobody of an approval; each change of a row and each poll is an occasion to ask.
+    connect(model, &AppModel::setupTasksChanged, this, &OnboardingPresenter::askForApproval);
+    connect(model, &AppModel::statusChanged, this, &OnboardingPresenter::askForApproval);
+    connect(&_with.loginServices, &LoginServices::changed, this, &OnboardingPresenter::updateButtons);
     updateButtons();
+    askForApproval();
 }
 
 bool OnboardingPresenter::menuAtLogin() const
@@ -86,11 +89,20 @@ void OnboardingPresenter::updateButtons()
     } else if (_with.model.setupTaskRows()->countOf(CheckItem::State::Fail) > 0) {
         outcome = Outcome::SomethingFailed;
     }
-    const bool needsApproval = outcome == Outcome::SomethingFailed && _with.service.needsApproval();
+    const bool needsApproval =
+        outcome == Outcome::SomethingFailed && _with.loginServices.isKnownToNeedApproval();
     const auto buttons = SetupButtons::of(outcome, needsApproval, _with.model.mountFailed());
     if (_buttons != buttons) {
         _buttons = buttons;
         Q_EMIT buttonsChanged();
+    }
+}
+
+void OnboardingPresenter::askForApproval()
+{
+    if (_buttons.tryAgain) {
+        _with.loginServices.look(LoginService::MainApp);
+        _with.loginServices.look(LoginService::Agent);
     }
 }
 
@@ -107,7 +119,7 @@ void OnboardingPresenter::allowAndSetUp()
 
 void OnboardingPresenter::openLoginItems()
 {
-    _with.service.openSystemSettingsLoginItems();
+    _with.loginServices.openSystemSettingsLoginItems();
 }
 
 void OnboardingPresenter::openPrivacySettings()

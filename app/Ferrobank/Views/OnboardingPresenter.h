@@ -88,6 +88,7 @@ Q_SIGNALS:
 
 private:
     void updateButtons();
+    void askForApproval();
 
     WindowCollaborators _with;
     SetupButtons _buttons;

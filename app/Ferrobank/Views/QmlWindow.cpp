@@ -108,6 +108,7 @@ void QmlWindow::open(const QString& activationToken)
     }
     _window->raise();
     _window->requestActivate();
+    qunsetenv("XDG_ACTIVATION_TOKEN"); // good for this window alone
     if (wasMinimised && raisingNeedsLeave()) {
         QTimer::singleShot(kRaisePatience, _window.get(), [this] { appearAnewUnlessActive(); });
     }

@@ -5,6 +5,7 @@
 #include "mounting/Volume.h"
 #include "platform/FileDescriptor.h"
 #include "platform/Files.h"
+#include "platform/ToolPrograms.h"
 #include "testing/DriveFiles.h"
 
 #include <dirent.h>
@@ -135,6 +136,17 @@ bool writeRandomFile(const std::filesystem::path& file, std::size_t bytes, unsig
     return made && ::fsync(made.get()) == 0;
 }
 
+std::filesystem::path installTool(const std::filesystem::path& folder)
+{
+    std::filesystem::create_directories(folder);
+    const std::filesystem::path built = std::filesystem::path(FERROBANK_TOOL).parent_path();
+    for (const char* program : {kDriveProgram, kFrontProgram}) {
+        std::filesystem::copy_file(built / program, folder / "fresh");
+        std::filesystem::rename(folder / "fresh", folder / program);
+    }
+    return folder / kFrontProgram;
+}
+
 DriveHost::DriveHost(const std::string& kind, std::uint64_t bytes) : _program(FERROBANK_TOOL)
 {
     enterPrivateMounts();
@@ -256,9 +268,9 @@ pid_t DriveHost::spawn(const std::vector<std::string>& arguments, int output, in
     return child;
 }
 
-ToolRun DriveHost::run(const std::vector<std::string>& arguments) const
+ToolRun DriveHost::run(const std::vector<std::string>& arguments, const std::string& errorName) const
 {
-    const std::filesystem::path errorFile = _folder.path() / "errors";
+    const std::filesystem::path errorFile = _folder.path() / errorName;
     int ends[2] = {-1, -1};
     if (::pipe2(ends, O_CLOEXEC) != 0) {
         throw std::runtime_error("no pipe");
@@ -277,7 +289,7 @@ ToolRun DriveHost::run(const std::vector<std::string>& arguments) const
     return result;
 }
 
-void DriveHost::makeSmallStore() const
+void DriveHost::makeSmallStore(std::uint64_t bytes) const
 {
     std::filesystem::create_directories(_paths.store);
     std::filesystem::create_directories(_folder.path() / "skeleton/u");
@@ -286,7 +298,7 @@ void DriveHost::makeSmallStore() const
     }
     const FileDescriptor image(::open(_paths.image.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
     const FileDescriptor mark(::open(_paths.unprepared.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
-    if (!mark || ::ftruncate(image.get(), off_t{64} << 30U) != 0 ||
+    if (!mark || ::ftruncate(image.get(), static_cast<off_t>(bytes)) != 0 ||
         runProgram({"mkfs.btrfs", "-q", "-L", "Ferrobank", "--rootdir",
                     (_folder.path() / "skeleton").string(), _paths.image.string()}) != 0)
     {

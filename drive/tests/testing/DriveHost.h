@@ -40,11 +40,11 @@ public:
 
     [[nodiscard]] TestVolume& disk() { return *_disk; }
 
-    /// Runs the tool to its end.
-    ToolRun run(const std::vector<std::string>& arguments) const;
-    /// Gives the home a new store of 64 GB, whose space guard is grown in no time; else the first start makes
-    /// 8 TB.
-    void makeSmallStore() const;
+    /// Runs the tool to its end. Runs at the same time need other names for the file that takes their errors.
+    ToolRun run(const std::vector<std::string>& arguments, const std::string& errorName = "errors") const;
+    /// Gives the home a new store, of 64 GB unless told, whose space guard is grown in no time; else the
+    /// first start makes 8 TB.
+    void makeSmallStore(std::uint64_t bytes = std::uint64_t{64} << 30U) const;
     /// Starts `serve` as a child and returns at once.
     pid_t startServing();
     /// Starts it and waits until the drive is mounted or the attach has failed; true when mounted.
@@ -81,6 +81,10 @@ private:
     /// The last one started, which may not have become the tool yet.
     pid_t _started = 0;
 };
+
+/// Puts a copy of both programs of the built tool into a folder, in place of those that are there, and gives
+/// the path to start it by.
+std::filesystem::path installTool(const std::filesystem::path& folder);
 
 /// Waits until the condition holds; false when it does not within the limit.
 bool waitUntil(const std::function<bool()>& condition,

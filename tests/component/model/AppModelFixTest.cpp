@@ -93,6 +93,30 @@ private Q_SLOTS:
         QCOMPARE(seam().cli.waiting(FakeCLI::kRestart), 1);
     }
 
+    void otherRowsStayWhenThereIsNoRunningRow()
+    {
+        enableAgent();
+        start();
+        seam().cli.streamLines({line(u"drive"_s, State::Pass), line(u"space"_s, State::Fail)});
+        runChecks();
+        seam().cli.hold(FakeCLI::kRestart);
+        model().checkRows()->replaceAll({row(u"drive"_s, State::Pass), row(u"space"_s, State::Fail)});
+        fix(FixAction::Restart);
+        QCOMPARE(model().checks(), (QList{row(u"drive"_s, State::Pass), row(u"space"_s, State::Fail)}));
+    }
+
+    void otherRowsStayBesideTheRunningRow()
+    {
+        enableAgent();
+        start();
+        seam().cli.streamLines({line(u"running"_s, State::Fail), line(u"drive"_s, State::Fail)});
+        runChecks();
+        const QList<CheckItem> before = model().checks();
+        seam().cli.hold(FakeCLI::kRestart);
+        fix(FixAction::Restart);
+        QCOMPARE(model().checks().sliced(1), before.sliced(1));
+    }
+
     void restartRegistersAnAgentThatIsNotEnabled_data()
     {
         QTest::addColumn<LoginServiceStatus>("status");
@@ -110,6 +134,54 @@ private Q_SLOTS:
         QCOMPARE(seam().registry.calls, QStringList{u"register agent"_s});
         QCOMPARE(seam().cli.callsOf(FakeCLI::kRestart), 0);
         QCOMPARE(seam().registry.agent.lastSwitch, UserSwitch::Respect);
+    }
+
+    void restartBelievesWhatItKnewOfASilentManager_data()
+    {
+        QTest::addColumn<LoginServiceStatus>("before");
+        QTest::addColumn<bool>("restarts");
+        QTest::newRow("enabled") << LoginServiceStatus::Enabled << true;
+        QTest::newRow("not registered") << LoginServiceStatus::NotRegistered << false;
+        QTest::newRow("never answered") << kNoAnswer << true;
+    }
+
+    void restartBelievesWhatItKnewOfASilentManager()
+    {
+        QFETCH(const LoginServiceStatus, before);
+        QFETCH(const bool, restarts);
+        seam().finishSetup();
+        seam().registry.agent.status = before;
+        start();
+        seam().registry.agent.status = kNoAnswer;
+        fix(FixAction::Restart);
+        QCOMPARE(seam().cli.callsOf(FakeCLI::kRestart), restarts ? 1 : 0);
+        QCOMPARE(seam().registry.calls.count(u"register agent"_s), restarts ? 0 : 1);
+    }
+
+    void restartAsksForTheAgentInTheBackground()
+    {
+        enableAgent();
+        start();
+        seam().registryWork.hold();
+        fix(FixAction::Restart);
+        QCOMPARE(seam().cli.callsOf(FakeCLI::kRestart), 0);
+        seam().registryWork.letGo();
+        QCOMPARE(seam().cli.callsOf(FakeCLI::kRestart), 1);
+    }
+
+    void limitIsCountedFromTheEndOfTheRestart()
+    {
+        enableAgent();
+        seam().cli.answerStatus(unmountedStatus());
+        start();
+        seam().cli.hold(FakeCLI::kRestart);
+        fix(FixAction::Restart);
+        advance(29s); // the restart takes this long
+        seam().cli.finish(FakeCLI::kRestart, {});
+        advance(29s);
+        QCOMPARE(seam().cli.callsOf(FakeCLI::kCheck), 0);
+        advance(1s);
+        QCOMPARE(seam().cli.callsOf(FakeCLI::kCheck), 1);
     }
 
     void failedRegistrationIsIgnored()

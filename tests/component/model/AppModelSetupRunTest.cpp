@@ -175,6 +175,66 @@ private Q_SLOTS:
         QCOMPARE(setupTask(u"login"_s).state, State::Pass);
     }
 
+    void silenceDuringTheApprovalWaitIsNoApproval()
+    {
+        startUnapproved();
+        runSetup();
+        advance(2s);
+        seam().registry.agent.status = kNoAnswer;
+        advance(30s);
+        QCOMPARE(setupTask(u"login"_s).state, State::Fail);
+        QCOMPARE(setupTask(u"login"_s).detail, u"Ferrobank is switched off in Login Items."_s);
+        seam().registry.agent.status = kEnabled;
+        advance(1s);
+        QCOMPARE(setupTask(u"login"_s).state, State::Pass);
+    }
+
+    void silenceRightAfterTheRegistrationIsNeitherPassNorFailure()
+    {
+        seam().registry.agent.statusAfterRegister = kNoAnswer;
+        start();
+        runSetup();
+        advance(10s);
+        QCOMPARE(setupTask(u"login"_s).state, State::Running);
+        QVERIFY(!seam().registry.calls.contains(u"open settings"_s));
+        seam().registry.agent.status = kNeedsApproval;
+        advance(1s);
+        QCOMPARE(setupTask(u"login"_s).state, State::Fail);
+        QCOMPARE(seam().registry.calls.count(u"open settings"_s), 1);
+        seam().registry.agent.status = kEnabled;
+        advance(1s);
+        QCOMPARE(setupTask(u"login"_s).state, State::Pass);
+    }
+
+    void registrationThatTakesItsTimeShowsAsRunningAndHoldsUpNothingElse()
+    {
+        start();
+        seam().registryWork.hold();
+        runSetup();
+        QCOMPARE(setupTasks(), u"login running, mount pending, finder pending, cli pending"_s);
+        QCOMPARE(seam().registry.calls, QStringList());
+        QVERIFY(seam().registryWork.waiting() > 0);
+        model().setScreen(Screen::onboarding(Screen::Setup));
+        seam().registryWork.letGo();
+        QCOMPARE(setupTask(u"login"_s).state, State::Pass);
+        QCOMPARE(seam().registry.calls, (QStringList{u"register agent"_s, u"register login item"_s}));
+    }
+
+    void rowPassesOnlyOnceTheLoginChoiceIsCarriedOut()
+    {
+        start();
+        seam().registryWork.hold();
+        runSetup();
+        seam().registryWork.doNext(); // the registration
+        seam().registryWork.doNext(); // the approval
+        QCOMPARE(setupTask(u"login"_s).state, State::Running);
+        QVERIFY(model().menuOpensAtLogin());
+        seam().registryWork.doNext(); // the choice
+        QCOMPARE(seam().registry.mainApp.status, kEnabled);
+        QCOMPARE(setupTask(u"login"_s).state, State::Pass);
+        seam().registryWork.letGo();
+    }
+
     void choiceIsAppliedWhereItDiffers_data()
     {
         QTest::addColumn<LoginServiceStatus>("status");
@@ -404,6 +464,51 @@ private Q_SLOTS:
         QCOMPARE(setupTask(u"mount"_s).detail, u"The drive did not mount within 5 minutes."_s);
         QCOMPARE(setupTask(u"mount"_s).fix,
                  u"Choose Show Log from the Ferrobank menu; the last lines name what blocked the mount."_s);
+        QVERIFY(isIdle());
+    }
+
+    void mountIsToldInTheSameWordsForEveryMountPoint()
+    {
+        DriveStatus status = mountedStatus();
+        status.mountpoint = u"/srv/elsewhere/Drive"_s;
+        seam().cli.answerStatus(status);
+        start();
+        runSetup();
+        QCOMPARE(setupTask(u"mount"_s).detail, u"Mounted at ~/Ferrobank."_s);
+    }
+
+    void mountWaitBeginsAfterTheRestartNotBeforeIt()
+    {
+        seam().cli.answerStatus(attachErrorStatus(u"operation not permitted"_s));
+        start();
+        seam().cli.hold(FakeCLI::kRestart);
+        runSetup();
+        seam().cli.answerStatus(unmountedStatus());
+        advance(290s); // the restart takes this long, and the poll forgets the error meanwhile
+        seam().cli.finish(FakeCLI::kRestart, {});
+        QCOMPARE(setupTask(u"mount"_s).state, State::Running);
+        advance(4s);
+        QCOMPARE(setupTask(u"mount"_s).state, State::Running);
+        advance(1s);
+        QCOMPARE(setupTask(u"mount"_s).state, State::AwaitingUser);
+        advance(295s);
+        QCOMPARE(setupTask(u"mount"_s).state, State::AwaitingUser);
+        advance(1s);
+        QCOMPARE(setupTask(u"mount"_s).detail, u"The drive did not mount within 5 minutes."_s);
+    }
+
+    void attachErrorThatThePollBroughtDecidesTheWaitWithoutAnAnswerToItsOwnQuestion()
+    {
+        seam().cli.answerStatus(unmountedStatus());
+        start();
+        advance(4500ms);
+        runSetup();
+        seam().cli.answerStatus(attachErrorStatus(u"refused"_s));
+        advance(500ms); // the poll
+        seam().cli.answer(FakeCLI::kStatus, FakeCLI::Answer::missing());
+        QCOMPARE(setupTask(u"mount"_s).state, State::Running);
+        advance(500ms); // the run's own look
+        QCOMPARE(setupTask(u"mount"_s).detail, u"The drive could not be attached: refused"_s);
         QVERIFY(isIdle());
     }
 

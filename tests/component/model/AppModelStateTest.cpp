@@ -83,6 +83,179 @@ private Q_SLOTS:
         QCOMPARE(seam().registry.calls, QStringList());
     }
 
+    // The registry in the background
+
+    void registryIsNeverAskedOnTheMainThread()
+    {
+        seam().finishSetup();
+        seam().registryWork.hold();
+        start();
+        model().setMenuOpensAtLogin(true);
+        model().lookAtSetup();
+        QCOMPARE(seam().registry.agent.statusReads + seam().registry.mainApp.statusReads, 0);
+        QCOMPARE(seam().registry.calls, QStringList());
+        seam().registryWork.letGo();
+        QVERIFY(model().menuOpensAtLogin());
+        QCOMPARE(seam().registry.mainApp.status, kEnabled);
+        letEventsIn();
+        QVERIFY(isIdle());
+    }
+
+    void recordedSetupShowsTheDashboardUntilTheAgentIsKnown()
+    {
+        seam().finishSetup();
+        seam().registry.agent.status = LoginServiceStatus::NotRegistered;
+        seam().registryWork.hold();
+        create();
+        QCOMPARE(model().screen(), Screen::dashboard());
+        QVERIFY(!model().isSetupKnown());
+        QVERIFY(model().setupComplete());
+        QSignalSpy known(&model(), &AppModel::setupKnown);
+        QSignalSpy told(&model(), &AppModel::setupCompleteChanged);
+        seam().registryWork.letGo();
+        QCOMPARE(model().screen(), Screen::onboarding(Screen::Welcome));
+        QVERIFY(model().isSetupKnown());
+        QVERIFY(!model().setupComplete());
+        QCOMPARE(known.count(), 1);
+        QCOMPARE(told.count(), 1);
+    }
+
+    void screenThatTheUserChoseStaysWhenTheAgentBecomesKnown()
+    {
+        seam().finishSetup();
+        seam().registry.agent.status = LoginServiceStatus::NotRegistered;
+        seam().registryWork.hold();
+        create();
+        model().setScreen(Screen::checks());
+        seam().registryWork.letGo();
+        QCOMPARE(model().screen(), Screen::checks());
+        QVERIFY(!model().setupComplete());
+    }
+
+    void silentManagerAtTheStartUndoesNoSetupAndIsAskedAgain()
+    {
+        seam().finishSetup();
+        seam().registry.agent.status = kNoAnswer;
+        start();
+        QSignalSpy known(&model(), &AppModel::setupKnown);
+        advance(20s);
+        QCOMPARE(model().screen(), Screen::dashboard());
+        QVERIFY(model().setupComplete());
+        QVERIFY(!model().isSetupKnown());
+        QCOMPARE(known.count(), 0);
+        seam().registry.agent.status = kEnabled;
+        advance(5s);
+        QVERIFY(model().isSetupKnown());
+        QVERIFY(model().setupComplete());
+        QCOMPARE(known.count(), 1);
+        const int reads = seam().registry.agent.statusReads;
+        advance(20s); // now that it is known, the polls leave it alone
+        QCOMPARE(seam().registry.agent.statusReads, reads);
+    }
+
+    void agentThatIsMissingAfterASilenceLeadsToTheWelcomePage()
+    {
+        seam().finishSetup();
+        seam().registry.agent.status = kNoAnswer;
+        start();
+        seam().registry.agent.status = LoginServiceStatus::NotRegistered;
+        advance(5s);
+        QCOMPARE(model().screen(), Screen::onboarding(Screen::Welcome));
+        QVERIFY(!model().setupComplete());
+    }
+
+    void silenceLaterKeepsWhatWasKnown_data()
+    {
+        QTest::addColumn<LoginServiceStatus>("status");
+        QTest::addColumn<bool>("complete");
+        QTest::newRow("enabled") << kEnabled << true;
+        QTest::newRow("switched off") << LoginServiceStatus::RequiresApproval << false;
+    }
+
+    void silenceLaterKeepsWhatWasKnown()
+    {
+        QFETCH(const LoginServiceStatus, status);
+        QFETCH(const bool, complete);
+        seam().finishSetup();
+        seam().registry.agent.status = status;
+        start();
+        seam().registry.agent.status = kNoAnswer;
+        model().lookAtSetup();
+        advance(20s);
+        QCOMPARE(model().setupComplete(), complete);
+        QVERIFY(model().isSetupKnown());
+    }
+
+    void silentLoginItemKeepsTheSwitchAsItIs()
+    {
+        seam().registry.mainApp.status = kEnabled;
+        start();
+        seam().registry.mainApp.status = kNoAnswer;
+        advance(10s);
+        QVERIFY(model().menuOpensAtLogin());
+    }
+
+    void movedBundleIsFollowedAtTheStart()
+    {
+        seam().finishSetup();
+        seam().registry.agent.status = LoginServiceStatus{4}; // registered from a bundle that is gone
+        seam().registry.agent.moved = true;
+        seam().registry.mainApp.status = LoginServiceStatus{4};
+        seam().registry.mainApp.moved = true;
+        create();
+        QCOMPARE(model().screen(), Screen::dashboard());
+        QVERIFY(model().setupComplete());
+        QVERIFY(model().menuOpensAtLogin());
+        QCOMPARE(seam().registry.followed, (QList{LoginService::MainApp, LoginService::Agent}));
+    }
+
+    void movedBundleIsFollowedOnceASilentManagerAnswers()
+    {
+        seam().finishSetup();
+        seam().registry.agent.status = kNoAnswer;
+        start();
+        seam().registry.agent.status = LoginServiceStatus{4};
+        seam().registry.agent.moved = true;
+        advance(5s);
+        QVERIFY(model().setupComplete());
+        QCOMPARE(model().screen(), Screen::dashboard());
+    }
+
+    void answerFromBeforeAWishDoesNotUndoIt()
+    {
+        start();
+        seam().registryWork.hold();
+        advance(5s); // the poll's question is on its way
+        model().setMenuOpensAtLogin(true);
+        QSignalSpy told(&model(), &AppModel::menuOpensAtLoginChanged);
+        seam().registryWork.letGo();
+        QVERIFY(model().menuOpensAtLogin());
+        QCOMPARE(told.count(), 0);
+        QCOMPARE(seam().registry.mainApp.status, kEnabled);
+    }
+
+    void answerFromBeforeAWishAtTheStartDoesNotUndoIt()
+    {
+        seam().registryWork.hold();
+        create();
+        model().setMenuOpensAtLogin(true);
+        seam().registryWork.letGo();
+        QVERIFY(model().menuOpensAtLogin());
+    }
+
+    void wishesInQuickSuccessionAreCarriedOutInTheirOrder()
+    {
+        start();
+        seam().registryWork.hold();
+        for (const bool wish : {true, false, true, false}) {
+            model().setMenuOpensAtLogin(wish);
+        }
+        seam().registryWork.letGo();
+        QCOMPARE(seam().registry.calls, (QStringList{u"register login item"_s, u"unregister login item"_s,
+                                                     u"register login item"_s, u"unregister login item"_s}));
+        QVERIFY(!model().menuOpensAtLogin());
+    }
+
     void nothingRunsInsideTheConstructor()
     {
         create();

@@ -187,6 +187,62 @@ private Q_SLOTS:
         seam().privilegedLink.answered.open();
     }
 
+    void whileTheRegistryIsAsked_data()
+    {
+        QTest::addColumn<int>("what");
+        QTest::newRow("start") << 0;
+        QTest::newRow("poll") << 1;
+        QTest::newRow("setup") << 2;
+        QTest::newRow("restart") << 3;
+        QTest::newRow("login setting") << 4;
+    }
+
+    void whileTheRegistryIsAsked()
+    {
+        QFETCH(const int, what);
+        seam().finishSetup();
+        if (what == 0) {
+            seam().registryWork.hold();
+        }
+        start();
+        seam().registryWork.hold();
+        switch (what) {
+        case 1:
+            advance(5s);
+            break;
+        case 2:
+            runSetup();
+            break;
+        case 3:
+            fix(FixAction::Restart);
+            break;
+        case 4:
+            model().setMenuOpensAtLogin(true);
+            break;
+        default:
+            break;
+        }
+        QVERIFY(seam().registryWork.waiting() > 0);
+        const int status = seam().cli.callsOf(FakeCLI::kStatus);
+        destroyModel();
+        seam().registryWork.letGo();
+        advance(60s);
+        QCOMPARE(seam().cli.callsOf(FakeCLI::kRestart), 0);
+        QCOMPARE(seam().cli.callsOf(FakeCLI::kStatus), status);
+    }
+
+    void whileTheRegistryIsAskedUntilTheEnd()
+    {
+        seam().finishSetup();
+        seam().registryWork.hold();
+        start();
+        runSetup();
+        fix(FixAction::Restart);
+        model().lookAtSetup();
+        model().setMenuOpensAtLogin(true);
+        destroyModel(); // and the queue goes with everything in it
+    }
+
     void duringAnUninstall()
     {
         seam().finishSetup();

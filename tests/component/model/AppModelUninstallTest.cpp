@@ -107,6 +107,29 @@ private Q_SLOTS:
         QVERIFY(model().uninstallState().kind == Kind::Done);
     }
 
+    void outcomeShowsBeforeTheClosingRead_data()
+    {
+        QTest::addColumn<bool>("fails");
+        QTest::newRow("success") << false;
+        QTest::newRow("failure") << true;
+    }
+
+    void outcomeShowsBeforeTheClosingRead()
+    {
+        QFETCH(const bool, fails);
+        seam().finishSetup();
+        start();
+        if (fails) {
+            seam().cli.answer(kUninstall, FakeCLI::Answer::fails(u"volume busy"_s));
+        }
+        seam().cli.hold(FakeCLI::kStatus);
+        uninstall({}, false);
+        QCOMPARE(seam().cli.waiting(FakeCLI::kStatus), 1);
+        QVERIFY(model().uninstallState().kind == (fails ? Kind::Failed : Kind::Done));
+        seam().cli.answerStatus(unmountedStatus());
+        QVERIFY(isIdle());
+    }
+
     void statusIsReadAgainAtTheEnd_data()
     {
         QTest::addColumn<bool>("fails");

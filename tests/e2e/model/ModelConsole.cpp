@@ -7,14 +7,16 @@
 // its usual place. "export" uninstalls with a copy of the files and deletes the drive's data.
 
 #include "Ferrobank/Async/Spawn.h"
+#include "Ferrobank/Async/ThreadWorkQueue.h"
 #include "Ferrobank/CLI/CLI.h"
 #include "Ferrobank/CLI/CommandLineTool.h"
+#include "Ferrobank/LoginServices.h"
 #include "Ferrobank/Model/AppModel.h"
-#include "Ferrobank/Service.h"
 #include "Platform/Bundle.h"
 #include "Platform/linux/files/LinuxVolumes.h"
 #include "Platform/linux/files/SettingsFile.h"
 #include "Platform/linux/link/PolkitLink.h"
+#include "Platform/linux/login/LinuxLoginItemRegistry.h"
 #include "Platform/linux/time/SystemClock.h"
 #include "Platform/linux/workspace/DesktopPages.h"
 #include "Platform/linux/workspace/LinuxWorkspace.h"
@@ -132,9 +134,11 @@ int main(int argc, char** argv)
     SettingsFile defaults;
     LinuxVolumes volumes;
     SystemClock clock;
+    ThreadWorkQueue registryWork;
+    LoginServices loginServices(LinuxLoginItemRegistry::shared(), registryWork);
     AppModel model(
         {.cli = CLI::shared(),
-         .service = Service::shared(),
+         .loginServices = loginServices,
          .commandLineTool = commandLineTool,
          .workspace = workspace,
          .settingsPages = settingsPages,

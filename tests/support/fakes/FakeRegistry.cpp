@@ -1,5 +1,7 @@
 #include "support/fakes/FakeRegistry.h"
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace ferrobank {
@@ -30,6 +32,14 @@ void FakeRegistry::unregisterService(LoginService service)
         throw RegistryError(*changed.unregisterError);
     }
     changed.status = LoginServiceStatus::NotRegistered;
+}
+
+void FakeRegistry::followMovedBundle(LoginService service)
+{
+    followed.append(service);
+    if (std::exchange(entry(service).moved, false)) {
+        entry(service).status = LoginServiceStatus::Enabled;
+    }
 }
 
 void FakeRegistry::openSystemSettingsLoginItems()

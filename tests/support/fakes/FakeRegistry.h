@@ -2,6 +2,7 @@
 
 #include "Platform/LoginItemRegistry.h"
 
+#include <QtCore/QList>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
@@ -22,6 +23,7 @@ public:
         std::optional<LoginServiceStatus> statusAfterRegister; ///< also after a failed one; else Enabled
         std::optional<std::string> unregisterError;
         std::optional<UserSwitch> lastSwitch; ///< how it was registered last
+        bool moved = false;                   ///< registered from a bundle that is gone
     };
 
     Entry agent;
@@ -30,12 +32,16 @@ public:
     /// For example "register agent", "unregister login item", "open settings".
     QStringList calls;
 
+    /// The services that were followed to where the bundle is now, in order.
+    QList<LoginService> followed;
+
     /// Called in the middle of every registration and removal, for a registry that takes its time.
     std::function<void()> meanwhile;
 
     [[nodiscard]] LoginServiceStatus status(LoginService service) override;
     void registerService(LoginService service, UserSwitch userSwitch) override;
     void unregisterService(LoginService service) override;
+    void followMovedBundle(LoginService service) override;
     void openSystemSettingsLoginItems() override;
 
 private:

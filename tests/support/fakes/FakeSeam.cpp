@@ -26,7 +26,7 @@ FakeSeam::FakeSeam() : commandLineTool(cli.url(), privilegedLink, folder.filePat
 ModelCollaborators FakeSeam::collaborators(CLI& otherCli)
 {
     return {.cli = otherCli,
-            .service = service,
+            .loginServices = loginServices,
             .commandLineTool = commandLineTool,
             .workspace = workspace,
             .settingsPages = settingsPages,

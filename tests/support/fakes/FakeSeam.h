@@ -1,14 +1,15 @@
 #pragma once
 
 #include "Ferrobank/CLI/CommandLineTool.h"
+#include "Ferrobank/LoginServices.h"
 #include "Ferrobank/Model/AppModel.h"
-#include "Ferrobank/Service.h"
 #include "support/fakes/FakeCLI.h"
 #include "support/fakes/FakeDefaults.h"
 #include "support/fakes/FakePrivilegedLink.h"
 #include "support/fakes/FakeRegistry.h"
 #include "support/fakes/FakeSettingsPages.h"
 #include "support/fakes/FakeVolumes.h"
+#include "support/fakes/FakeWorkQueue.h"
 #include "support/fakes/FakeWorkspace.h"
 #include "support/fakes/VirtualClock.h"
 
@@ -44,7 +45,8 @@ public:
 
     QTemporaryDir folder;
     FakeRegistry registry;
-    Service service{registry};
+    FakeWorkQueue registryWork; ///< the background in which the registry is asked
+    LoginServices loginServices{registry, registryWork};
     FakeDefaults defaults;
     FakeVolumes volumes;
     FakeSettingsPages settingsPages;

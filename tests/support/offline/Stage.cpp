@@ -20,7 +20,7 @@ void Stage::start()
 {
     _model = std::make_unique<AppModel>(seam.collaborators());
     _diagnostics = std::make_unique<Diagnostics>(DiagnosticsCollaborators{.model = *_model,
-                                                                          .service = seam.service,
+                                                                          .loginServices = seam.loginServices,
                                                                           .cli = seam.cli,
                                                                           .journal = toolJournal,
                                                                           .system = systemReport,
@@ -49,12 +49,11 @@ QmlWindow& Stage::showUpdate(const UpdatePrompt& prompt)
 WindowCollaborators Stage::collaborators()
 {
     return {.model = *_model,
-            .service = seam.service,
+            .loginServices = seam.loginServices,
             .commandLineTool = seam.commandLineTool,
             .workspace = seam.workspace,
             .settingsPages = seam.settingsPages,
             .volumes = seam.volumes,
-            .registry = seam.registry,
             .diagnostics = *_diagnostics,
             .host = host,
             .home = FakeSeam::kHome};

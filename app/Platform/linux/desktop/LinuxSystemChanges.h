@@ -18,7 +18,8 @@ class LinuxSystemChanges : public SystemChanges {
 public:
     explicit LinuxSystemChanges(std::vector<std::filesystem::path> files, QObject* parent = nullptr);
 
-    /// The files of the present user, in the folders that the environment names.
+    /// The files of the present user, in the folders that the environment names. Every change of a login
+    /// service, whoever makes it, is a change of one of them.
     static std::vector<std::filesystem::path> filesOfUser();
 
 private:

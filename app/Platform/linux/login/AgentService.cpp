@@ -96,8 +96,11 @@ EntryState AgentService::unitState(const std::string& word) const
 EntryState AgentService::state()
 {
     const UnitFileState answer = _manager.unitFileState(kUnit);
+    if (answer.reach == ManagerReach::Silent) {
+        return EntryState::Unanswered;
+    }
     const EntryState entry = _entry.state();
-    if (answer.reach != ManagerReach::Answers) {
+    if (answer.reach == ManagerReach::Absent) {
         return entry;
     }
     if (entry == EntryState::Absent || entry == EntryState::Foreign) {
@@ -108,7 +111,7 @@ EntryState AgentService::state()
             return entry;
         }
     } catch (const RegistryError&) {
-        return entry;
+        return EntryState::Unanswered;
     }
     const EntryState unit = unitState(answer.word);
     if (entry == EntryState::SwitchedOff) {

@@ -30,7 +30,7 @@ class AgentService {
 public:
     AgentService(UserManager& manager, const UserFolders& folders, const AgentDescription& description);
 
-    /// Never fails: what cannot be asked reads as the autostart entry says.
+    /// Never fails. Without a manager it is what the autostart entry says; a silent one leaves it unanswered.
     [[nodiscard]] EntryState state();
 
     /// The program that is registered, wherever it lies.

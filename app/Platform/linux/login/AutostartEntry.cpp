@@ -64,6 +64,7 @@ void AutostartEntry::write(UserSwitch userSwitch)
     case EntryState::Absent:
     case EntryState::Elsewhere:
     case EntryState::On:
+    case EntryState::Unanswered: // never of a file
         break;
     }
     try {

@@ -11,6 +11,7 @@ enum class EntryState {
     SwitchedOff, ///< ours, and the user does not want it
     Elsewhere,   ///< ours, but for another place or in another way than this bundle would register it
     On,
+    Unanswered, ///< the one who knows does not answer
 };
 
 /// Reads as "unknown": registered, so that it can be unregistered, but to be registered anew from here.
@@ -28,6 +29,8 @@ inline constexpr auto kRegisteredElsewhere = static_cast<LoginServiceStatus>(4);
         return kRegisteredElsewhere;
     case EntryState::On:
         return LoginServiceStatus::Enabled;
+    case EntryState::Unanswered:
+        return kNoAnswer;
     }
     return LoginServiceStatus::NotRegistered;
 }

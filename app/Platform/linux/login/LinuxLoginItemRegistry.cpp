@@ -112,30 +112,19 @@ void LinuxLoginItemRegistry::setLoginItemsPage(std::function<void()> open)
     _openLoginItemsPage = std::move(open);
 }
 
-void LinuxLoginItemRegistry::followMovedBundle()
+void LinuxLoginItemRegistry::followMovedBundle(LoginService service)
 {
-    for (const LoginService service : {LoginService::Agent, LoginService::MainApp}) {
-        if (status(service) != kRegisteredElsewhere) {
-            continue;
-        }
-        const std::optional<std::filesystem::path> program = registeredProgram(service);
-        if (program && !canBeStarted(*program)) {
-            try {
-                registerService(service, UserSwitch::Respect);
-            } catch (const RegistryError&) { // NOLINT(bugprone-empty-catch)
-                // The status goes on telling that it is not registered from here.
-            }
+    if (status(service) != kRegisteredElsewhere) {
+        return;
+    }
+    const std::optional<std::filesystem::path> program = registeredProgram(service);
+    if (program && !canBeStarted(*program)) {
+        try {
+            registerService(service, UserSwitch::Respect);
+        } catch (const RegistryError&) { // NOLINT(bugprone-empty-catch)
+            // The status goes on telling that it is not registered from here.
         }
     }
-}
-
-std::vector<std::filesystem::path> LinuxLoginItemRegistry::placesToWatch() const
-{
-    if (!_folders) {
-        return {};
-    }
-    return {_folders->autostart(), _folders->userUnits(), _folders->unitSwitches(),
-            _folders->unitSwitches() / "default.target.wants"};
 }
 
 std::optional<std::filesystem::path> LinuxLoginItemRegistry::registeredProgram(LoginService service)

@@ -9,7 +9,6 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <vector>
 
 namespace ferrobank {
 
@@ -23,6 +22,7 @@ namespace ferrobank {
 /// | RequiresApproval | our unit is disabled, or masked    | our entry is switched off              |
 /// | NotFound         | no property list, or no program    | no executable                          |
 /// | another number   | registered from another place      | registered from another place          |
+/// | kNoAnswer        | the service manager is silent      | -                                      |
 class LinuxLoginItemRegistry final : public LoginItemRegistry {
 public:
     /// Without folders (an account without a home) nothing is registered, and nothing can be.
@@ -35,19 +35,12 @@ public:
     [[nodiscard]] LoginServiceStatus status(LoginService service) override;
     void registerService(LoginService service, UserSwitch userSwitch) override;
     void unregisterService(LoginService service) override;
+    void followMovedBundle(LoginService service) override;
     void openSystemSettingsLoginItems() override;
 
     /// What openSystemSettingsLoginItems() calls: no desktop has such a page, so the application brings its
     /// own. Nothing until it is set, as in the headless commands.
     void setLoginItemsPage(std::function<void()> open);
-
-    /// For the start of the application: registers again from here what was registered from a bundle that is
-    /// gone, because it was moved. Leaves the user's switches alone; never throws, the status tells.
-    void followMovedBundle();
-
-    /// The folders in which every change of a status shows as a change of their entries: what registers,
-    /// unregisters, enables, disables and masks makes or removes files there. Some may not exist yet.
-    [[nodiscard]] std::vector<std::filesystem::path> placesToWatch() const;
 
 private:
     [[nodiscard]] std::optional<std::filesystem::path> registeredProgram(LoginService service);

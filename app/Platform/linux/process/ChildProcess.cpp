@@ -44,6 +44,11 @@ private:
 
 } // namespace
 
+void ChildProcess::keepEnvironment()
+{
+    ferrobank::keepEnvironment();
+}
+
 std::unique_ptr<ChildProcess> ChildProcess::launch(Setup setup)
 {
     LaunchRequest request;

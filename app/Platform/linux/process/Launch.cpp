@@ -71,6 +71,13 @@ std::vector<char*> pointers(std::vector<QByteArray>& texts)
     return list;
 }
 
+/// The environment that children inherit, byte by byte; empty while that is our own of the moment.
+std::vector<QByteArray>& keptVariables()
+{
+    static std::vector<QByteArray> variables;
+    return variables;
+}
+
 class SpawnActions {
 public:
     SpawnActions() { check(::posix_spawn_file_actions_init(&_actions)); }
@@ -141,6 +148,15 @@ std::vector<QByteArray> encoded(const QStringList& texts)
 
 } // namespace
 
+void keepEnvironment()
+{
+    std::vector<QByteArray>& variables = keptVariables();
+    variables.clear();
+    for (char** variable = environ; *variable != nullptr; ++variable) {
+        variables.emplace_back(*variable);
+    }
+}
+
 LaunchedChild launchChild(const LaunchRequest& request)
 {
     LaunchedChild child;
@@ -166,7 +182,10 @@ LaunchedChild launchChild(const LaunchRequest& request)
     std::vector<QByteArray> variables = encoded(request.environment.value_or(QStringList()));
     const std::vector<char*> argv = pointers(arguments);
     const std::vector<char*> ownEnvironment = pointers(variables);
-    char* const* const environment = request.environment ? ownEnvironment.data() : environ;
+    std::vector<QByteArray>& kept = keptVariables();
+    const std::vector<char*> keptEnvironment = pointers(kept);
+    char* const* const inherited = kept.empty() ? environ : keptEnvironment.data();
+    char* const* const environment = request.environment ? ownEnvironment.data() : inherited;
 
     const int error = ::posix_spawn(&child.process, argv.front(), actions.get(), attributes.get(),
                                     argv.data(), environment);

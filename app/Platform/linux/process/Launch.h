@@ -27,6 +27,9 @@ struct LaunchRequest {
     bool captureErrorText = false;
 };
 
+/// See ChildProcess::keepEnvironment().
+void keepEnvironment();
+
 /// Starts a program with posix_spawn(3): no shell, no search path. The child gets standard input, the two
 /// outputs and nothing else that is open here, no blocked signals, and the default action for a broken pipe.
 /// Throws LaunchError with the system's words.

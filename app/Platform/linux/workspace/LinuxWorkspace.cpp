@@ -1,5 +1,6 @@
 #include "Platform/linux/workspace/LinuxWorkspace.h"
 
+#include "Ferrobank/Async/Spawn.h"
 #include "Platform/linux/workspace/DesktopPrograms.h"
 #include "Platform/linux/workspace/DesktopServices.h"
 #include "Platform/linux/workspace/Trash.h"
@@ -118,12 +119,12 @@ QCoro::Task<> openAddress(QString url, DesktopMessages messages)
 void LinuxWorkspace::openPath(const QString& path)
 {
     const std::function<Kind()> look = [file = QFile::encodeName(path)] { return lookAt(file); };
-    const auto opening = open(path, _elsewhere.ask(u"look "_s + path, look, kLookLimit), _messages);
+    spawn(this, open(path, _elsewhere.ask(u"look "_s + path, look, kLookLimit), _messages));
 }
 
 void LinuxWorkspace::openUrl(const QString& url)
 {
-    const auto opening = openAddress(url, _messages);
+    spawn(this, openAddress(url, _messages));
 }
 
 QCoro::Task<> LinuxWorkspace::setVolumeIcon(QString imageFile, QString folder)

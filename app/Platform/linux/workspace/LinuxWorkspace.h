@@ -4,6 +4,8 @@
 #include "Platform/linux/files/Elsewhere.h"
 #include "Platform/linux/workspace/DesktopMessages.h"
 
+#include <QtCore/QObject>
+
 namespace ferrobank {
 
 /// The user's desktop, whichever it is: its file manager over the session bus, its openers, its Trash. Main
@@ -11,7 +13,9 @@ namespace ferrobank {
 ///
 /// A file or folder is looked at elsewhere first, because one on a dead file system would hang its opener.
 /// What cannot be opened at all is told in a sentence.
-class LinuxWorkspace final : public Workspace {
+class LinuxWorkspace final : public QObject, public Workspace {
+    Q_OBJECT
+
 public:
     explicit LinuxWorkspace(DesktopMessages messages = {}) : _messages(std::move(messages)) {}
 

@@ -7,6 +7,7 @@
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QRandomGenerator>
+#include <QtCore/QTimeZone>
 
 #include <utility>
 
@@ -50,7 +51,7 @@ QDateTime UpdateSession::now() const
 {
     const auto sinceEpoch = _with.clock.wallTime().time_since_epoch();
     return QDateTime::fromMSecsSinceEpoch(std::chrono::duration_cast<milliseconds>(sinceEpoch).count(),
-                                          Qt::UTC);
+                                          QTimeZone::utc());
 }
 
 void UpdateSession::save() const
@@ -178,8 +179,7 @@ void UpdateSession::bundleChanged()
     _toldReplacement = _view.replacement;
     _with.surroundings.notify(
         tr("Ferrobank was updated"),
-        tr("Ferrobank %1 is installed. Choose \u201cCheck for Updates\u2026\u201d to relaunch.")
-            .arg(_view.replacement));
+        tr("Ferrobank %1 is installed. Choose “Check for Updates…” to relaunch.").arg(_view.replacement));
 }
 
 bool UpdateSession::isReplaced()

@@ -125,7 +125,7 @@ void UpdateSession::announceOffer()
             offer.critical ? tr("Important update for Ferrobank") : tr("Update for Ferrobank");
         _with.surroundings.notify(
             title,
-            tr("Ferrobank %1 is available. Choose \u201cCheck for Updates\u2026\u201d to see what is new.")
+            tr("Ferrobank %1 is available. Choose “Check for Updates…” to see what is new.")
                 .arg(offer.displayVersion));
     }
     finishSession();
