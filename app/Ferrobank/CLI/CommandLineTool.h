@@ -35,8 +35,8 @@ public:
 
     /// Makes the link, as the user or, where that is not allowed, with administrator rights. Throws
     /// Cancelled, CLI::Failure with words for the user, or a file-system error. A call while another one is
-    /// under way asks nobody again: it ends with that one, and is cancelled if that one made no link, of which
-    /// the first caller tells.
+    /// under way asks nobody again: it ends with that one, and is cancelled if that one made no link, of
+    /// which the first caller tells.
     QCoro::Task<> install();
 
     enum class Removal { NotThere, Removed, Refused };

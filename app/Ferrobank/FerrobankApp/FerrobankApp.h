@@ -38,8 +38,8 @@ public:
     explicit FerrobankApp(DesktopSession& session);
     ~FerrobankApp() override;
 
-    /// Carries out what the start asks for, or opens the window if the launch rule says so, as soon as that is
-    /// known.
+    /// Carries out what the start asks for, or opens the window if the launch rule says so, as soon as that
+    /// is known.
     void launch(const InstanceRequest& request);
 
 private:
