@@ -8,6 +8,7 @@
 #include "Platform/Memory.h"
 #include "Platform/SingleInstance.h"
 #include "Platform/StartScale.h"
+#include "Platform/VersionOnTrial.h"
 
 #include <QtCore/QLocale>
 #include <QtWidgets/QApplication>
@@ -67,8 +68,9 @@ int ferrobankApplication(int argc, char** argv)
     // No argument is meant for the toolkit: one that it knows must not change how the program starts.
     int programOnly = 1;
     StartScale scale;
-    QApplication application(programOnly, argv);
+    QApplication application(programOnly, argv); // ends the process where there is no display
     scale.settled();
+    countStartOnTrial();
     installWords(QString::fromStdString(Bundle::main().resource("translations")),
                  QLocale::system().uiLanguages());
     session->attach();

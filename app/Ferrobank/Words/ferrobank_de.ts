@@ -344,8 +344,56 @@
         <translation>Updates konnten nicht bestätigt werden</translation>
     </message>
     <message>
-        <source>For two weeks no genuine list of updates could be read. %1</source>
-        <translation>Seit zwei Wochen konnte keine echte Liste der Updates gelesen werden. %1</translation>
+        <source>Ferrobank %1 could not be installed.</source>
+        <translation>Ferrobank %1 konnte nicht installiert werden.</translation>
+    </message>
+    <message>
+        <source>Ferrobank %1 was taken back</source>
+        <translation>Ferrobank %1 wurde zurückgenommen</translation>
+    </message>
+    <message>
+        <source>It did not start on this computer, so %1 was put back. It is tried again after %2, or when you choose “Check for Updates…”.</source>
+        <translation>Es startete auf diesem Computer nicht, daher wurde %1 wieder eingesetzt. Ein neuer Versuch folgt nach dem %2, oder wenn Sie „Nach Updates suchen …“ wählen.</translation>
+    </message>
+    <message>
+        <source>An older Ferrobank is installed</source>
+        <translation>Ein älteres Ferrobank ist installiert</translation>
+    </message>
+    <message>
+        <source>Ferrobank %1 was put in the place of %2, which is still running. The next start runs the older one.</source>
+        <translation>Ferrobank %1 wurde an die Stelle von %2 gesetzt, das noch läuft. Der nächste Start führt das ältere aus.</translation>
+    </message>
+    <message>
+        <source>Ferrobank has not looked for updates</source>
+        <translation>Ferrobank hat nicht nach Updates gesucht</translation>
+    </message>
+    <message>
+        <source>The connection is paid by volume. Choose “Check for Updates…” to look now.</source>
+        <translation>Die Verbindung wird nach Datenmenge bezahlt. Wählen Sie „Nach Updates suchen …“, um jetzt zu suchen.</translation>
+    </message>
+    <message>
+        <source>An update could not be installed</source>
+        <translation>Ein Update konnte nicht installiert werden</translation>
+    </message>
+    <message>
+        <source>Ferrobank could not look for updates</source>
+        <translation>Ferrobank konnte nicht nach Updates suchen</translation>
+    </message>
+    <message>
+        <source>It has been so for two weeks. %1</source>
+        <translation>Das ist seit zwei Wochen so. %1</translation>
+    </message>
+    <message>
+        <source>It was installed here before and did not start, so %1 was put back. Check again to try it once more.</source>
+        <translation>Es war hier schon installiert und startete nicht, daher wurde %1 wieder eingesetzt. Suchen Sie erneut, um es noch einmal zu versuchen.</translation>
+    </message>
+    <message>
+        <source>It was installed here before, did not start, and was taken back.</source>
+        <translation>Es war hier schon installiert, startete nicht und wurde zurückgenommen.</translation>
+    </message>
+    <message>
+        <source>Ferrobank %1 was put in the place of %2, which is still running. Relaunch to use it.</source>
+        <translation>Ferrobank %1 wurde an die Stelle von %2 gesetzt, das noch läuft. Starten Sie neu, um es zu verwenden.</translation>
     </message>
     <message>
         <source>Checking your drive</source>

@@ -344,8 +344,56 @@
         <translation>No se pudieron confirmar las actualizaciones</translation>
     </message>
     <message>
-        <source>For two weeks no genuine list of updates could be read. %1</source>
-        <translation>Desde hace dos semanas no se ha podido leer ninguna lista auténtica de actualizaciones. %1</translation>
+        <source>Ferrobank %1 could not be installed.</source>
+        <translation>No se pudo instalar Ferrobank %1.</translation>
+    </message>
+    <message>
+        <source>Ferrobank %1 was taken back</source>
+        <translation>Se ha retirado Ferrobank %1</translation>
+    </message>
+    <message>
+        <source>It did not start on this computer, so %1 was put back. It is tried again after %2, or when you choose “Check for Updates…”.</source>
+        <translation>No se inició en este ordenador, así que se repuso la versión %1. Se intentará de nuevo después del %2, o cuando elija «Buscar actualizaciones…».</translation>
+    </message>
+    <message>
+        <source>An older Ferrobank is installed</source>
+        <translation>Hay instalada una versión anterior de Ferrobank</translation>
+    </message>
+    <message>
+        <source>Ferrobank %1 was put in the place of %2, which is still running. The next start runs the older one.</source>
+        <translation>Ferrobank %1 se puso en el lugar de %2, que sigue en ejecución. El próximo inicio usará la versión anterior.</translation>
+    </message>
+    <message>
+        <source>Ferrobank has not looked for updates</source>
+        <translation>Ferrobank no ha buscado actualizaciones</translation>
+    </message>
+    <message>
+        <source>The connection is paid by volume. Choose “Check for Updates…” to look now.</source>
+        <translation>La conexión se paga por volumen. Elija «Buscar actualizaciones…» para buscar ahora.</translation>
+    </message>
+    <message>
+        <source>An update could not be installed</source>
+        <translation>No se pudo instalar una actualización</translation>
+    </message>
+    <message>
+        <source>Ferrobank could not look for updates</source>
+        <translation>Ferrobank no pudo buscar actualizaciones</translation>
+    </message>
+    <message>
+        <source>It has been so for two weeks. %1</source>
+        <translation>Así ha sido durante dos semanas. %1</translation>
+    </message>
+    <message>
+        <source>It was installed here before and did not start, so %1 was put back. Check again to try it once more.</source>
+        <translation>Ya se instaló aquí y no se inició, así que se repuso la versión %1. Busque de nuevo para volver a intentarlo.</translation>
+    </message>
+    <message>
+        <source>It was installed here before, did not start, and was taken back.</source>
+        <translation>Ya se instaló aquí, no se inició y se retiró.</translation>
+    </message>
+    <message>
+        <source>Ferrobank %1 was put in the place of %2, which is still running. Relaunch to use it.</source>
+        <translation>Ferrobank %1 se puso en el lugar de %2, que sigue en ejecución. Reinicie para usarlo.</translation>
     </message>
     <message>
         <source>Checking your drive</source>

@@ -344,8 +344,56 @@
         <translation>Les mises à jour n’ont pas pu être confirmées</translation>
     </message>
     <message>
-        <source>For two weeks no genuine list of updates could be read. %1</source>
-        <translation>Depuis deux semaines, aucune liste authentique des mises à jour n’a pu être lue. %1</translation>
+        <source>Ferrobank %1 could not be installed.</source>
+        <translation>Ferrobank %1 n’a pas pu être installé.</translation>
+    </message>
+    <message>
+        <source>Ferrobank %1 was taken back</source>
+        <translation>Ferrobank %1 a été retiré</translation>
+    </message>
+    <message>
+        <source>It did not start on this computer, so %1 was put back. It is tried again after %2, or when you choose “Check for Updates…”.</source>
+        <translation>Il n’a pas démarré sur cet ordinateur, la version %1 a donc été remise. Un nouvel essai aura lieu après le %2, ou lorsque vous choisirez « Rechercher des mises à jour… ».</translation>
+    </message>
+    <message>
+        <source>An older Ferrobank is installed</source>
+        <translation>Une version plus ancienne de Ferrobank est installée</translation>
+    </message>
+    <message>
+        <source>Ferrobank %1 was put in the place of %2, which is still running. The next start runs the older one.</source>
+        <translation>Ferrobank %1 a été mis à la place de la version %2, qui s’exécute encore. Le prochain démarrage utilisera la plus ancienne.</translation>
+    </message>
+    <message>
+        <source>Ferrobank has not looked for updates</source>
+        <translation>Ferrobank n’a pas recherché de mises à jour</translation>
+    </message>
+    <message>
+        <source>The connection is paid by volume. Choose “Check for Updates…” to look now.</source>
+        <translation>La connexion est facturée au volume. Choisissez « Rechercher des mises à jour… » pour rechercher maintenant.</translation>
+    </message>
+    <message>
+        <source>An update could not be installed</source>
+        <translation>Une mise à jour n’a pas pu être installée</translation>
+    </message>
+    <message>
+        <source>Ferrobank could not look for updates</source>
+        <translation>Ferrobank n’a pas pu rechercher de mises à jour</translation>
+    </message>
+    <message>
+        <source>It has been so for two weeks. %1</source>
+        <translation>C’est ainsi depuis deux semaines. %1</translation>
+    </message>
+    <message>
+        <source>It was installed here before and did not start, so %1 was put back. Check again to try it once more.</source>
+        <translation>Il a déjà été installé ici et n’a pas démarré, la version %1 a donc été remise. Recherchez à nouveau pour réessayer.</translation>
+    </message>
+    <message>
+        <source>It was installed here before, did not start, and was taken back.</source>
+        <translation>Il a déjà été installé ici, n’a pas démarré et a été retiré.</translation>
+    </message>
+    <message>
+        <source>Ferrobank %1 was put in the place of %2, which is still running. Relaunch to use it.</source>
+        <translation>Ferrobank %1 a été mis à la place de la version %2, qui s’exécute encore. Relancez pour l’utiliser.</translation>
     </message>
     <message>
         <source>Checking your drive</source>

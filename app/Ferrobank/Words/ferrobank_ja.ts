@@ -344,8 +344,56 @@
         <translation>アップデートを確認できませんでした</translation>
     </message>
     <message>
-        <source>For two weeks no genuine list of updates could be read. %1</source>
-        <translation>2週間、正規のアップデート一覧を読み込めていません。%1</translation>
+        <source>Ferrobank %1 could not be installed.</source>
+        <translation>Ferrobank %1をインストールできませんでした。</translation>
+    </message>
+    <message>
+        <source>Ferrobank %1 was taken back</source>
+        <translation>Ferrobank %1は取り消されました</translation>
+    </message>
+    <message>
+        <source>It did not start on this computer, so %1 was put back. It is tried again after %2, or when you choose “Check for Updates…”.</source>
+        <translation>このコンピュータで起動しなかったため、%1に戻されました。%2以降、または「アップデートを確認…」を選ぶと、もう一度試されます。</translation>
+    </message>
+    <message>
+        <source>An older Ferrobank is installed</source>
+        <translation>古いFerrobankがインストールされています</translation>
+    </message>
+    <message>
+        <source>Ferrobank %1 was put in the place of %2, which is still running. The next start runs the older one.</source>
+        <translation>Ferrobank %1が、まだ動作している%2と置き換えられました。次回は古い方が起動します。</translation>
+    </message>
+    <message>
+        <source>Ferrobank has not looked for updates</source>
+        <translation>Ferrobankはアップデートを確認していません</translation>
+    </message>
+    <message>
+        <source>The connection is paid by volume. Choose “Check for Updates…” to look now.</source>
+        <translation>この接続は通信量に応じて課金されます。今すぐ確認するには「アップデートを確認…」を選んでください。</translation>
+    </message>
+    <message>
+        <source>An update could not be installed</source>
+        <translation>アップデートをインストールできませんでした</translation>
+    </message>
+    <message>
+        <source>Ferrobank could not look for updates</source>
+        <translation>Ferrobankはアップデートを確認できませんでした</translation>
+    </message>
+    <message>
+        <source>It has been so for two weeks. %1</source>
+        <translation>この状態が2週間続いています。%1</translation>
+    </message>
+    <message>
+        <source>It was installed here before and did not start, so %1 was put back. Check again to try it once more.</source>
+        <translation>以前ここにインストールされましたが起動しなかったため、%1に戻されました。もう一度試すには再度確認してください。</translation>
+    </message>
+    <message>
+        <source>It was installed here before, did not start, and was taken back.</source>
+        <translation>以前ここにインストールされましたが、起動せず、取り消されました。</translation>
+    </message>
+    <message>
+        <source>Ferrobank %1 was put in the place of %2, which is still running. Relaunch to use it.</source>
+        <translation>Ferrobank %1が、まだ動作している%2と置き換えられました。使うには再起動してください。</translation>
     </message>
     <message>
         <source>Checking your drive</source>

@@ -344,8 +344,56 @@
         <translation>无法确认更新</translation>
     </message>
     <message>
-        <source>For two weeks no genuine list of updates could be read. %1</source>
-        <translation>已有两周无法读取真实的更新列表。%1</translation>
+        <source>Ferrobank %1 could not be installed.</source>
+        <translation>无法安装 Ferrobank %1。</translation>
+    </message>
+    <message>
+        <source>Ferrobank %1 was taken back</source>
+        <translation>已撤回 Ferrobank %1</translation>
+    </message>
+    <message>
+        <source>It did not start on this computer, so %1 was put back. It is tried again after %2, or when you choose “Check for Updates…”.</source>
+        <translation>它未能在此电脑上启动，因此已恢复 %1。将在 %2 之后再次尝试，或在您选取“检查更新…”时尝试。</translation>
+    </message>
+    <message>
+        <source>An older Ferrobank is installed</source>
+        <translation>安装了较旧的 Ferrobank</translation>
+    </message>
+    <message>
+        <source>Ferrobank %1 was put in the place of %2, which is still running. The next start runs the older one.</source>
+        <translation>Ferrobank %1 已取代仍在运行的 %2。下次启动将运行较旧的版本。</translation>
+    </message>
+    <message>
+        <source>Ferrobank has not looked for updates</source>
+        <translation>Ferrobank 尚未检查更新</translation>
+    </message>
+    <message>
+        <source>The connection is paid by volume. Choose “Check for Updates…” to look now.</source>
+        <translation>此连接按流量计费。选取“检查更新…”以立即检查。</translation>
+    </message>
+    <message>
+        <source>An update could not be installed</source>
+        <translation>无法安装更新</translation>
+    </message>
+    <message>
+        <source>Ferrobank could not look for updates</source>
+        <translation>Ferrobank 无法检查更新</translation>
+    </message>
+    <message>
+        <source>It has been so for two weeks. %1</source>
+        <translation>这种情况已持续两周。%1</translation>
+    </message>
+    <message>
+        <source>It was installed here before and did not start, so %1 was put back. Check again to try it once more.</source>
+        <translation>它以前在这里安装过但未能启动，因此已恢复 %1。请再次检查以重试。</translation>
+    </message>
+    <message>
+        <source>It was installed here before, did not start, and was taken back.</source>
+        <translation>它以前在这里安装过，未能启动，已被撤回。</translation>
+    </message>
+    <message>
+        <source>Ferrobank %1 was put in the place of %2, which is still running. Relaunch to use it.</source>
+        <translation>Ferrobank %1 已取代仍在运行的 %2。重新启动以使用它。</translation>
     </message>
     <message>
         <source>Checking your drive</source>
