@@ -771,5 +771,53 @@
         <source>Ferrobank is in the Trash. The command %1 is still there, because removing it needs an administrator's password. To remove it: sudo rm %1</source>
         <translation>Ferrobank ist im Papierkorb. Der Befehl %1 ist noch da, weil zum Entfernen ein Administratorpasswort nötig ist. So entfernen Sie ihn: sudo rm %1</translation>
     </message>
+    <message>
+        <source>Check Automatically</source>
+        <translation>Automatisch suchen</translation>
+    </message>
+    <message>
+        <source>Don’t Check</source>
+        <translation>Nicht suchen</translation>
+    </message>
+    <message>
+        <source>Install Update</source>
+        <translation>Update installieren</translation>
+    </message>
+    <message>
+        <source>Install and Relaunch</source>
+        <translation>Installieren und neu starten</translation>
+    </message>
+    <message>
+        <source>Install on Quit</source>
+        <translation>Beim Beenden installieren</translation>
+    </message>
+    <message>
+        <source>Later</source>
+        <translation>Später</translation>
+    </message>
+    <message>
+        <source>Learn More…</source>
+        <translation>Mehr erfahren …</translation>
+    </message>
+    <message>
+        <source>Relaunch</source>
+        <translation>Neu starten</translation>
+    </message>
+    <message>
+        <source>Remind Me Later</source>
+        <translation>Später erinnern</translation>
+    </message>
+    <message>
+        <source>Skip This Version</source>
+        <translation>Diese Version überspringen</translation>
+    </message>
+    <message>
+        <source>Version History</source>
+        <translation>Versionsverlauf</translation>
+    </message>
+    <message>
+        <source>This copy of Ferrobank can be changed without a password, and everybody on this computer would run it by typing ferrobank, its administrator too. A copy that was installed as a package is safe from that.</source>
+        <translation>Diese Kopie von Ferrobank lässt sich ohne Passwort verändern, und alle auf diesem Computer würden sie mit dem Befehl ferrobank ausführen, auch der Administrator. Eine als Paket installierte Kopie ist davor geschützt.</translation>
+    </message>
 </context>
 </TS>
