@@ -272,7 +272,9 @@ TEST_F(Deletion, besideARunningExportIsRefusedAndSaysWhoIsAtWork)
 {
     makeFiles(6);
     const pid_t tool = start({"export", copy().string()});
-    ASSERT_TRUE(reaches(Work::Phase::Copying));
+    ASSERT_TRUE(reachesSoon(Work::Phase::Copying));
+    // It has the lock for as long as this takes.
+    ::kill(tool, SIGSTOP);
     for (const std::vector<std::string>& arguments :
          {std::vector<std::string>{"uninstall", "--delete-store"},
           std::vector<std::string>{"export", (host->paths().home / "second").string()},
@@ -283,6 +285,7 @@ TEST_F(Deletion, besideARunningExportIsRefusedAndSaysWhoIsAtWork)
         EXPECT_EQ(run.errorText, "“ferrobank export” (process " + std::to_string(tool) +
                                      ") is at work on the drive. Wait until it ends, then try again.\n");
     }
+    ::kill(tool, SIGCONT);
     EXPECT_EQ(waitFor(tool), 0) << host->logText();
     EXPECT_EQ(fingerprint(copy()), files);
     EXPECT_TRUE(host->isMounted());
