@@ -22,18 +22,6 @@ const char* word(CheckRow::State state)
     return "";
 }
 
-/// The application has a button for each remedy; at a terminal it is a command.
-std::optional<std::string> adviceForPeople(const CheckRow& row)
-{
-    if (row.action == "restart" && row.fix == kRestartAdvice) {
-        return "Run: ferrobank restart";
-    }
-    if (row.action == "login-items") {
-        return "Turn it on in the Ferrobank application.";
-    }
-    return row.fix;
-}
-
 } // namespace
 
 std::string CheckRow::toJson() const
@@ -57,12 +45,23 @@ std::string CheckRow::toText(bool colours) const
 {
     const bool good = state == State::Pass;
     std::string text = toned(good ? "passed  " : "failed  ", good ? Tone::Good : Tone::Bad, colours) + title;
-    for (const std::optional<std::string>& more : {detail, adviceForPeople(*this)}) {
+    for (const std::optional<std::string>& more : {detail, fix}) {
         if (more) {
             text += "\n        " + toned(*more, Tone::Quiet, colours);
         }
     }
     return text;
+}
+
+CheckRow CheckRow::forTerminal() const
+{
+    CheckRow result = *this;
+    if (action == "restart" && fix == kRestartAdvice) {
+        result.fix = "Run: ferrobank restart";
+    } else if (action == "login-items") {
+        result.fix = "Turn it on in the Ferrobank application.";
+    }
+    return result;
 }
 
 CheckRow CheckRow::passed(std::optional<std::string> words) const

@@ -131,7 +131,7 @@ private:
 
     const ScanContext& _context;
     FileTable::Limits _limits;
-    IdentitySet _followers;
+    Followers _followers;
 };
 
 } // namespace

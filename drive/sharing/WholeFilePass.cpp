@@ -30,7 +30,7 @@ std::size_t runLength(std::span<std::uint32_t> members, const Same& same)
 } // namespace
 
 WholeFilePass::WholeFilePass(const ScanContext& context, const FileTable& table,
-                             std::vector<FileFacts>& facts, IdentitySet& followers)
+                             std::vector<FileFacts>& facts, Followers& followers)
     : _context(context), _table(table), _facts(facts), _followers(followers), _buffer(kReadBytes)
 {}
 
@@ -258,15 +258,16 @@ ShareOutcome WholeFilePass::shareData(int source, int target, std::uint64_t size
 
 void WholeFilePass::addFollowers(Members members)
 {
-    bool first = true;
+    std::uint64_t leader = 0;
     for (const std::uint32_t member : members) {
         if (!_facts[member].shared || record(member).size < _context.settings.blockFile) {
             continue;
         }
-        if (!first) {
-            _followers.add(record(member).identity);
+        if (leader == 0) {
+            leader = record(member).identity;
+        } else {
+            _followers.emplace(record(member).identity, leader);
         }
-        first = false;
     }
 }
 

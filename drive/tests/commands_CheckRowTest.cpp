@@ -43,9 +43,10 @@ TEST(CheckRow, peopleSeeColoursOnlyWhereTheyAreWanted)
 
 TEST(CheckRow, peopleAreToldCommandsAndNoWordsOfAnotherSystem)
 {
-    EXPECT_EQ(kRow.failed("No.", kRestartAdvice, "restart").toText(false),
+    EXPECT_EQ(kRow.failed("No.", kRestartAdvice, "restart").forTerminal().toText(false),
               "failed  Drive is mounted and writable\n        No.\n        Run: ferrobank restart");
     EXPECT_EQ(kRow.failed("No.", "Turn on Ferrobank in the login items.", "login-items")
+                  .forTerminal()
                   .toText(false)
                   .find("items"),
               std::string::npos);

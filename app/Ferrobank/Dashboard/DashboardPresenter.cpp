@@ -5,6 +5,7 @@
 #include "Ferrobank/Model/AppModel.h"
 #include "Ferrobank/Model/ByteCount.h"
 #include "Ferrobank/Model/DriveState.h"
+#include "Ferrobank/Model/FailureText.h"
 #include "Ferrobank/Model/Footprint.h"
 #include "Ferrobank/Model/HealthSummary.h"
 #include "Ferrobank/Model/TildePath.h"
@@ -64,7 +65,7 @@ DashboardPresenter::Figures DashboardPresenter::readFigures() const
     figures.stateTint = tintOf(state.colour());
     figures.mountpoint = abbreviatedWithTilde(status->mountpoint, _with.home);
     if (state.kind() == DriveState::NeedsAttention) {
-        figures.attachError = status->attach_error.value_or(QString());
+        figures.attachError = said(status->attach_error.value_or(QString()));
     }
 
     const Footprint footprint = Footprint::of(*status);
@@ -224,7 +225,7 @@ QCoro::Task<> DashboardPresenter::install()
     } catch (const CommandLineTool::Cancelled&) {
         words.clear();
     } catch (const std::exception& error) {
-        words = QString::fromUtf8(error.what());
+        words = failureText(error);
     }
     if (!hold.isCut()) {
         _cliInstalling = false;

@@ -1,6 +1,7 @@
 #include "Ferrobank/FerrobankApp/FerrobankApp.h"
 
 #include "Ferrobank/FerrobankApp/LaunchRule.h"
+#include "Ferrobank/Words/Said.h"
 #include "Platform/Bundle.h"
 #include "Platform/Memory.h"
 #include "Platform/UpdateController.h"
@@ -31,8 +32,8 @@ FerrobankApp::FerrobankApp(DesktopSession& session)
     : _statusItem(session.makeStatusItem()),
       _system(System::make({
           .openLoginItems = [this] { _windows->openLoginItems(); },
-          .tell = [this](const QString& words) { _windows->showAlert(words); },
-          .explain = [this](const QString& words) { return _windows->askToGoOn(words); },
+          .tell = [this](const QString& words) { _windows->showAlert(said(words)); },
+          .explain = [this](const QString& words) { return _windows->askToGoOn(said(words)); },
           .activationToken = [this] { return _menu->takeActivationToken(); },
           .quit = [this] { _windows->quit(); },
       })),
@@ -90,7 +91,7 @@ FerrobankApp::FerrobankApp(DesktopSession& session)
           .systemChanges = *_systemChanges,
           .openWindow = [this](const QString& token) { _windows->openMain(token); },
           .checkForUpdates = [this] { _updater->checkForUpdates(); },
-          .showAlert = [this](const QString& words) { _windows->showAlert(words); },
+          .showAlert = [this](const QString& words) { _windows->showAlert(said(words)); },
           .quit = [this] { _windows->quit(); },
       })),
       _terminationSignals(TerminationSignals::watch([] { QCoreApplication::quit(); }))

@@ -755,5 +755,57 @@
         <source>Your system has not answered yet.</source>
         <translation>لم يجب نظامك بعد.</translation>
     </message>
+    <message>
+        <source>Cancel Update</source>
+        <translation>إلغاء التحديث</translation>
+    </message>
+    <message>
+        <source>Check Automatically</source>
+        <translation>البحث تلقائيًا</translation>
+    </message>
+    <message>
+        <source>Don’t Check</source>
+        <translation>عدم البحث</translation>
+    </message>
+    <message>
+        <source>Install Update</source>
+        <translation>تثبيت التحديث</translation>
+    </message>
+    <message>
+        <source>Install and Relaunch</source>
+        <translation>تثبيت وإعادة تشغيل</translation>
+    </message>
+    <message>
+        <source>Install on Quit</source>
+        <translation>التثبيت عند الإنهاء</translation>
+    </message>
+    <message>
+        <source>Later</source>
+        <translation>لاحقًا</translation>
+    </message>
+    <message>
+        <source>Learn More…</source>
+        <translation>معرفة المزيد…</translation>
+    </message>
+    <message>
+        <source>Relaunch</source>
+        <translation>إعادة تشغيل</translation>
+    </message>
+    <message>
+        <source>Remind Me Later</source>
+        <translation>ذكّرني لاحقًا</translation>
+    </message>
+    <message>
+        <source>Skip This Version</source>
+        <translation>تخطي هذا الإصدار</translation>
+    </message>
+    <message>
+        <source>Version History</source>
+        <translation>سجل الإصدارات</translation>
+    </message>
+    <message>
+        <source>This copy of Ferrobank can be changed without a password, and everybody on this computer would run it by typing ferrobank, its administrator too. A copy that was installed as a package is safe from that.</source>
+        <translation>يمكن تغيير هذه النسخة من Ferrobank دون كلمة سر، وسيشغّلها كل من على هذا الحاسوب عند كتابة ferrobank، ومنهم المدير. أما النسخة المثبتة كحزمة فهي في مأمن من ذلك.</translation>
+    </message>
 </context>
 </TS>

@@ -755,5 +755,57 @@
         <source>Your system has not answered yet.</source>
         <translation>Su sistema aún no ha respondido.</translation>
     </message>
+    <message>
+        <source>Cancel Update</source>
+        <translation>Cancelar actualización</translation>
+    </message>
+    <message>
+        <source>Check Automatically</source>
+        <translation>Buscar automáticamente</translation>
+    </message>
+    <message>
+        <source>Don’t Check</source>
+        <translation>No buscar</translation>
+    </message>
+    <message>
+        <source>Install Update</source>
+        <translation>Instalar actualización</translation>
+    </message>
+    <message>
+        <source>Install and Relaunch</source>
+        <translation>Instalar y reiniciar</translation>
+    </message>
+    <message>
+        <source>Install on Quit</source>
+        <translation>Instalar al salir</translation>
+    </message>
+    <message>
+        <source>Later</source>
+        <translation>Más tarde</translation>
+    </message>
+    <message>
+        <source>Learn More…</source>
+        <translation>Más información…</translation>
+    </message>
+    <message>
+        <source>Relaunch</source>
+        <translation>Reiniciar</translation>
+    </message>
+    <message>
+        <source>Remind Me Later</source>
+        <translation>Recordármelo más tarde</translation>
+    </message>
+    <message>
+        <source>Skip This Version</source>
+        <translation>Omitir esta versión</translation>
+    </message>
+    <message>
+        <source>Version History</source>
+        <translation>Historial de versiones</translation>
+    </message>
+    <message>
+        <source>This copy of Ferrobank can be changed without a password, and everybody on this computer would run it by typing ferrobank, its administrator too. A copy that was installed as a package is safe from that.</source>
+        <translation>Esta copia de Ferrobank se puede modificar sin contraseña, y todos en este equipo la ejecutarían al escribir ferrobank, también el administrador. Una copia instalada como paquete está a salvo de ello.</translation>
+    </message>
 </context>
 </TS>

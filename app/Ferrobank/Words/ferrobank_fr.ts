@@ -755,5 +755,57 @@
         <source>Your system has not answered yet.</source>
         <translation>Votre système n’a pas encore répondu.</translation>
     </message>
+    <message>
+        <source>Cancel Update</source>
+        <translation>Annuler la mise à jour</translation>
+    </message>
+    <message>
+        <source>Check Automatically</source>
+        <translation>Rechercher automatiquement</translation>
+    </message>
+    <message>
+        <source>Don’t Check</source>
+        <translation>Ne pas rechercher</translation>
+    </message>
+    <message>
+        <source>Install Update</source>
+        <translation>Installer la mise à jour</translation>
+    </message>
+    <message>
+        <source>Install and Relaunch</source>
+        <translation>Installer et relancer</translation>
+    </message>
+    <message>
+        <source>Install on Quit</source>
+        <translation>Installer en quittant</translation>
+    </message>
+    <message>
+        <source>Later</source>
+        <translation>Plus tard</translation>
+    </message>
+    <message>
+        <source>Learn More…</source>
+        <translation>En savoir plus…</translation>
+    </message>
+    <message>
+        <source>Relaunch</source>
+        <translation>Relancer</translation>
+    </message>
+    <message>
+        <source>Remind Me Later</source>
+        <translation>Me le rappeler plus tard</translation>
+    </message>
+    <message>
+        <source>Skip This Version</source>
+        <translation>Ignorer cette version</translation>
+    </message>
+    <message>
+        <source>Version History</source>
+        <translation>Historique des versions</translation>
+    </message>
+    <message>
+        <source>This copy of Ferrobank can be changed without a password, and everybody on this computer would run it by typing ferrobank, its administrator too. A copy that was installed as a package is safe from that.</source>
+        <translation>Cette copie de Ferrobank peut être modifiée sans mot de passe, et tout le monde sur cet ordinateur l’exécuterait en tapant ferrobank, l’administrateur aussi. Une copie installée comme paquet en est protégée.</translation>
+    </message>
 </context>
 </TS>

@@ -755,5 +755,57 @@
         <source>Your system has not answered yet.</source>
         <translation>システムからまだ応答がありません。</translation>
     </message>
+    <message>
+        <source>Cancel Update</source>
+        <translation>アップデートをキャンセル</translation>
+    </message>
+    <message>
+        <source>Check Automatically</source>
+        <translation>自動的に確認</translation>
+    </message>
+    <message>
+        <source>Don’t Check</source>
+        <translation>確認しない</translation>
+    </message>
+    <message>
+        <source>Install Update</source>
+        <translation>アップデートをインストール</translation>
+    </message>
+    <message>
+        <source>Install and Relaunch</source>
+        <translation>インストールして再起動</translation>
+    </message>
+    <message>
+        <source>Install on Quit</source>
+        <translation>終了時にインストール</translation>
+    </message>
+    <message>
+        <source>Later</source>
+        <translation>後で</translation>
+    </message>
+    <message>
+        <source>Learn More…</source>
+        <translation>詳しい情報…</translation>
+    </message>
+    <message>
+        <source>Relaunch</source>
+        <translation>再起動</translation>
+    </message>
+    <message>
+        <source>Remind Me Later</source>
+        <translation>後で通知</translation>
+    </message>
+    <message>
+        <source>Skip This Version</source>
+        <translation>このバージョンを飛ばす</translation>
+    </message>
+    <message>
+        <source>Version History</source>
+        <translation>バージョン履歴</translation>
+    </message>
+    <message>
+        <source>This copy of Ferrobank can be changed without a password, and everybody on this computer would run it by typing ferrobank, its administrator too. A copy that was installed as a package is safe from that.</source>
+        <translation>このFerrobankのコピーはパスワードなしで変更でき、ferrobankと入力すると、管理者を含むこのコンピュータの全員がこれを実行することになります。パッケージとしてインストールしたコピーなら安全です。</translation>
+    </message>
 </context>
 </TS>
