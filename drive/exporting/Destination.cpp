@@ -1,5 +1,6 @@
 #include "exporting/Destination.h"
 
+#include "exporting/IncompleteMark.h"
 #include "exporting/Survey.h"
 #include "figures/DeviceCounters.h"
 #include "figures/DisplayText.h"
@@ -11,8 +12,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <fstream>
-#include <iterator>
 
 namespace ferrobank::drive {
 
@@ -36,12 +35,6 @@ bool liesIn(const fs::path& path, const fs::path& folder)
     return first == outer.end();
 }
 
-std::string contentOf(const fs::path& file)
-{
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-}
-
 std::uint64_t freeBytes(const fs::path& folder)
 {
     struct statvfs space{};
@@ -61,20 +54,13 @@ ExportStart startIn(const fs::path& folder, const std::string& shown, const std:
     if (entries == fs::directory_iterator()) {
         return ExportStart::Fresh;
     }
-    const fs::path mark = folder / kIncompleteMark;
-    if (fs::is_regular_file(fs::symlink_status(mark, error)) && contentOf(mark) == incompleteMark(driveUuid))
-    {
+    if (hasIncompleteMark(folder, driveUuid)) {
         return ExportStart::Continue;
     }
     throw Failure(shown + " already holds files. Choose an empty folder.", "not-empty");
 }
 
 } // namespace
-
-std::string incompleteMark(const std::string& driveUuid)
-{
-    return "An export from the Ferrobank drive " + driveUuid + " into this folder is not complete.\n";
-}
 
 ExportStart checkDestination(const ExportRequest& request, const std::stop_token& stop)
 {

@@ -8,10 +8,6 @@
 
 namespace ferrobank::drive {
 
-/// The file that stands in the destination while an export is not complete and verified. An export into a
-/// folder with this drive's mark goes on where the last one ended.
-inline constexpr const char* kIncompleteMark = ".ferrobank-incomplete";
-
 struct ExportRequest {
     /// Root of the mounted drive.
     std::filesystem::path drive;
@@ -38,8 +34,5 @@ enum class ExportStart { Fresh, Continue };
 ///
 /// Nothing but a trial folder, removed again, is made. Answers whether an earlier export goes on.
 ExportStart checkDestination(const ExportRequest& request, const std::stop_token& stop);
-
-/// What the mark of an export of this drive holds.
-[[nodiscard]] std::string incompleteMark(const std::string& driveUuid);
 
 } // namespace ferrobank::drive

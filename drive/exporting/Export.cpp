@@ -1,6 +1,7 @@
 #include "exporting/Export.h"
 
 #include "exporting/Copier.h"
+#include "exporting/IncompleteMark.h"
 #include "exporting/Snapshot.h"
 #include "exporting/Verifier.h"
 #include "figures/DeviceCounters.h"

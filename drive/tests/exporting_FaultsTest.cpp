@@ -1,3 +1,4 @@
+#include "exporting/IncompleteMark.h"
 #include "exporting/Snapshot.h"
 #include "testing/ExportVolume.h"
 

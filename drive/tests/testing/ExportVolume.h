@@ -1,6 +1,7 @@
 #pragma once
 
 #include "exporting/Export.h"
+#include "exporting/IncompleteMark.h"
 #include "testing/DriveFiles.h"
 #include "testing/TemporaryFolder.h"
 #include "testing/TestVolume.h"
