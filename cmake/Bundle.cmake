@@ -35,6 +35,15 @@ function(ferrobank_bundle_complete)
             DEPENDS "${source}"
             VERBATIM)
     endforeach()
-    add_custom_target(bundle-files ALL DEPENDS ${files})
+    get_property(sources GLOBAL PROPERTY FERROBANK_CATALOGUE_SOURCES)
+    get_property(catalogues GLOBAL PROPERTY FERROBANK_CATALOGUES)
+    foreach(source catalogue IN ZIP_LISTS sources catalogues)
+        add_custom_command(
+            OUTPUT "${catalogue}"
+            COMMAND "${FERROBANK_LRELEASE}" -silent "${source}" -qm "${catalogue}"
+            DEPENDS "${source}"
+            VERBATIM)
+    endforeach()
+    add_custom_target(bundle-files ALL DEPENDS ${files} ${catalogues})
     add_dependencies(Ferrobank bundle-files)
 endfunction()

@@ -16,12 +16,18 @@ function(ferrobank_harden target)
     target_link_options(${target} INTERFACE -Wl,-z,relro -Wl,-z,now)
 endfunction()
 
-# ferrobank_harden_for_root(TARGET): in addition, for what root runs too: the standard library checks how it is called.
+# ferrobank_harden_for_root(TARGET): in addition, for what root runs too: the standard library checks how it is called. For
+# what uses an interface library, else for the target itself alone.
 function(ferrobank_harden_for_root target)
     if(NOT CMAKE_BUILD_TYPE MATCHES "Rel")
         return()
     endif()
-    target_compile_definitions(${target} INTERFACE _GLIBCXX_ASSERTIONS)
-    target_compile_options(${target} INTERFACE -fstack-clash-protection)
-    target_link_options(${target} INTERFACE -Wl,-z,noexecstack)
+    get_target_property(type ${target} TYPE)
+    set(reach PRIVATE)
+    if(type STREQUAL "INTERFACE_LIBRARY")
+        set(reach INTERFACE)
+    endif()
+    target_compile_definitions(${target} ${reach} _GLIBCXX_ASSERTIONS)
+    target_compile_options(${target} ${reach} -fstack-clash-protection)
+    target_link_options(${target} ${reach} -Wl,-z,noexecstack)
 endfunction()

@@ -39,6 +39,7 @@ int runApplication(int argc, char** argv)
     void* entry = application != nullptr ? dlsym(application, "ferrobankApplication") : nullptr;
     if (entry == nullptr) {
         std::fprintf(stderr, "Ferrobank cannot start: %s\n", dlerror());
+        ferrobank::countStartOnTrial();
         return EXIT_FAILURE;
     }
     return reinterpret_cast<ApplicationEntry>(entry)(argc, argv);

@@ -22,6 +22,18 @@ const char* word(CheckRow::State state)
     return "";
 }
 
+/// The application has a button for each remedy; at a terminal it is a command.
+std::optional<std::string> adviceForPeople(const CheckRow& row)
+{
+    if (row.action == "restart" && row.fix == kRestartAdvice) {
+        return "Run: ferrobank restart";
+    }
+    if (row.action == "login-items") {
+        return "Turn it on in the Ferrobank application.";
+    }
+    return row.fix;
+}
+
 } // namespace
 
 std::string CheckRow::toJson() const
@@ -45,7 +57,7 @@ std::string CheckRow::toText(bool colours) const
 {
     const bool good = state == State::Pass;
     std::string text = toned(good ? "passed  " : "failed  ", good ? Tone::Good : Tone::Bad, colours) + title;
-    for (const std::optional<std::string>& more : {detail, fix}) {
+    for (const std::optional<std::string>& more : {detail, adviceForPeople(*this)}) {
         if (more) {
             text += "\n        " + toned(*more, Tone::Quiet, colours);
         }

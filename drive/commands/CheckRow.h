@@ -5,6 +5,9 @@
 
 namespace ferrobank::drive {
 
+/// The advice beside the remedy "restart", which the application shows as a button.
+inline constexpr const char* kRestartAdvice = "Restart Ferrobank.";
+
 /// One row of `ferrobank check`. With JSON it is one object on a line; `action` is a remedy that the
 /// application knows: "restart", "login-items", "storage-settings".
 struct CheckRow {

@@ -1,10 +1,14 @@
 #pragma once
 
 #include "commands/CheckRow.h"
+#include "commands/FullReading.h"
 #include "platform/Log.h"
 #include "platform/Paths.h"
 
 #include <functional>
+#include <stop_token>
+#include <string>
+#include <vector>
 
 namespace ferrobank::drive {
 
@@ -18,8 +22,27 @@ namespace ferrobank::drive {
 /// | login     | the login service is enabled or the autostart entry is on                              |
 /// | space     | the computer's disk has more than the reserve free                                     |
 /// | store     | the image is whole, the user's own and attached once                                   |
-/// | integrity | no device errors and no unreadable file                                                |
+/// | integrity | no file is known that cannot be read, no new device error, no reading is due           |
 /// | sharing   | the last pass had no error and is not older than seven days                            |
-void runChecks(const Paths& paths, const Log& log, const std::function<void(const CheckRow&)>& report);
+///
+/// With `Depth::Full` every file is read before the row "integrity" is decided.
+struct CheckRun {
+    enum class Depth { Usual, Full };
+
+    Depth depth = Depth::Usual;
+    std::function<void(const CheckRow&)> report;
+    /// Of a full reading, called some times a second. May be empty.
+    ReadingProgress progress{};
+    /// Ends a full reading; the rows that follow are still decided.
+    std::stop_token stop{};
+};
+
+struct CheckOutcome {
+    bool allPassed = true;
+    /// Of a full reading: files that cannot be read, ready for display, at most 10,000.
+    std::vector<std::string> unreadable;
+};
+
+CheckOutcome runChecks(const Paths& paths, const Log& log, const CheckRun& run);
 
 } // namespace ferrobank::drive

@@ -6,6 +6,7 @@
 #include "login/LoginStart.h"
 #include "platform/Failure.h"
 #include "state/ServerProbe.h"
+#include "store/StoreExamination.h"
 
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -94,6 +95,9 @@ void ensureServing(const Paths& paths, const Log& log)
 {
     if (ServerProbe::probe(paths).running) {
         return;
+    }
+    if (isReadOnlyHost(paths.store)) {
+        throw Failure(readOnlyHostWords(), "host-read-only");
     }
     if (LoginStart(paths, log).start() && waitForServing(paths, kServingLimit)) {
         return;

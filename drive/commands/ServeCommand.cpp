@@ -73,7 +73,8 @@ int serve(const Paths& paths, const Log& log)
                                  .identity = identityOf("/proc/self/exe").value_or(FileIdentity()),
                                  .version = ownVersion()};
     try {
-        Server server(paths, log, program, std::move(*locks), chooseBackEnd(paths));
+        std::unique_ptr<BackEnd> backEnd = chooseBackEnd(paths, locks->store.descriptor());
+        Server server(paths, log, program, std::move(*locks), std::move(backEnd));
         return server.run(std::move(waiting));
     } catch (const std::exception& error) {
         // Whoever started it reads its words nowhere else.

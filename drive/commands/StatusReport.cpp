@@ -1,7 +1,6 @@
 #include "commands/StatusReport.h"
 
 #include "commands/ServedVolume.h"
-#include "commands/Words.h"
 #include "figures/DeviceCounters.h"
 #include "platform/ToolPrograms.h"
 #include "state/Figures.h"
@@ -76,26 +75,6 @@ std::string StatusReport::toJson() const
     }
     root["log"] = log;
     return root.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
-}
-
-std::string StatusReport::toText() const
-{
-    const std::string state = mounted        ? "mounted at " + mountpoint
-                              : attach_error ? "needs attention"
-                              : installed    ? "not mounted"
-                                             : "not set up";
-    std::string text = row("Drive", state);
-    if (attach_error) {
-        text += row("", *attach_error);
-    }
-    text += row("Files", sizeOrDash(volume_used));
-    text += row("On this disk", sizeOrDash(store_bytes));
-    text += row("Saved", sizeOrDash(saved));
-    if (update_pending) {
-        text += row("Update", "installed; run: ferrobank restart --keep-mounted");
-    }
-    text += row("Log", log);
-    return text;
 }
 
 } // namespace ferrobank::drive

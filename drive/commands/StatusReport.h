@@ -27,8 +27,6 @@ struct StatusReport {
 
     /// One line, absent keys left out.
     [[nodiscard]] std::string toJson() const;
-    /// Some lines for people.
-    [[nodiscard]] std::string toText() const;
 };
 
 /// Whether the program that serves is no longer the one at the path it was started from.

@@ -6,10 +6,9 @@
 #include "login/LoginStart.h"
 #include "mounting/Attachment.h"
 #include "mounting/BackEndChoice.h"
-#include "mounting/FstabLine.h"
+#include "mounting/HelperBackEnd.h"
 #include "platform/Failure.h"
 #include "platform/Files.h"
-#include "platform/Program.h"
 #include "serving/Locks.h"
 #include "state/ServerProbe.h"
 
@@ -25,7 +24,6 @@ namespace {
 
 constexpr std::chrono::seconds kEndLimit{20};
 constexpr std::chrono::milliseconds kEndStep{20};
-constexpr std::chrono::seconds kHelperLimit{120};
 
 /// Waits until no process serves the drive any more, and takes its place.
 Locks takePlace(const Paths& paths)
@@ -58,7 +56,8 @@ void askToUnmount(const ServerProbe& server)
 bool isOurs(const std::string& name, const Paths& paths)
 {
     for (const std::filesystem::path& file :
-         {paths.image, paths.unprepared, paths.openMarker, paths.figures, paths.reserve, paths.storeLock})
+         {paths.image, paths.unprepared, paths.openMarker, paths.figures, paths.reserve, paths.storeLock,
+          paths.readingDue, paths.unreadable})
     {
         const std::string own = file.filename().string();
         if (name == own || name.starts_with(own + ".")) {
@@ -90,16 +89,13 @@ bool hasImage(const Paths& paths)
     return ::lstat(paths.image.c_str(), &status) == 0 || ::access(paths.figures.c_str(), F_OK) == 0;
 }
 
-/// Only an administrator may, so a refusal is no reason to stop: the line does nothing without its store.
-void removeFstabLine(const Paths& paths, const Log& log)
+/// A refusal is no reason to stop: what is left does nothing without its store.
+void forgetApproval(const Paths& paths, const Log& log)
 {
-    if (!holdsFstabLine(readSmallFile(kFstab).value_or(std::string()), fstabLine(paths))) {
-        return;
-    }
-    const ProgramOutcome outcome =
-        runSystemProgram("pkexec", {ownPath(), "helper-fstab", "remove"}, kHelperLimit);
-    if (!outcome.succeeded()) {
-        log.write("The drive's line stays in /etc/fstab: " + outcome.output);
+    try {
+        forgetMountHelper(paths);
+    } catch (const Failure& failure) {
+        log.write("The administrator's approval stays: " + failure.text());
     }
 }
 
@@ -130,12 +126,12 @@ void uninstall(const Paths& paths, const Log& log, const UninstallWishes& wishes
         static_cast<void>(ask(server.socket(), {.operation = Operation::Quit}, kPingLimit));
     }
     const Locks locks = takePlace(paths);
-    Attachment attachment(paths, log, chooseBackEnd(paths));
+    Attachment attachment(paths, log, chooseBackEnd(paths, locks.store.descriptor()));
     if (const std::optional<Volume> volume = attachment.current()) {
         attachment.detach(*volume);
     }
     attachment.home().removeIfOwn();
-    removeFstabLine(paths, log);
+    forgetApproval(paths, log);
     if (wishes.store == StoreFate::Delete) {
         deleteStore(paths, log);
     }

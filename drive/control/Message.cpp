@@ -10,13 +10,19 @@ namespace {
 
 using nlohmann::json;
 
-constexpr std::array<std::pair<Operation, const char*>, 7> kWords{{{Operation::Ping, "ping"},
-                                                                   {Operation::Attach, "attach"},
-                                                                   {Operation::Restart, "restart"},
-                                                                   {Operation::Reexec, "reexec"},
-                                                                   {Operation::PauseDedup, "pause-dedup"},
-                                                                   {Operation::Stop, "stop"},
-                                                                   {Operation::Quit, "quit"}}};
+constexpr std::array<std::pair<Operation, const char*>, 13> kWords{{{Operation::Ping, "ping"},
+                                                                    {Operation::Attach, "attach"},
+                                                                    {Operation::Restart, "restart"},
+                                                                    {Operation::Reexec, "reexec"},
+                                                                    {Operation::PauseDedup, "pause-dedup"},
+                                                                    {Operation::ShareNow, "share-now"},
+                                                                    {Operation::HoldSharing, "hold-sharing"},
+                                                                    {Operation::Resume, "resume-sharing"},
+                                                                    {Operation::FilesRead, "files-read"},
+                                                                    {Operation::Replaced, "files-replaced"},
+                                                                    {Operation::Accept, "accept"},
+                                                                    {Operation::Stop, "stop"},
+                                                                    {Operation::Quit, "quit"}}};
 
 } // namespace
 
@@ -28,7 +34,9 @@ std::string Request::toLine() const
             root["op"] = word;
         }
     }
-    if (operation == Operation::PauseDedup) {
+    if (operation == Operation::PauseDedup || operation == Operation::FilesRead ||
+        operation == Operation::Replaced)
+    {
         root["done"] = done;
         root["total"] = total;
     }

@@ -88,11 +88,6 @@ std::optional<VolumeState> volumeState(int descriptor)
     return VolumeState{uuidText(info.fsid), info.generation};
 }
 
-bool DeviceErrors::none() const
-{
-    return write == 0 && read == 0 && flush == 0 && corruption == 0 && generation == 0;
-}
-
 std::optional<DeviceErrors> deviceErrors(int descriptor)
 {
     btrfs_ioctl_fs_info_args info = askedFor(0);

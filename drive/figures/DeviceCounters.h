@@ -44,7 +44,9 @@ struct DeviceErrors {
     std::uint64_t corruption = 0;
     std::uint64_t generation = 0;
 
-    [[nodiscard]] bool none() const;
+    [[nodiscard]] std::uint64_t sum() const { return write + read + flush + corruption + generation; }
+
+    [[nodiscard]] bool none() const { return sum() == 0; }
 };
 
 /// Sums over all devices of the volume. Empty when the descriptor lies on no Btrfs volume.

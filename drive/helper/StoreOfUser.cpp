@@ -1,105 +1,96 @@
 #include "helper/StoreOfUser.h"
 
-#include "mounting/DirectBackEnd.h"
-#include "mounting/Volume.h"
 #include "platform/Failure.h"
 
 #include <fcntl.h>
-#include <pwd.h>
-#include <sched.h>
-#include <sys/mount.h>
+#include <linux/loop.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <string>
+#include <filesystem>
+#include <system_error>
+#include <utility>
 
 namespace ferrobank::drive {
 
 namespace {
 
-constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+/// Opening so has no effect on what is opened and needs no right to it.
+constexpr int kLookFlags = O_PATH | O_NOFOLLOW | O_CLOEXEC;
 
-const passwd& entryOf(uid_t user)
+struct stat factsOf(const FileDescriptor& file, const std::string& name)
 {
-    const passwd* entry = ::getpwuid(user);
-    if (entry == nullptr || entry->pw_dir == nullptr || entry->pw_dir[0] != '/') {
-        throw Failure("There is no such user, or it has no home folder.", "no-user");
-    }
-    return *entry;
-}
-
-void requireOwner(const FileDescriptor& file, uid_t user, mode_t kind, const std::string& name)
-{
-    struct stat status{};
-    if (!file || ::fstat(file.get(), &status) != 0) {
+    struct stat facts{};
+    if (!file || ::fstat(file.get(), &facts) != 0) {
         throw systemFailure("Cannot open " + name, errno);
     }
-    if (status.st_uid != user || (status.st_mode & S_IFMT) != kind) {
+    return facts;
+}
+
+void requireOwn(const struct stat& facts, const User& user, mode_t kind, const std::string& name)
+{
+    if (facts.st_uid != user.number || (facts.st_mode & S_IFMT) != kind) {
         throw Failure(name + " is not the user's own.", "foreign-owner");
     }
 }
 
 } // namespace
 
-Paths pathsOfUser(uid_t user)
+StoreOfUser::StoreOfUser(User user, FileDescriptor image) : _user(std::move(user)), _image(std::move(image))
 {
-    const std::filesystem::path home = entryOf(user).pw_dir;
-    const std::string text = home.string();
-    if (std::any_of(text.begin(), text.end(), [](unsigned char letter) { return letter < ' '; })) {
-        throw Failure("The home folder's name cannot stand in fstab.", "no-home");
-    }
-    return Paths::of(home, {}, {});
+    const struct stat facts = factsOf(_image, "the drive's store");
+    _device = facts.st_dev;
+    _inode = facts.st_ino;
 }
 
-StoreOfUser StoreOfUser::open(uid_t user)
+StoreOfUser StoreOfUser::open(const User& user)
 {
-    const Paths paths = pathsOfUser(user);
-    return open(user, entryOf(user).pw_gid, paths.home);
-}
-
-StoreOfUser StoreOfUser::open(uid_t user, gid_t group, const std::filesystem::path& home)
-{
-    StoreOfUser store;
-    store.paths = Paths::of(home, {}, {});
-    store.user = user;
-    store.group = group;
-    FileDescriptor folder(::open(home.c_str(), kFolderFlags));
-    requireOwner(folder, user, S_IFDIR, home.string());
+    const UsersRights rights(user);
+    FileDescriptor folder(::open(user.home.c_str(), kLookFlags));
+    requireOwn(factsOf(folder, user.home.string()), user, S_IFDIR, user.home.string());
     for (const char* name : {"Library", "Application Support", "Ferrobank", "store"}) {
-        folder = FileDescriptor(::openat(folder.get(), name, kFolderFlags));
-        requireOwner(folder, user, S_IFDIR, name);
+        folder = FileDescriptor(::openat(folder.get(), name, kLookFlags));
+        requireOwn(factsOf(folder, name), user, S_IFDIR, name);
     }
-    store.image =
-        FileDescriptor(::openat(folder.get(), "drive.btrfs", O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    requireOwner(store.image, user, S_IFREG, "The drive's store");
-    store.folder = std::move(folder);
-    return store;
+    FileDescriptor image(::openat(folder.get(), "drive.btrfs", kLookFlags));
+    requireOwn(factsOf(image, "the drive's store"), user, S_IFREG, "The drive's store");
+    return {user, std::move(image)};
 }
 
-void prepareStore(const StoreOfUser& store)
+FileDescriptor StoreOfUser::openImage() const
 {
-    const std::vector<LoopDevice> loops = loopsOf(store.paths.image, Recognise::ByFile);
-    if (findVolume(loops, readMountTable())) {
-        return;
+    const UsersRights rights(_user);
+    // Leads to the very file that the descriptor is, not to a path.
+    const std::string self = "/proc/self/fd/" + std::to_string(_image.get());
+    FileDescriptor image(::open(self.c_str(), O_RDWR | O_CLOEXEC));
+    if (!image) {
+        throw systemFailure("The drive's store could not be opened", errno);
     }
-    if (::unshare(CLONE_NEWNS) != 0 || ::mount(nullptr, "/", nullptr, MS_REC | MS_SLAVE, nullptr) != 0) {
-        throw systemFailure("Cannot work apart from the system's mounts", errno);
+    return image;
+}
+
+std::vector<StoreOfUser::Loop> StoreOfUser::loops() const
+{
+    std::vector<Loop> found;
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator("/sys/block", error)) {
+        const std::string name = entry.path().filename().string();
+        if (!name.starts_with("loop") || ::access((entry.path() / "loop/backing_file").c_str(), F_OK) != 0) {
+            continue;
+        }
+        const std::string device = "/dev/" + name;
+        const FileDescriptor loop(::open(device.c_str(), O_RDONLY | O_CLOEXEC));
+        loop_info64 facts{};
+        // One that has let go meanwhile is none of them.
+        if (loop && ::ioctl(loop.get(), LOOP_GET_STATUS64, &facts) == 0 && facts.lo_device == _device &&
+            facts.lo_inode == _inode)
+        {
+            found.push_back({.device = device, .readOnly = (facts.lo_flags & LO_FLAGS_READ_ONLY) != 0});
+        }
     }
-    std::string scratch = "/run/ferrobank-XXXXXX";
-    if (::mkdtemp(scratch.data()) == nullptr) {
-        throw systemFailure("Cannot make a folder in /run", errno);
-    }
-    FreshLoop fresh;
-    if (loops.empty()) {
-        fresh = makeLoop(store.image);
-    }
-    const std::string device = loops.empty() ? fresh.device : loops.front().device;
-    prepareOnLoop(device, scratch, store.user, store.group);
-    fresh.keepAlive.reset();
-    awaitLoopGone(device);
-    ::unlinkat(store.folder.get(), store.paths.unprepared.filename().c_str(), 0);
+    return found;
 }
 
 } // namespace ferrobank::drive

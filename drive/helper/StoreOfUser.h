@@ -1,32 +1,41 @@
 #pragma once
 
+#include "helper/User.h"
 #include "platform/FileDescriptor.h"
-#include "platform/Paths.h"
 
-#include <sys/types.h>
+#include <cstdint>
+#include <string>
+#include <vector>
 
 namespace ferrobank::drive {
 
-/// A user's store as root may touch it: each folder from the home on was opened without following a link and
-/// belongs to the user, and so does the image. The descriptors, not the paths, are what to work on.
-struct StoreOfUser {
-    Paths paths;
-    uid_t user = 0;
-    gid_t group = 0;
-    FileDescriptor folder;
-    FileDescriptor image;
-
+/// A user's image as root may touch it: each folder from the home on was opened with the user's own rights
+/// and without following a link, and belongs to the user, and so does the image, a plain file. From then on
+/// the descriptor is the image, whatever the path leads to later.
+class StoreOfUser {
+public:
     /// Throws Failure with what is wrong.
-    [[nodiscard]] static StoreOfUser open(uid_t user);
-    /// The same with a given home folder instead of the password data base's.
-    [[nodiscard]] static StoreOfUser open(uid_t user, gid_t group, const std::filesystem::path& home);
+    [[nodiscard]] static StoreOfUser open(const User& user);
+
+    /// The same file opened for reading and writing, if the user may do that. Throws Failure.
+    [[nodiscard]] FileDescriptor openImage() const;
+
+    /// A loop device that works on the image.
+    struct Loop {
+        std::string device;
+        bool readOnly = false;
+    };
+
+    /// All of them, found by device and inode of the image, in no order. Needs root.
+    [[nodiscard]] std::vector<Loop> loops() const;
+
+private:
+    StoreOfUser(User user, FileDescriptor image);
+
+    User _user;
+    FileDescriptor _image;
+    std::uint64_t _device = 0;
+    std::uint64_t _inode = 0;
 };
-
-/// Paths of a user by number; throws Failure when there is no such user or the home is unusable in fstab.
-[[nodiscard]] Paths pathsOfUser(uid_t user);
-
-/// Makes the `files` subvolume in the user's image unless it is there, in mounts of its own that nobody else
-/// sees, and removes the mark that it is missing. Root only.
-void prepareStore(const StoreOfUser& store);
 
 } // namespace ferrobank::drive

@@ -103,6 +103,14 @@ Volume Attachment::adopt(const Volume& volume)
     return volume;
 }
 
+/// A crash leaves the image read-only.
+void Attachment::makeWritable() const
+{
+    if (::chmod(_paths.image.c_str(), kDetachedMode) != 0) {
+        throw systemFailure("Cannot open the drive's store", errno);
+    }
+}
+
 void Attachment::examine(const std::vector<LoopDevice>& loops)
 {
     const StoreState state = examineStore(_paths);
@@ -112,11 +120,24 @@ void Attachment::examine(const std::vector<LoopDevice>& loops)
     }
     // The checker reads the file itself, which is only meaningful while no kernel works on it.
     const bool detached = loops.empty();
+    if (state == StoreState::FirstSuperblockDamaged) {
+        if (!detached) {
+            throw Failure(
+                "The first superblock of the drive's store was damaged while it was attached. Restart "
+                "this computer.",
+                "store-damaged");
+        }
+        makeWritable();
+        restoreSuperblock(_paths, _log);
+        examine(loops);
+        return;
+    }
     if (state == StoreState::TailCutOff) {
         if (!detached) {
             throw Failure("The drive's store was cut short while it was attached. Restart this computer.",
                           "store-damaged");
         }
+        makeWritable();
         restoreLength(_paths, _log);
         checkStructures(_paths, _log);
         return;
@@ -140,9 +161,7 @@ Volume Attachment::mountAnew(Interaction interaction, const std::vector<LoopDevi
     }
     _home.requireFree();
     examine(loops);
-    if (::chmod(_paths.image.c_str(), kDetachedMode) != 0) {
-        throw systemFailure("Cannot open the drive's store", errno);
-    }
+    makeWritable();
     std::optional<LoopDevice> existing;
     if (!loops.empty()) {
         existing = loops[0];

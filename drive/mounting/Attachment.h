@@ -39,6 +39,7 @@ public:
 private:
     Volume adopt(const Volume& volume);
     Volume mountAnew(Interaction interaction, const std::vector<LoopDevice>& loops);
+    void makeWritable() const;
     void examine(const std::vector<LoopDevice>& loops);
     void refuseDoubleAttachment(const Volume& volume);
     void pointHomeAt(const Volume& volume) const;

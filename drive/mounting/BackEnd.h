@@ -23,7 +23,7 @@ class BackEnd {
 public:
     virtual ~BackEnd() = default;
 
-    /// "direct", "udisks" or "fstab": the word in the state file and the log.
+    /// "direct", "udisks" or "helper": the word in the state file and the log.
     [[nodiscard]] virtual std::string_view name() const = 0;
     /// Whether the drive is mounted on `~/Ferrobank` itself; otherwise a link there leads to the mount.
     [[nodiscard]] virtual bool mountsAtHome() const = 0;

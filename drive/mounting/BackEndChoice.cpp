@@ -1,12 +1,10 @@
 #include "mounting/BackEndChoice.h"
 
 #include "mounting/DirectBackEnd.h"
-#include "mounting/FstabBackEnd.h"
-#include "mounting/FstabLine.h"
+#include "mounting/HelperBackEnd.h"
+#include "mounting/MountHelper.h"
 #include "mounting/SystemBus.h"
 #include "mounting/UdisksBackEnd.h"
-#include "platform/Failure.h"
-#include "platform/Files.h"
 
 #include <unistd.h>
 
@@ -32,24 +30,18 @@ public:
     void detach(const Volume&) override { refuse(); }
 
 private:
-    static void refuse()
-    {
-        throw Failure(
-            "This system has no udisks2 service. Install the package udisks2 or run: pkexec ferrobank "
-            "helper-fstab add",
-            "no-udisks");
-    }
+    static void refuse() { throw noUdisks(); }
 };
 
 } // namespace
 
-std::unique_ptr<BackEnd> chooseBackEnd(const Paths& paths)
+std::unique_ptr<BackEnd> chooseBackEnd(const Paths& paths, int storeLock)
 {
     if (::geteuid() == 0) {
         return std::make_unique<DirectBackEnd>(paths.image, paths.drive, paths.runtime / "top-level");
     }
-    if (holdsFstabLine(readSmallFile(kFstab).value_or(std::string()), fstabLine(paths))) {
-        return std::make_unique<FstabBackEnd>(paths);
+    if (mayUseMountHelper(paths)) {
+        return std::make_unique<HelperBackEnd>(paths, storeLock);
     }
     if (isNameAvailable(openSystemBus(), UdisksBackEnd::kService)) {
         return std::make_unique<UdisksBackEnd>(paths.image);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "mounting/BackEnd.h"
-#include "platform/FileDescriptor.h"
+#include "mounting/LoopSetup.h"
 
 #include <filesystem>
 #include <string>
@@ -30,9 +30,6 @@ private:
     std::filesystem::path _scratch;
 };
 
-/// Whether the kernel lists Btrfs; asked after a mount failed, because mounting is what loads the module.
-[[nodiscard]] bool kernelHasBtrfs(const std::filesystem::path& list = "/proc/filesystems");
-
 /// Unmounts without force. Throws Failure, "busy" with the names of the processes when it is in use.
 void unmountOrName(const std::filesystem::path& mountPoint);
 
@@ -40,20 +37,7 @@ void unmountOrName(const std::filesystem::path& mountPoint);
 /// device lets go by itself when it was set to at its last unmount, and is told to otherwise.
 bool releaseLoop(const std::string& device);
 
-/// The same for a user who may only wait for it.
-bool awaitLoopGone(const std::string& device);
-
 /// Mounts a loop device for the time of a preparation and makes the `files` subvolume for `owner`.
 void prepareOnLoop(const std::string& device, const std::filesystem::path& scratch, uid_t owner, gid_t group);
-
-/// A fresh loop device on the image that lets go by itself; `keepAlive` holds it until it is mounted.
-struct FreshLoop {
-    std::string device;
-    FileDescriptor keepAlive;
-};
-
-[[nodiscard]] FreshLoop makeLoop(const std::filesystem::path& image);
-/// The same on an open file, for a caller who must be sure which one it is.
-[[nodiscard]] FreshLoop makeLoop(const FileDescriptor& image);
 
 } // namespace ferrobank::drive

@@ -1,5 +1,6 @@
 #include "mounting/HomeEntry.h"
 
+#include "mounting/MountHelper.h"
 #include "platform/Failure.h"
 
 #include <pwd.h>
@@ -15,8 +16,11 @@ HomeEntry::HomeEntry(std::filesystem::path path, std::string user)
     : _path(std::move(path)), _user(std::move(user))
 {}
 
-bool HomeEntry::leadsToMedia(const std::string& target) const
+bool HomeEntry::leadsToAMount(const std::string& target) const
 {
+    if (target == helperMountPoint(::geteuid())) {
+        return true;
+    }
     for (const char* root : {"/media/", "/run/media/"}) {
         const std::string prefix = root + _user + "/Ferrobank";
         // udisks2 appends a number when the name is taken.
@@ -41,7 +45,7 @@ HomeEntry::Kind HomeEntry::kind() const
     std::error_code error;
     if (S_ISLNK(status.st_mode)) {
         const std::filesystem::path target = std::filesystem::read_symlink(_path, error);
-        return !error && leadsToMedia(target.string()) ? Kind::OwnLink : Kind::Foreign;
+        return !error && leadsToAMount(target.string()) ? Kind::OwnLink : Kind::Foreign;
     }
     if (S_ISDIR(status.st_mode) && std::filesystem::is_empty(_path, error) && !error) {
         return Kind::EmptyFolder;

@@ -9,7 +9,8 @@ namespace ferrobank::drive {
 /// to somebody else there (a file, a folder with content, a link that leads elsewhere) is never touched.
 class HomeEntry {
 public:
-    /// `user` names the folder below /media and /run/media whose entries count as our own link targets.
+    /// `user` names the folder below /media and /run/media whose entries count as our own link targets, as
+    /// the mount helper's place for this process's user does.
     HomeEntry(std::filesystem::path path, std::string user);
 
     enum class Kind { Absent, OwnLink, EmptyFolder, Foreign };
@@ -26,7 +27,7 @@ public:
     void removeIfOwn() const;
 
 private:
-    [[nodiscard]] bool leadsToMedia(const std::string& target) const;
+    [[nodiscard]] bool leadsToAMount(const std::string& target) const;
 
     std::filesystem::path _path;
     std::string _user;

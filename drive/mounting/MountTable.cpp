@@ -15,24 +15,6 @@ bool isOctal(char digit)
     return digit >= '0' && digit <= '7';
 }
 
-/// The kernel writes space, tab, line break and backslash as `\040` and so on.
-std::string unescaped(std::string_view text)
-{
-    std::string plain;
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        if (text[at] == '\\' && at + 3 < text.size() && isOctal(text[at + 1]) && isOctal(text[at + 2]) &&
-            isOctal(text[at + 3]))
-        {
-            plain += static_cast<char>((text[at + 1] - '0') * 64 + (text[at + 2] - '0') * 8 +
-                                       (text[at + 3] - '0'));
-            at += 3;
-        } else {
-            plain += text[at];
-        }
-    }
-    return plain;
-}
-
 std::vector<std::string_view> split(std::string_view text, char separator)
 {
     std::vector<std::string_view> parts;
@@ -54,6 +36,23 @@ bool holdsReadOnly(std::string_view options)
 
 } // namespace
 
+std::string withoutEscapes(std::string_view text)
+{
+    std::string plain;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (text[at] == '\\' && at + 3 < text.size() && isOctal(text[at + 1]) && isOctal(text[at + 2]) &&
+            isOctal(text[at + 3]))
+        {
+            plain += static_cast<char>((text[at + 1] - '0') * 64 + (text[at + 2] - '0') * 8 +
+                                       (text[at + 3] - '0'));
+            at += 3;
+        } else {
+            plain += text[at];
+        }
+    }
+    return plain;
+}
+
 std::vector<MountEntry> parseMountTable(std::string_view text)
 {
     std::vector<MountEntry> entries;
@@ -64,10 +63,10 @@ std::vector<MountEntry> parseMountTable(std::string_view text)
             continue;
         }
         MountEntry entry;
-        entry.root = unescaped(fields[3]);
-        entry.mountPoint = unescaped(fields[4]);
+        entry.root = withoutEscapes(fields[3]);
+        entry.mountPoint = withoutEscapes(fields[4]);
         entry.fileSystem = dash[1];
-        entry.source = unescaped(dash[2]);
+        entry.source = withoutEscapes(dash[2]);
         entry.readOnly = holdsReadOnly(fields[5]) || holdsReadOnly(dash[3]);
         entries.push_back(std::move(entry));
     }

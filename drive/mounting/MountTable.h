@@ -22,4 +22,7 @@ struct MountEntry {
 [[nodiscard]] std::vector<MountEntry> parseMountTable(std::string_view text);
 [[nodiscard]] std::vector<MountEntry> readMountTable();
 
+/// Undoes what mount tables and fstab(5) do to space, tab, line break, backslash and so on: `\040`.
+[[nodiscard]] std::string withoutEscapes(std::string_view text);
+
 } // namespace ferrobank::drive

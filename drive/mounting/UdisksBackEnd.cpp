@@ -1,7 +1,8 @@
 #include "mounting/UdisksBackEnd.h"
 
-#include "mounting/DirectBackEnd.h"
 #include "mounting/FilesSubvolume.h"
+#include "mounting/LoopSetup.h"
+#include "mounting/MountHelper.h"
 #include "mounting/VolumeUsers.h"
 #include "platform/Failure.h"
 
@@ -33,17 +34,14 @@ Failure failureOf(const BusError& error, const std::string& attempt)
 {
     if (error.isOneOf("org.freedesktop.UDisks2.Error.NotAuthorized")) {
         return Failure(
-            "This login session may not mount the drive. Log in at this computer's own screen, or run: "
-            "pkexec ferrobank helper-fstab add",
+            "This login session may not mount the drive. Log in at this computer's own screen, or " +
+                mountingAdvice(),
             "not-authorized");
     }
     if (error.isOneOf("org.freedesktop.DBus.Error.ServiceUnknown") ||
         error.isOneOf("org.freedesktop.DBus.Error.NameHasNoOwner"))
     {
-        return Failure(
-            "This system has no udisks2 service. Install the package udisks2 or run: pkexec ferrobank "
-            "helper-fstab add",
-            "no-udisks");
+        return noUdisks();
     }
     if (!kernelHasBtrfs()) {
         return Failure("This system's kernel has no Btrfs support.", "no-btrfs");
@@ -202,6 +200,12 @@ std::string deviceOf(const std::string& object)
 }
 
 } // namespace
+
+Failure noUdisks()
+{
+    return Failure("This system has no udisks2 service. Install the package udisks2, or " + mountingAdvice(),
+                   "no-udisks");
+}
 
 UdisksBackEnd::UdisksBackEnd(std::filesystem::path image) : _image(std::move(image)) {}
 

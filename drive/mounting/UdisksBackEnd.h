@@ -2,6 +2,7 @@
 
 #include "mounting/BackEnd.h"
 #include "mounting/SystemBus.h"
+#include "platform/Failure.h"
 
 #include <filesystem>
 #include <string>
@@ -27,5 +28,8 @@ public:
 private:
     std::filesystem::path _image;
 };
+
+/// What to tell where the service is missing.
+[[nodiscard]] Failure noUdisks();
 
 } // namespace ferrobank::drive

@@ -48,6 +48,8 @@ Paths Paths::of(const std::filesystem::path& home, const std::filesystem::path& 
     paths.reserve = paths.store / "reserve";
     paths.unprepared = paths.store / "unprepared";
     paths.openMarker = paths.store / "open";
+    paths.readingDue = paths.store / "reading-due";
+    paths.unreadable = paths.store / "unreadable";
     paths.index = paths.support / "index";
     paths.log = paths.support / "log/ferrobank.log";
     paths.runtime =

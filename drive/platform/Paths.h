@@ -24,6 +24,10 @@ struct Paths {
     std::filesystem::path unprepared;
     /// There from before a mount until after a clean unmount.
     std::filesystem::path openMarker;
+    /// There while every file has to be read once; its text is the reason.
+    std::filesystem::path readingDue;
+    /// Paths on the drive of the files that the last complete reading could not read, each ended by a zero.
+    std::filesystem::path unreadable;
     std::filesystem::path index;
     std::filesystem::path log;
     /// `$XDG_RUNTIME_DIR/ferrobank`, or `~/.cache/ferrobank/run-<boot id>` without one.
@@ -37,7 +41,7 @@ struct Paths {
     [[nodiscard]] std::filesystem::path socket() const { return runtime / "control.sock"; }
 
     /// From HOME (else the password data base), XDG_RUNTIME_DIR and XDG_CONFIG_HOME. Throws Failure when
-    /// there is no absolute home folder.
+    /// there is no absolute home folder, or when root would work in the home of another user.
     [[nodiscard]] static Paths fromEnvironment();
     /// The same from the variables alone; nothing where HOME is missing or not absolute.
     [[nodiscard]] static std::optional<Paths> fromVariables();

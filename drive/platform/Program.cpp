@@ -12,24 +12,26 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <optional>
 
 namespace ferrobank::drive {
 
 namespace {
 
 constexpr std::size_t kKeptOutput = 64 * 1024;
+constexpr std::chrono::seconds kEndLimit{5};
+constexpr int kEndStepMilliseconds = 5;
 
 /// In the child, between fork and exec: only what a program with threads may call there.
-[[noreturn]] void become(const char* program, char* const* arguments, char* const* environment, int output,
-                         pid_t parent)
+[[noreturn]] void become(const char* program, char* const* arguments, char* const* environment, int input,
+                         int output, pid_t parent)
 {
     // It must not go on with the store when whoever wanted it was killed; that may have happened already.
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (::getppid() != parent) {
         ::_exit(127);
     }
-    const int nothing = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-    ::dup2(nothing, STDIN_FILENO);
+    ::dup2(input >= 0 ? input : ::open("/dev/null", O_RDONLY | O_CLOEXEC), STDIN_FILENO);
     ::dup2(output, STDOUT_FILENO);
     ::dup2(output, STDERR_FILENO);
     // Ours are marked to be closed; what whoever started us forgot to mark is none of the program's business.
@@ -44,7 +46,8 @@ constexpr std::size_t kKeptOutput = 64 * 1024;
 }
 
 /// Starts the child with its output in the pipe; 0 when it could not be started.
-pid_t spawn(const std::filesystem::path& program, const std::vector<std::string>& arguments, int output)
+pid_t spawn(const std::filesystem::path& program, const std::vector<std::string>& arguments, int input,
+            int output)
 {
     std::vector<std::string> texts{program.string()};
     texts.insert(texts.end(), arguments.begin(), arguments.end());
@@ -60,7 +63,7 @@ pid_t spawn(const std::filesystem::path& program, const std::vector<std::string>
     const pid_t parent = ::getpid();
     const pid_t child = ::fork();
     if (child == 0) {
-        become(program.c_str(), pointers.data(), environment.data(), output, parent);
+        become(program.c_str(), pointers.data(), environment.data(), input, output, parent);
     }
     return std::max(child, 0);
 }
@@ -91,6 +94,24 @@ Reading readUntilClosed(int pipe, std::chrono::steady_clock::time_point deadline
     }
 }
 
+/// Waits for a child whose outputs are closed or who was killed; nothing when it does not end. One that hangs
+/// in the kernel, or belongs to root by now, cannot be ended; it stays ours, unwaited for, until we end.
+std::optional<int> awaitEnd(pid_t child)
+{
+    const auto limit = std::chrono::steady_clock::now() + kEndLimit;
+    int status = 0;
+    for (;;) {
+        const pid_t ended = ::waitpid(child, &status, WNOHANG);
+        if (ended == child) {
+            return status;
+        }
+        if ((ended < 0 && errno != EINTR) || std::chrono::steady_clock::now() >= limit) {
+            return std::nullopt;
+        }
+        ::poll(nullptr, 0, kEndStepMilliseconds);
+    }
+}
+
 } // namespace
 
 std::filesystem::path findSystemProgram(const std::string& name)
@@ -106,7 +127,7 @@ std::filesystem::path findSystemProgram(const std::string& name)
 }
 
 ProgramOutcome runSystemProgram(const std::string& name, const std::vector<std::string>& arguments,
-                                std::chrono::seconds limit)
+                                std::chrono::seconds limit, int input)
 {
     ProgramOutcome outcome;
     const std::filesystem::path program = findSystemProgram(name);
@@ -116,7 +137,7 @@ ProgramOutcome runSystemProgram(const std::string& name, const std::vector<std::
     }
     const FileDescriptor reading(ends[0]);
     FileDescriptor writing(ends[1]);
-    const pid_t child = spawn(program, arguments, writing.get());
+    const pid_t child = spawn(program, arguments, input, writing.get());
     writing.reset();
     if (child == 0) {
         return outcome;
@@ -127,10 +148,12 @@ ProgramOutcome runSystemProgram(const std::string& name, const std::vector<std::
         outcome.end = ProgramOutcome::End::TimedOut;
         ::kill(child, SIGKILL);
     }
-    int status = 0;
-    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    const std::optional<int> status = awaitEnd(child);
+    if (!status) {
+        outcome.end = ProgramOutcome::End::TimedOut;
+        return outcome;
     }
-    outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    outcome.status = WIFEXITED(*status) ? WEXITSTATUS(*status) : 128 + WTERMSIG(*status);
     return outcome;
 }
 

@@ -4,7 +4,9 @@
 #include "platform/Log.h"
 #include "platform/Paths.h"
 #include "serving/Mailbox.h"
+#include "sharing/ReadingPass.h"
 #include "sharing/ScanConditions.h"
+#include "sharing/ScanContext.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -28,7 +30,7 @@ struct HousekeepingPace {
     std::function<ScanConditions()> conditions;
     std::function<bool(const std::optional<LastWalk>&, std::uint64_t)> walkAllowed;
     /// Files changed less than this ago are left alone by the scanner.
-    std::int64_t quietSeconds = 60;
+    std::int64_t quietSeconds = 30;
 
     [[nodiscard]] static HousekeepingPace usual();
 };
@@ -39,12 +41,19 @@ struct HousekeepingMemory {
     std::int64_t lastSharing = 0;
     std::int64_t lastReading = 0;
     bool hadUnreadable = false;
+    /// Every file has to be read once, as soon as can be.
+    bool readingDue = false;
+    /// What the files take, for the progress of a reading.
+    std::uint64_t bytes = 0;
+    /// Somebody has paused sharing.
+    bool held = false;
 };
 
 /// The thread that looks after the mounted drive at idle priority: sums up the files when something changed,
-/// shares repeated data when the drive is quiet and the computer idle, and reads everything once a week to
-/// have its checksums verified (daily while some file is unreadable). It has files of the drive open while it
-/// works. Results go to the mailbox; errors too, nothing is thrown.
+/// shares repeated data when `scanWait` lets it, and reads everything once a week to have its checksums
+/// verified (daily while some file is unreadable, at once when it is due after damage). A pass that is ended
+/// early continues another time. It has files of the drive open while it works. Results go to the mailbox;
+/// errors too, nothing is thrown.
 class Housekeeping {
 public:
     Housekeeping(const Paths& paths, Log log, std::filesystem::path mountPoint, std::string uuid,
@@ -55,21 +64,43 @@ public:
     ~Housekeeping();
 
     enum class Sharing { Allowed, Paused };
+    enum class Held { No, Yes };
 
-    /// From any thread; a pass that runs is ended.
+    // All from any thread.
+
+    /// Around an export; any pass that runs is ended.
     void setSharing(Sharing sharing);
+    /// As a person wishes; a sharing pass that runs is ended.
+    void holdSharing(Held held);
+    /// Begins a pass that waits for nothing and does not pause, also while sharing is held.
+    void shareNow();
+    /// Reads every file as soon as can be.
+    void readSoon();
+    /// Somebody else has read every file; what was due is done.
+    void allRead(std::uint64_t unreadableFiles);
 
 private:
     void run(const std::stop_token& stop);
     void lookOnce(const std::stop_token& stop);
     void walk(std::uint64_t generation, const std::stop_token& stop);
-    void share(std::uint64_t generation);
-    void read();
-    [[nodiscard]] bool mayWork(std::int64_t lastPass) const;
-    [[nodiscard]] std::stop_token passToken();
+    enum class Work { None, Sharing, SharingNow, Reading };
+    enum class Reading { Weekly, Due };
+
+    void lookAfterReading();
+    void lookAfterSharing(std::uint64_t generation);
+    void share(std::uint64_t generation, Work manner);
+    void read(Reading reading);
+    void tell(const SharingResult& result, Work manner);
+    void postWait(SharingWait wait);
+    void postProgress(Work work, std::uint64_t done, std::uint64_t total);
+    [[nodiscard]] std::optional<SharingWait> sharingWaitsFor(std::uint64_t generation);
+    [[nodiscard]] ScanConditions conditions(Urgency urgency) const;
+    [[nodiscard]] std::optional<std::stop_token> begin(Work work);
+    void end();
     void postUsage(std::uint64_t bytes, std::uint64_t generation);
 
     std::filesystem::path _index;
+    std::filesystem::path _unreadable;
     Log _log;
     std::filesystem::path _root;
     std::string _uuid;
@@ -79,14 +110,23 @@ private:
 
     std::optional<std::uint64_t> _seenGeneration;
     std::chrono::steady_clock::time_point _changed;
+    /// The state of the volume before the last pass that found nothing more to share.
     std::optional<std::uint64_t> _sharedGeneration;
+    /// Since when there is something that no pass has come to.
+    std::optional<std::chrono::steady_clock::time_point> _waitingSince;
+    std::optional<SharingWait> _postedWait;
+    std::chrono::steady_clock::time_point _progressPosted;
     LastWalk _lastWalk;
     std::chrono::steady_clock::time_point _walkEnd;
 
     std::mutex _mutex;
     std::condition_variable_any _wake;
     bool _paused = false;
+    bool _held = false;
+    bool _shareNow = false;
+    bool _readingDue = false;
     bool _ending = false;
+    Work _work = Work::None;
     std::stop_source _pass;
     std::jthread _thread;
 };

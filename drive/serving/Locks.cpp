@@ -3,6 +3,7 @@
 #include "platform/Failure.h"
 #include "platform/Files.h"
 #include "state/ServerProbe.h"
+#include "store/StoreExamination.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -65,6 +66,9 @@ FileDescriptor Inheritance::takeReply() const
 
 std::optional<Locks> Locks::tryTake(const Paths& paths)
 {
+    if (isReadOnlyHost(paths.store)) {
+        throw Failure(readOnlyHostWords(), "host-read-only");
+    }
     ensurePrivateFolder(paths.runtime);
     std::optional<FileLock> serve = FileLock::tryTake(paths.serveLock());
     if (!serve) {

@@ -2,8 +2,9 @@
 
 #include "figures/DeviceCounters.h"
 #include "platform/Failure.h"
+#include "platform/Files.h"
 #include "platform/Guarded.h"
-#include "store/Superblock.h"
+#include "store/StoreExamination.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -75,6 +76,7 @@ Server::Server(Paths paths, Log log, ServingProgram program, Locks locks, std::u
 void Server::remember(const Figures& known)
 {
     _knownFigures = known;
+    _state.uuid = known.uuid;
     _state.volumeUsed = known.volumeUsed;
     _state.walkGeneration = known.walkGeneration;
     _state.since = known.since;
@@ -83,6 +85,9 @@ void Server::remember(const Figures& known)
     _state.integrity.lastReading = known.lastReading;
     _state.integrity.unreadableFiles = known.unreadableFiles;
     _state.integrity.unreadable = known.unreadable;
+    _state.integrity.settledErrors = known.settledErrors;
+    _state.integrity.olderImage = known.olderImage;
+    _state.sharing.paused = known.sharingPaused;
 }
 
 void Server::keepFigures()
@@ -91,18 +96,94 @@ void Server::keepFigures()
     if (_state.since == 0) {
         return;
     }
-    const Figures figures{.uuid = _state.uuid,
-                          .volumeUsed = _state.volumeUsed,
-                          .walkGeneration = _state.walkGeneration,
-                          .guard = _state.space.guard,
-                          .since = _state.since,
-                          .lastReading = _state.integrity.lastReading,
-                          .lastSharing = _state.sharing.last,
-                          .unreadableFiles = _state.integrity.unreadableFiles,
-                          .unreadable = _state.integrity.unreadable};
+    Figures figures{.uuid = _state.uuid,
+                    .volumeUsed = _state.volumeUsed,
+                    .walkGeneration = _state.walkGeneration,
+                    .guard = _state.space.guard,
+                    .since = _state.since,
+                    .lastReading = _state.integrity.lastReading,
+                    .lastSharing = _state.sharing.last,
+                    .unreadableFiles = _state.integrity.unreadableFiles,
+                    .unreadable = _state.integrity.unreadable,
+                    .generation = _knownFigures.generation,
+                    .sharingPaused = _state.sharing.paused,
+                    .settledErrors = _state.integrity.settledErrors,
+                    .olderImage = _state.integrity.olderImage};
     if (figures != _knownFigures) {
+        // Not worth writing it alone: every minute of a drive in use has another one.
+        if (const std::optional<std::uint64_t> now = volumeGeneration(_state.uuid); _volume && now) {
+            figures.generation = *now;
+        }
         figures.write(_paths.figures);
         _knownFigures = figures;
+    }
+    keepReadingDue();
+}
+
+/// After the figures: what a reading has found must be kept before the word that it is due goes.
+void Server::keepReadingDue()
+{
+    const ReadingReason reason = _state.integrity.readingDue;
+    if (reason == _markedReason) {
+        return;
+    }
+    if (reason == ReadingReason::None) {
+        removeIfPresent(_paths.readingDue);
+    } else {
+        markReadingDue(_paths, reasonWord(reason));
+    }
+    _markedReason = reason;
+}
+
+/// How far the image is when nobody works on it any more, so that an older one is noticed.
+void Server::recordGeneration()
+{
+    const std::optional<Superblock> superblock = readSuperblock(_paths.image);
+    if (_knownFigures.uuid.empty() || !superblock || superblock->uuid != _knownFigures.uuid ||
+        superblock->generation == _knownFigures.generation)
+    {
+        return;
+    }
+    try {
+        Figures figures = _knownFigures;
+        figures.generation = superblock->generation;
+        figures.write(_paths.figures);
+        _knownFigures = figures;
+    } catch (const Failure& failure) {
+        _log.write(failure.text());
+    }
+}
+
+void Server::compareStore()
+{
+    if (isReadOnlyHost(_paths.store)) {
+        throw Failure(readOnlyHostWords(), "host-read-only");
+    }
+    const std::optional<Superblock> superblock = readSuperblock(_paths.image);
+    if (!superblock) {
+        return;
+    }
+    switch (compareIdentity(_knownFigures.uuid, _knownFigures.generation, *superblock)) {
+    case StoreIdentity::Same:
+        return;
+    case StoreIdentity::Other:
+        throw Failure(otherStoreWords(), "store-other");
+    case StoreIdentity::Older:
+        break;
+    }
+    _log.write(olderStoreWords() + " It is at change " + std::to_string(superblock->generation) +
+               ", the last one used was at " + std::to_string(_knownFigures.generation) + ".");
+    _state.integrity.olderImage = true;
+    markReadingDue(_paths, reasonWord(ReadingReason::LostChanges));
+}
+
+void Server::readSoon(ReadingReason reason)
+{
+    if (_state.integrity.readingDue == ReadingReason::None) {
+        _state.integrity.readingDue = reason;
+    }
+    if (_workers) {
+        _workers->readSoon();
     }
 }
 
@@ -144,6 +225,7 @@ void Server::tryAttach(Interaction interaction)
     _state.attachError.reset();
     publish();
     try {
+        compareStore();
         becomeMounted(_attachment.attach(interaction));
     } catch (const Failure& failure) {
         // A login session may become active a moment after this process was started.
@@ -173,6 +255,11 @@ void Server::becomeMounted(const Volume& volume)
     }
     if (_state.since == 0) {
         _state.since = ::time(nullptr);
+    }
+    // The attach may have mended something.
+    _markedReason = reasonOf(readSmallFile(_paths.readingDue).value_or(std::string()));
+    if (_markedReason != ReadingReason::None) {
+        _state.integrity.readingDue = _markedReason;
     }
     startWorkers();
     lookAtDevice();
@@ -326,12 +413,14 @@ void Server::lookAtMounts(MountsChanged mountsChanged)
         if (found->readOnly) {
             const bool full = _state.space.level != SpaceLevel::Ok;
             _state.attachError =
-                full ? Problem{.code = "read-only",
-                               .text = "The drive stopped taking changes because this computer ran out of "
-                                       "space. Free "
-                                       "some space, then restart Ferrobank."}
-                     : Problem{.code = "read-only",
-                               .text = "The drive stopped taking changes after an error. Restart Ferrobank."};
+                isReadOnlyHost(_paths.store) ? Problem{.code = "host-read-only", .text = readOnlyHostWords()}
+                : full
+                    ? Problem{.code = "read-only",
+                              .text = "The drive stopped taking changes because this computer ran out of "
+                                      "space. Free "
+                                      "some space, then restart Ferrobank."}
+                    : Problem{.code = "read-only",
+                              .text = "The drive stopped taking changes after an error. Restart Ferrobank."};
             _log.write(_state.attachError->text);
         }
     }
@@ -350,12 +439,15 @@ void Server::lookAtDevice()
     if (!errors) {
         return;
     }
-    const std::uint64_t sum =
-        errors->write + errors->read + errors->flush + errors->corruption + errors->generation;
+    const std::uint64_t sum = errors->sum();
     if (sum > _state.integrity.deviceErrors) {
         _log.write("The drive's store has shown " + std::to_string(sum) + " read or write errors.");
     }
     _state.integrity.deviceErrors = sum;
+    // While some files are known that cannot be read, whoever opens them makes the kernel count again.
+    if (sum > _state.integrity.settledErrors && _state.integrity.unreadableFiles == 0) {
+        readSoon(ReadingReason::DeviceErrors);
+    }
 }
 
 void Server::handleSignals()

@@ -20,7 +20,8 @@ namespace ferrobank::drive {
 
 /// What the serving process knows about itself.
 struct ServingProgram {
-    /// The path that the tool was started from: what lies beside it later is what this process becomes on a restart.
+    /// The path that the tool was started from: what lies beside it later is what this process becomes on a
+    /// restart.
     std::string path;
     /// Of the program that runs, which is the one beside that path.
     FileIdentity identity;
@@ -74,6 +75,12 @@ private:
     void publish();
     void remember(const Figures& known);
     void keepFigures();
+    void keepReadingDue();
+    void recordGeneration();
+    void compareStore();
+    void readSoon(ReadingReason reason);
+    void noteFilesRead(const Request& request);
+    void acceptStore(PendingRequest request);
     [[nodiscard]] Reply attachReply() const;
     [[nodiscard]] int pollTimeout() const;
 
@@ -86,6 +93,7 @@ private:
     State _state;
     State _published;
     Figures _knownFigures;
+    ReadingReason _markedReason = ReadingReason::None;
     Mailbox _mailbox;
     FileDescriptor _signals;
     FileDescriptor _mountTable;

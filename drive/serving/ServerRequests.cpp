@@ -1,6 +1,9 @@
+#include "figures/DisplayText.h"
 #include "platform/Failure.h"
 #include "platform/ToolPrograms.h"
 #include "serving/Server.h"
+#include "sharing/ReadingPass.h"
+#include "store/Superblock.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -8,6 +11,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
+#include <ctime>
 #include <thread>
 #include <utility>
 
@@ -57,6 +61,35 @@ void Server::handle(PendingRequest& request)
         }
         request.answer(Reply::success());
         return;
+    case Operation::ShareNow:
+        if (_workers && !_exportLimit) {
+            _workers->shareNow();
+            request.answer(Reply::success());
+        } else {
+            request.answer({.ok = false,
+                            .code = "not-now",
+                            .text = _exportLimit
+                                        ? "The files are being copied away; repeated data is shared when "
+                                          "that is done."
+                                        : "The drive is not mounted."});
+        }
+        return;
+    case Operation::HoldSharing:
+    case Operation::Resume:
+        _state.sharing.paused = request.request.operation == Operation::HoldSharing;
+        if (_workers) {
+            _workers->holdSharing(_state.sharing.paused ? Housekeeping::Held::Yes : Housekeeping::Held::No);
+        }
+        request.answer(Reply::success());
+        return;
+    case Operation::FilesRead:
+    case Operation::Replaced:
+        noteFilesRead(request.request);
+        request.answer(Reply::success());
+        return;
+    case Operation::Accept:
+        acceptStore(std::move(request));
+        return;
     case Operation::Stop:
         stop(request);
         return;
@@ -76,6 +109,7 @@ void Server::detachWithin(std::chrono::seconds limit)
         try {
             _attachment.detach(volume);
             _volume.reset();
+            recordGeneration();
             return;
         } catch (const Failure& failure) {
             if (failure.code() != "busy" || Clock::now() >= deadline) {
@@ -134,6 +168,51 @@ void Server::becomeNewProgram(FileDescriptor waiting)
         const PendingRequest request{.request = {}, .connection = std::move(waiting)};
         request.answer({.ok = false, .code = "exec", .text = failure.text()});
     }
+}
+
+void Server::noteFilesRead(const Request& request)
+{
+    lookAtDevice();
+    IntegrityState& integrity = _state.integrity;
+    integrity.settledErrors = integrity.deviceErrors;
+    std::vector<std::string> names;
+    for (const std::string& file : readUnreadableList(_paths.unreadable)) {
+        names.push_back(displayName(file));
+    }
+    integrity.setUnreadable(request.total, std::move(names));
+    if (request.operation == Operation::Replaced) {
+        return;
+    }
+    integrity.lastReading = ::time(nullptr);
+    integrity.readingDue = ReadingReason::None;
+    if (_workers) {
+        _workers->allRead(request.total);
+    }
+}
+
+void Server::acceptStore(PendingRequest request)
+{
+    _state.integrity.olderImage = false;
+    const std::optional<Superblock> superblock = readSuperblock(_paths.image);
+    if (_volume || !superblock || superblock->uuid == _knownFigures.uuid) {
+        request.answer(Reply::success());
+        return;
+    }
+    Figures fresh;
+    fresh.uuid = superblock->uuid;
+    fresh.generation = superblock->generation;
+    fresh.since = ::time(nullptr);
+    try {
+        fresh.write(_paths.figures);
+    } catch (const Failure& failure) {
+        request.answer({.ok = false, .code = failure.code(), .text = failure.text()});
+        return;
+    }
+    _log.write("Another volume is used from now on: " + superblock->uuid + ".");
+    _state.integrity = {};
+    remember(fresh);
+    tryAttach(Interaction::MayAsk);
+    request.answer(attachReply());
 }
 
 void Server::stop(const PendingRequest& request)

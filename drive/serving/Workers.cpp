@@ -13,6 +13,9 @@ HousekeepingMemory memoryOf(const State& state)
     memory.lastSharing = state.sharing.last;
     memory.lastReading = state.integrity.lastReading;
     memory.hadUnreadable = state.integrity.unreadableFiles > 0;
+    memory.readingDue = state.integrity.readingDue != ReadingReason::None;
+    memory.bytes = state.volumeUsed.value_or(0);
+    memory.held = state.sharing.paused;
     return memory;
 }
 

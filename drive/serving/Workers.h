@@ -18,6 +18,14 @@ public:
 
     void setSharing(Housekeeping::Sharing sharing) { _housekeeping.setSharing(sharing); }
 
+    void holdSharing(Housekeeping::Held held) { _housekeeping.holdSharing(held); }
+
+    void shareNow() { _housekeeping.shareNow(); }
+
+    void readSoon() { _housekeeping.readSoon(); }
+
+    void allRead(std::uint64_t unreadableFiles) { _housekeeping.allRead(unreadableFiles); }
+
 private:
     SpaceKeeper _space;
     Housekeeping _housekeeping;

@@ -3,12 +3,14 @@
 #include "figures/ContentHash.h"
 #include "sharing/SharedRange.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 #include <xxhash.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <numeric>
 #include <span>
 #include <utility>
 
@@ -18,6 +20,8 @@ namespace {
 
 constexpr std::size_t kReadBytes = std::size_t{1} << 20U;
 constexpr std::size_t kComparedBytes = std::size_t{128} << 10U;
+/// Extents that are not compressed have up to half a megabyte; of more, moving it would save little.
+constexpr std::uint64_t kLargestRemainder = std::uint64_t{256} << 10U;
 
 bool readExactly(int file, char* bytes, std::size_t size, std::uint64_t offset)
 {
@@ -26,7 +30,7 @@ bool readExactly(int file, char* bytes, std::size_t size, std::uint64_t offset)
 
 } // namespace
 
-BlockPass::BlockPass(const ScanContext& context, const FileTable& table, const IdentitySet& followers)
+BlockPass::BlockPass(const ScanContext& context, const FileTable& table, const Followers& followers)
     : _context(context),
       _table(table),
       _followers(followers),
@@ -39,10 +43,21 @@ BlockPass::BlockPass(const ScanContext& context, const FileTable& table, const I
 void BlockPass::findCandidates()
 {
     std::uint64_t bytes = 0;
+    std::unordered_map<std::uint64_t, std::vector<std::uint32_t>> following;
     for (std::uint32_t file = 0; file < _table.files().size(); ++file) {
-        if (record(file).size >= _context.settings.blockFile && !_followers.contains(record(file).identity)) {
-            _candidates.push_back(file);
-            bytes += std::min(record(file).allocated, record(file).size);
+        if (record(file).size < _context.settings.blockFile) {
+            continue;
+        }
+        if (const auto leader = _followers.find(record(file).identity); leader != _followers.end()) {
+            following[leader->second].push_back(file);
+            continue;
+        }
+        _candidates.push_back(file);
+        bytes += std::min(record(file).allocated, record(file).size);
+    }
+    for (const std::uint32_t file : _candidates) {
+        if (const auto found = following.find(record(file).identity); found != following.end()) {
+            _followersOf.emplace(file, std::move(found->second));
         }
     }
     std::sort(_candidates.begin(), _candidates.end(), [this](std::uint32_t one, std::uint32_t other) {
@@ -68,10 +83,22 @@ StageEnd BlockPass::run()
         index->rewind();
         takeOver(*index, writer);
     }
+    for (std::size_t place = 0; place < _candidates.size(); ++place) {
+        _context.total += _known[place] == Known::No ? record(_candidates[place]).allocated : 0;
+    }
+    std::vector<std::size_t> order(_candidates.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    // Those that others follow come first: what comes later shares their blocks, and the followers need not
+    // be touched.
+    const auto isFollowed = [this](std::size_t place) { return _followersOf.contains(_candidates[place]); };
+    std::sort(order.begin(), order.end(), [&](std::size_t one, std::size_t other) {
+        return isFollowed(one) != isFollowed(other) ? isFollowed(one) : one < other;
+    });
     StageEnd end = StageEnd::Done;
-    for (std::size_t place = 0; place < _candidates.size() && end == StageEnd::Done; ++place) {
-        if (_known[place] == Known::No) {
-            end = takeFile(_candidates[place], writer);
+    for (auto place = order.begin(); place != order.end() && end == StageEnd::Done; ++place) {
+        if (_known[*place] == Known::No) {
+            end = takeFile(_candidates[*place], writer);
+            _context.advance(record(_candidates[*place]).allocated);
         }
     }
     writer.commit();
@@ -136,6 +163,8 @@ StageEnd BlockPass::takeFile(std::uint32_t file, WindowIndexWriter& writer)
     _target = file;
     _targetFile = opened.get();
     _sharedUpTo = 0;
+    _remainders.clear();
+    _hasShared = false;
     _writer = &writer;
     _segment = {target.identity, target.size, target.stamp, false, {}};
     _roller.reset();
@@ -164,8 +193,70 @@ StageEnd BlockPass::takeFile(std::uint32_t file, WindowIndexWriter& writer)
     if (outcome.hash && _table.unchanged(opened.get(), target)) {
         _segment.last = true;
         writer.append(_segment);
+        return moveRemainders();
     }
     return end;
+}
+
+void BlockPass::noteShared(const Match& match, Shared shared)
+{
+    const std::uint64_t gap = match.target - _sharedUpTo;
+    // Before a stretch that was shared earlier there is nothing that this pass has cut off.
+    const bool isCutOff = _hasShared || shared == Shared::Now;
+    if (_sharedUpTo > 0 && isCutOff && gap > 0 && gap <= kLargestRemainder) {
+        _remainders.push_back({_sharedUpTo, gap, 0});
+    }
+    _hasShared = shared == Shared::Now;
+}
+
+/// One that changed or cannot be opened keeps the blocks that it has; the next pass looks at it anew.
+void BlockPass::shareWithFollowers(const FileRange& source, std::uint64_t target, std::uint64_t length)
+{
+    const auto followers = _followersOf.find(_target);
+    if (followers == _followersOf.end()) {
+        return;
+    }
+    for (const std::uint32_t follower : followers->second) {
+        if (const FileDescriptor opened = _table.open(_context.root, record(follower))) {
+            static_cast<void>(shareRange(source, {opened.get(), target}, length, _context.throttle));
+        }
+    }
+}
+
+StageEnd BlockPass::moveRemainders()
+{
+    if (_remainders.empty()) {
+        return StageEnd::Done;
+    }
+    const FileDescriptor copies(::openat(_context.root, ".", O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
+    std::uint64_t place = 0;
+    std::size_t copied = 0;
+    for (Remainder& remainder : _remainders) {
+        const auto size = static_cast<std::size_t>(remainder.length);
+        // A drive that is full or a file that was cut meanwhile keeps its remainders where they are.
+        if (!copies || !readExactly(_targetFile, _buffer.data(), size, remainder.start) ||
+            ::pwrite(copies.get(), _buffer.data(), size, static_cast<off_t>(place)) !=
+                static_cast<ssize_t>(size))
+        {
+            break;
+        }
+        remainder.place = place;
+        place += remainder.length;
+        ++copied;
+    }
+    for (const Remainder& remainder : std::span(_remainders).first(copied)) {
+        const ShareOutcome outcome =
+            shareRange({copies.get(), remainder.place}, {_targetFile, remainder.start}, remainder.length,
+                       _context.throttle);
+        if (outcome.end == ShareOutcome::End::Cancelled) {
+            return StageEnd::PassOver;
+        }
+        if (outcome.end == ShareOutcome::End::Failed || outcome.end == ShareOutcome::End::Refused) {
+            break;
+        }
+        shareWithFollowers({copies.get(), remainder.place}, remainder.start, remainder.length);
+    }
+    return StageEnd::Done;
 }
 
 StageEnd BlockPass::takeBlock(std::uint64_t start, std::uint64_t blockHash, bool zeros)
@@ -289,6 +380,7 @@ StageEnd BlockPass::share(const Match& match)
     const FileRange target{_targetFile, match.target};
     const std::uint64_t end = match.target + match.length;
     if (sharesAlready(source, target, match.length)) {
+        noteShared(match, Shared::Before);
         _sharedUpTo = end;
         return StageEnd::Done;
     }
@@ -296,6 +388,8 @@ StageEnd BlockPass::share(const Match& match)
     _context.result.bytesShared += outcome.shared;
     switch (outcome.end) {
     case ShareOutcome::End::Same:
+        noteShared(match, Shared::Now);
+        shareWithFollowers(source, match.target, match.length);
         _sharedUpTo = end;
         return StageEnd::Done;
     case ShareOutcome::End::Differs:

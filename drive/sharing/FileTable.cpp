@@ -64,13 +64,18 @@ void FileTable::visit(const WalkedEntry& entry)
     const bool quiet = std::abs(age) >= _limits.quietSeconds;
     const std::uint64_t allocated = status.stx_blocks * 512;
     const bool worthIt = std::min<std::uint64_t>(status.stx_size, allocated) >= _limits.smallestFile;
-    if (_path.back().readOnly || !worthIt || !quiet) {
+    if (_path.back().readOnly || !worthIt) {
+        return;
+    }
+    if (!quiet) {
+        ++_filesAtWork;
         return;
     }
     if (_wanted && !_wanted(status.stx_size)) {
         return;
     }
     ++_wantedFiles;
+    _wantedBytes += allocated;
     if (_files.size() == _limits.mostFiles) {
         return;
     }

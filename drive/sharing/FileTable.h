@@ -3,6 +3,7 @@
 #include "figures/TreeWalk.h"
 #include "figures/Usage.h"
 #include "platform/FileDescriptor.h"
+#include "sharing/SharedRange.h"
 
 #include <cstdint>
 #include <functional>
@@ -29,9 +30,9 @@ struct FileRecord {
 class FileTable : public TreeVisitor {
 public:
     struct Limits {
-        std::uint64_t smallestFile = 4096;
+        std::uint64_t smallestFile = kLargestInline + 1;
         /// Files changed less than this long ago are left alone: somebody is at work on them.
-        std::int64_t quietSeconds = 60;
+        std::int64_t quietSeconds = 30;
         /// Seconds since 1970, taken once for the whole walk.
         std::int64_t now = 0;
         std::size_t mostFiles = 300'000;
@@ -51,6 +52,12 @@ public:
 
     /// How many files were wanted, also those beyond the limit, which are not in `files()`.
     [[nodiscard]] std::uint64_t wantedFiles() const { return _wantedFiles; }
+
+    /// What those take on the device.
+    [[nodiscard]] std::uint64_t wantedBytes() const { return _wantedBytes; }
+
+    /// How many files were left alone because they had been changed a moment ago.
+    [[nodiscard]] std::uint64_t filesAtWork() const { return _filesAtWork; }
 
     [[nodiscard]] bool overflowed() const { return _wantedFiles > _files.size(); }
 
@@ -91,6 +98,8 @@ private:
     std::string _names;
     std::vector<OpenFolder> _path;
     std::uint64_t _wantedFiles = 0;
+    std::uint64_t _wantedBytes = 0;
+    std::uint64_t _filesAtWork = 0;
 };
 
 } // namespace ferrobank::drive

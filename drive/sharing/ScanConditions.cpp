@@ -9,7 +9,10 @@ namespace ferrobank::drive {
 
 namespace {
 
-constexpr Seconds kQuiet{60};
+constexpr Seconds kQuiet{30};
+constexpr Seconds kPatienceWithTheFirst{10 * 60};
+constexpr Seconds kPatience{60 * 60};
+constexpr Seconds kPatienceWithLoad{4 * 60 * 60};
 constexpr int kLowestBattery = 50;
 
 std::string wordIn(const std::filesystem::path& file)
@@ -22,10 +25,28 @@ std::string wordIn(const std::filesystem::path& file)
 
 } // namespace
 
-bool mayScan(const ScanConditions& conditions)
+ScanWait scanWait(const ScanConditions& conditions)
 {
     const bool powered = conditions.onMains || !conditions.battery || *conditions.battery > kLowestBattery;
-    return conditions.sinceLastChange >= kQuiet && conditions.load < conditions.cores && powered;
+    if (!powered) {
+        return ScanWait::Power;
+    }
+    if (conditions.load >= conditions.cores && conditions.urgency != Urgency::LongOverdue) {
+        return ScanWait::Load;
+    }
+    if (conditions.sinceLastChange < kQuiet && conditions.urgency == Urgency::None) {
+        return ScanWait::Quiet;
+    }
+    return ScanWait::Nothing;
+}
+
+Urgency urgencyOf(Seconds waited, FirstPass first, LastPassOld old)
+{
+    const Seconds patience = first == FirstPass::Yes ? kPatienceWithTheFirst : kPatience;
+    if (waited < patience) {
+        return Urgency::None;
+    }
+    return waited >= kPatienceWithLoad || old == LastPassOld::Yes ? Urgency::LongOverdue : Urgency::Overdue;
 }
 
 ScanConditions currentConditions(const std::filesystem::path& loadFile, const std::filesystem::path& supplies)

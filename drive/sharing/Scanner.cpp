@@ -59,6 +59,8 @@ public:
         }
         _context.result.usage = table->usage();
         _context.result.filesLookedAt = table->wantedFiles();
+        _context.result.filesAtWork = table->filesAtWork();
+        _context.total = table->wantedBytes();
         const bool allAtOnce = !table->overflowed();
         if (shareWholeFiles(table) == StageEnd::PassOver) {
             return;
@@ -129,7 +131,7 @@ private:
 
     const ScanContext& _context;
     FileTable::Limits _limits;
-    IdentitySet _followers;
+    Followers _followers;
 };
 
 } // namespace
@@ -149,8 +151,10 @@ SharingResult shareRepeatedData(const ScanSettings& settings, const std::stop_to
     try {
         const FileDescriptor root = openRoot(settings.root);
         const auto volume = volumeState(root.get());
-        const ScanContext context{settings, root.get(), volume ? volume->uuid : std::string(), throttle,
-                                  result};
+        std::uint64_t done = 0;
+        std::uint64_t total = 0;
+        const ScanContext context{
+            settings, root.get(), volume ? volume->uuid : std::string(), throttle, result, done, total};
         Pass(context).run();
     } catch (const Failure& failure) {
         result.error = failure.text();

@@ -10,9 +10,9 @@ namespace ferrobank::drive {
 /// blocks. It walks all files once and brings the figures along (`SharingResult::usage`). Runs for seconds to
 /// hours on the calling thread, which should have idle priority; needs no privilege for files of the caller.
 ///
-/// It opens files for reading only and never changes a content or a time; ended at any point, also by a kill,
-/// it leaves whole files, and the next pass goes on with the hashes known so far. Nothing is thrown: what
-/// stops the pass is in the result.
+/// It opens people's files for reading only and never changes a content or a time; ended at any point, also
+/// by a kill, it leaves whole files, and the next pass goes on with the hashes known so far. Nothing is
+/// thrown: what stops the pass is in the result.
 [[nodiscard]] SharingResult shareRepeatedData(const ScanSettings& settings, const std::stop_token& stop);
 
 } // namespace ferrobank::drive

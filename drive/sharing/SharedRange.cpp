@@ -75,6 +75,15 @@ ShareOutcome shareRange(FileRange source, FileRange target, std::uint64_t length
     return outcome;
 }
 
+bool isInline(int file)
+{
+    RequestWithOne<fiemap, fiemap_extent> request;
+    request->fm_length = 1;
+    request->fm_extent_count = 1;
+    return ::ioctl(file, FS_IOC_FIEMAP, &*request) == 0 && request->fm_mapped_extents == 1 &&
+           (request.element().fe_flags & FIEMAP_EXTENT_DATA_INLINE) != 0;
+}
+
 std::uint64_t devicePlace(FileRange range)
 {
     constexpr std::uint32_t kWithoutPlace =

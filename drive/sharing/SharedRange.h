@@ -12,6 +12,13 @@ struct FileRange {
     std::uint64_t offset = 0;
 };
 
+/// The file system keeps files of up to this many bytes among their names (the default of Btrfs's
+/// `max_inline`), and files of up to a block too if they become as small by compression.
+inline constexpr std::uint64_t kLargestInline = 2048;
+
+/// Whether a small file lies among the names, where it takes no block and has none to share.
+[[nodiscard]] bool isInline(int file);
+
 /// How an attempt to share a stretch ended.
 ///
 /// | end       | shared       | means                                                             |

@@ -10,6 +10,8 @@ namespace ferrobank::drive {
 
 namespace {
 
+/// Larger files never lie among the names.
+constexpr std::uint64_t kLargestMaybeInline = 4096;
 constexpr std::size_t kReadBytes = std::size_t{1} << 20U;
 /// Enough to find the place that most of a large group share.
 constexpr std::size_t kMembersAskedForPlace = 64;
@@ -28,7 +30,7 @@ std::size_t runLength(std::span<std::uint32_t> members, const Same& same)
 } // namespace
 
 WholeFilePass::WholeFilePass(const ScanContext& context, const FileTable& table,
-                             std::vector<FileFacts>& facts, IdentitySet& followers)
+                             std::vector<FileFacts>& facts, Followers& followers)
     : _context(context), _table(table), _facts(facts), _followers(followers), _buffer(kReadBytes)
 {}
 
@@ -48,6 +50,11 @@ StageEnd WholeFilePass::run()
         if (length > 1 && takeSizeGroup(rest.first(length)) == StageEnd::PassOver) {
             return StageEnd::PassOver;
         }
+        std::uint64_t bytes = 0;
+        for (const std::uint32_t member : rest.first(length)) {
+            bytes += record(member).allocated;
+        }
+        _context.advance(bytes);
         rest = rest.subspan(length);
     }
     return StageEnd::Done;
@@ -91,6 +98,11 @@ StageEnd WholeFilePass::hashMember(std::uint32_t member)
         if (errno == EIO) {
             _context.result.addUnreadable(_table.pathOf(file));
         }
+        return StageEnd::Done;
+    }
+    if (file.size <= kLargestMaybeInline && isInline(opened.get())) {
+        // A hash that no other file has: it is left alone until it changes.
+        _facts[member] = {{file.identity, ~file.identity}, true, true};
         return StageEnd::Done;
     }
     if (_context.settings.onStep) {
@@ -246,15 +258,16 @@ ShareOutcome WholeFilePass::shareData(int source, int target, std::uint64_t size
 
 void WholeFilePass::addFollowers(Members members)
 {
-    bool first = true;
+    std::uint64_t leader = 0;
     for (const std::uint32_t member : members) {
         if (!_facts[member].shared || record(member).size < _context.settings.blockFile) {
             continue;
         }
-        if (!first) {
-            _followers.add(record(member).identity);
+        if (leader == 0) {
+            leader = record(member).identity;
+        } else {
+            _followers.emplace(record(member).identity, leader);
         }
-        first = false;
     }
 }
 

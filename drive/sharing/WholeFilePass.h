@@ -1,6 +1,5 @@
 #pragma once
 
-#include "figures/IdentitySet.h"
 #include "sharing/FileTable.h"
 #include "sharing/HashIndex.h"
 #include "sharing/ScanContext.h"
@@ -8,9 +7,13 @@
 
 #include <cstdint>
 #include <span>
+#include <unordered_map>
 #include <vector>
 
 namespace ferrobank::drive {
+
+/// Large files whose blocks are another file's: the identity of each, and that of the other file.
+using Followers = std::unordered_map<std::uint64_t, std::uint64_t>;
 
 /// Finds files of equal content in a table and lets them share their blocks: equal size, then equal hash,
 /// then the kernel's own comparison. Sizes that occur once are not read at all.
@@ -19,7 +22,7 @@ public:
     /// `facts` belongs to `table`, one for one; it comes with what the index knew and is brought up to date.
     /// The identities of large files whose blocks are another file's are added to `followers`.
     WholeFilePass(const ScanContext& context, const FileTable& table, std::vector<FileFacts>& facts,
-                  IdentitySet& followers);
+                  Followers& followers);
 
     StageEnd run();
 
@@ -41,7 +44,7 @@ private:
     const ScanContext& _context;
     const FileTable& _table;
     std::vector<FileFacts>& _facts;
-    IdentitySet& _followers;
+    Followers& _followers;
     std::vector<char> _buffer;
 };
 

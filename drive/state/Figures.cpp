@@ -28,6 +28,10 @@ std::optional<Figures> Figures::read(const std::filesystem::path& file)
         root.at("last_sharing").get_to(figures.lastSharing);
         root.at("unreadable_files").get_to(figures.unreadableFiles);
         root.at("unreadable").get_to(figures.unreadable);
+        figures.generation = root.value("generation", std::uint64_t{0});
+        figures.sharingPaused = root.value("sharing_paused", false);
+        figures.settledErrors = root.value("settled_errors", std::uint64_t{0});
+        figures.olderImage = root.value("older_image", false);
         return figures;
     } catch (const std::exception&) {
         return std::nullopt;
@@ -47,6 +51,10 @@ void Figures::write(const std::filesystem::path& file) const
     root["last_sharing"] = lastSharing;
     root["unreadable_files"] = unreadableFiles;
     root["unreadable"] = unreadable;
+    root["generation"] = generation;
+    root["sharing_paused"] = sharingPaused;
+    root["settled_errors"] = settledErrors;
+    root["older_image"] = olderImage;
     replaceFile(file, root.dump(-1, ' ', false, json::error_handler_t::replace), Durability::Synced);
 }
 

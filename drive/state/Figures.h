@@ -25,6 +25,13 @@ struct Figures {
     /// Of the last reading pass: how many files could not be read, and the first three for display.
     std::uint64_t unreadableFiles = 0;
     std::vector<std::string> unreadable;
+    /// Change counter of the volume when this was written; an image that is further back than the commit
+    /// before it is an older one.
+    std::uint64_t generation = 0;
+    bool sharingPaused = false;
+    /// As in IntegrityState.
+    std::uint64_t settledErrors = 0;
+    bool olderImage = false;
 
     bool operator==(const Figures&) const = default;
 

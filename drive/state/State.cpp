@@ -1,5 +1,6 @@
 #include "state/State.h"
 
+#include <algorithm>
 #include <array>
 #include <nlohmann/json.hpp>
 #include <utility>
@@ -18,6 +19,18 @@ constexpr std::array<std::pair<Phase, const char*>, 4> kPhases{{{Phase::Starting
                                                                 {Phase::Failed, "failed"}}};
 constexpr std::array<std::pair<SpaceLevel, const char*>, 3> kLevels{
     {{SpaceLevel::Ok, "ok"}, {SpaceLevel::Low, "low"}, {SpaceLevel::Critical, "critical"}}};
+constexpr std::array<std::pair<SharingWait, const char*>, 6> kWaits{{{SharingWait::Changes, "changes"},
+                                                                     {SharingWait::Quiet, "quiet"},
+                                                                     {SharingWait::Load, "load"},
+                                                                     {SharingWait::Power, "power"},
+                                                                     {SharingWait::Resume, "resume"},
+                                                                     {SharingWait::Export, "export"}}};
+constexpr std::array<std::pair<ReadingReason, const char*>, 5> kReasons{
+    {{ReadingReason::None, "none"},
+     {ReadingReason::CutShort, "cut-short"},
+     {ReadingReason::LostChanges, "lost-changes"},
+     {ReadingReason::DeviceErrors, "device-errors"},
+     {ReadingReason::Superblock, "superblock"}}};
 
 template <typename Table, typename Value>
 std::string wordOf(const Table& table, Value value)
@@ -54,6 +67,33 @@ std::optional<Value> optionalAt(const json& object, const char* key)
     return value.is_null() ? std::nullopt : std::optional<Value>(value.get<Value>());
 }
 
+json progressOrNull(const std::optional<WorkProgress>& progress)
+{
+    return progress ? json{{"done", progress->done}, {"total", progress->total}} : json(nullptr);
+}
+
+/// What came to the format later is absent in the state of a process that was started before an update.
+std::optional<WorkProgress> progressAt(const json& object, const char* key)
+{
+    const auto found = object.find(key);
+    if (found == object.end() || found->is_null()) {
+        return std::nullopt;
+    }
+    return WorkProgress{.done = found->at("done"), .total = found->at("total")};
+}
+
+SharingState decodeSharing(const json& object)
+{
+    return {.last = object.at("last"),
+            .seconds = object.at("seconds"),
+            .shared = object.at("shared"),
+            .error = optionalAt<std::string>(object, "error"),
+            .paused = object.value("paused", false),
+            .waitsFor = valueOf(kWaits, object.value("waits_for", std::string("quiet"))),
+            .running = progressAt(object, "running"),
+            .askedPasses = object.value("asked_passes", std::uint64_t{0})};
+}
+
 State decode(const json& root)
 {
     if (root.at("v") != kFormat) {
@@ -77,11 +117,7 @@ State decode(const json& root)
     state.volumeUsed = optionalAt<std::uint64_t>(root, "volume_used");
     root.at("walk_generation").get_to(state.walkGeneration);
     root.at("since").get_to(state.since);
-    const json& sharing = root.at("dedup");
-    state.sharing = {.last = sharing.at("last"),
-                     .seconds = sharing.at("seconds"),
-                     .shared = sharing.at("shared"),
-                     .error = optionalAt<std::string>(sharing, "error")};
+    state.sharing = decodeSharing(root.at("dedup"));
     const json& space = root.at("space");
     state.space = {.hostFree = space.at("host_free"),
                    .reserve = space.at("reserve"),
@@ -92,6 +128,10 @@ State decode(const json& root)
     integrity.at("unreadable_files").get_to(state.integrity.unreadableFiles);
     integrity.at("unreadable").get_to(state.integrity.unreadable);
     integrity.at("last_reading").get_to(state.integrity.lastReading);
+    state.integrity.settledErrors = integrity.value("settled_errors", std::uint64_t{0});
+    state.integrity.readingDue = reasonOf(integrity.value("reading_due", std::string()));
+    state.integrity.reading = progressAt(integrity, "reading");
+    state.integrity.olderImage = integrity.value("older_image", false);
     root.at("readonly").get_to(state.readOnly);
     if (const json& progress = root.at("export"); !progress.is_null()) {
         state.exportState = ExportState{.done = progress.at("done"), .total = progress.at("total")};
@@ -101,9 +141,32 @@ State decode(const json& root)
 
 } // namespace
 
+void IntegrityState::setUnreadable(std::uint64_t files, std::vector<std::string> names)
+{
+    constexpr std::size_t kNamed = 3;
+    unreadableFiles = files;
+    unreadable = std::move(names);
+    unreadable.resize(std::min(unreadable.size(), kNamed));
+}
+
 std::string phaseWord(Phase phase)
 {
     return wordOf(kPhases, phase);
+}
+
+std::string reasonWord(ReadingReason reason)
+{
+    return wordOf(kReasons, reason);
+}
+
+ReadingReason reasonOf(const std::string& word)
+{
+    for (const auto& [reason, text] : kReasons) {
+        if (word == text) {
+            return reason;
+        }
+    }
+    return ReadingReason::None;
 }
 
 std::string State::toJson() const
@@ -128,15 +191,20 @@ std::string State::toJson() const
     root["dedup"] = {{"last", sharing.last},
                      {"seconds", sharing.seconds},
                      {"shared", sharing.shared},
-                     {"error", orNull(sharing.error)}};
+                     {"error", orNull(sharing.error)},
+                     {"paused", sharing.paused},
+                     {"waits_for", wordOf(kWaits, sharing.waitsFor)},
+                     {"running", progressOrNull(sharing.running)},
+                     {"asked_passes", sharing.askedPasses}};
     root["space"] = {{"host_free", space.hostFree},
                      {"reserve", space.reserve},
                      {"guard", space.guard},
                      {"level", wordOf(kLevels, space.level)}};
-    root["integrity"] = {{"device_errors", integrity.deviceErrors},
-                         {"unreadable_files", integrity.unreadableFiles},
-                         {"unreadable", integrity.unreadable},
-                         {"last_reading", integrity.lastReading}};
+    root["integrity"] = {
+        {"device_errors", integrity.deviceErrors},      {"unreadable_files", integrity.unreadableFiles},
+        {"unreadable", integrity.unreadable},           {"last_reading", integrity.lastReading},
+        {"settled_errors", integrity.settledErrors},    {"reading_due", reasonWord(integrity.readingDue)},
+        {"reading", progressOrNull(integrity.reading)}, {"older_image", integrity.olderImage}};
     root["readonly"] = readOnly;
     root["export"] =
         exportState ? json{{"done", exportState->done}, {"total", exportState->total}} : json(nullptr);

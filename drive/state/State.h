@@ -20,13 +20,42 @@ struct Problem {
     bool operator==(const Problem&) const = default;
 };
 
-/// The last pass of the scanner that shares repeated data.
+/// How far some long work is, in bytes.
+struct WorkProgress {
+    std::uint64_t done = 0;
+    std::uint64_t total = 0;
+
+    bool operator==(const WorkProgress&) const = default;
+};
+
+/// What the next sharing pass waits for.
+///
+/// | value   | word in the file | means                                                      |
+/// |---------|------------------|------------------------------------------------------------|
+/// | Changes | "changes"        | all is shared; something has to change first               |
+/// | Quiet   | "quiet"          | the drive has been changed a moment ago                    |
+/// | Load    | "load"           | the computer has no processor to spare                     |
+/// | Power   | "power"          | the battery has less than half of its charge               |
+/// | Resume  | "resume"         | somebody paused it                                         |
+/// | Export  | "export"         | the files are being copied away                            |
+enum class SharingWait { Changes, Quiet, Load, Power, Resume, Export };
+
+/// The scanner that shares repeated data: its last pass and what comes next.
 struct SharingState {
-    /// Seconds since the epoch of its end; 0 before the first.
+    /// Seconds since the epoch of the end of the last complete pass; 0 before the first.
     std::int64_t last = 0;
+    /// Of the last pass, complete or not.
     double seconds = 0;
     std::uint64_t shared = 0;
-    std::optional<std::string> error;
+    std::optional<std::string> error{};
+    /// Paused by a person, until resumed; also over restarts.
+    bool paused = false;
+    SharingWait waitsFor = SharingWait::Quiet;
+    /// Of the pass at work.
+    std::optional<WorkProgress> running{};
+    /// Passes that somebody asked for and that have ended since the process started, complete or not: who
+    /// waits for one sees it grow.
+    std::uint64_t askedPasses = 0;
 
     bool operator==(const SharingState&) const = default;
 };
@@ -41,15 +70,29 @@ struct SpaceState {
     bool operator==(const SpaceState&) const = default;
 };
 
+/// Why every file has to be read once before the drive may count as intact.
+enum class ReadingReason { None, CutShort, LostChanges, DeviceErrors, Superblock };
+
 /// Errors that the drive has shown while it was mounted.
 struct IntegrityState {
+    /// What the kernel has counted on this volume since it was made, and how many of them are settled: a
+    /// complete reading has found every file readable since.
     std::uint64_t deviceErrors = 0;
+    std::uint64_t settledErrors = 0;
     /// How many files could not be read in the last reading pass, and the first three of them, ready for
     /// display.
     std::uint64_t unreadableFiles = 0;
     std::vector<std::string> unreadable;
     /// Seconds since the epoch of the last complete reading pass.
     std::int64_t lastReading = 0;
+    ReadingReason readingDue = ReadingReason::None;
+    /// Of the reading pass at work.
+    std::optional<WorkProgress> reading{};
+    /// The image is older than the one that was used last, and nobody has said yet that this is meant.
+    bool olderImage = false;
+
+    /// Keeps the first three names; they are ready for display.
+    void setUnreadable(std::uint64_t files, std::vector<std::string> names);
 
     bool operator==(const IntegrityState&) const = default;
 };
@@ -95,5 +138,9 @@ struct State {
 
 /// The word in the file: "starting", "mounted", "stopping", "failed".
 [[nodiscard]] std::string phaseWord(Phase phase);
+/// "none", "cut-short", "lost-changes", "device-errors", "superblock"; also in the store's mark.
+[[nodiscard]] std::string reasonWord(ReadingReason reason);
+/// None for a word that is not known.
+[[nodiscard]] ReadingReason reasonOf(const std::string& word);
 
 } // namespace ferrobank::drive

@@ -41,6 +41,16 @@ TEST(CheckRow, peopleSeeColoursOnlyWhereTheyAreWanted)
     EXPECT_NE(kRow.passed().toText(true).find("\033[32m"), std::string::npos);
 }
 
+TEST(CheckRow, peopleAreToldCommandsAndNoWordsOfAnotherSystem)
+{
+    EXPECT_EQ(kRow.failed("No.", kRestartAdvice, "restart").toText(false),
+              "failed  Drive is mounted and writable\n        No.\n        Run: ferrobank restart");
+    EXPECT_EQ(kRow.failed("No.", "Turn on Ferrobank in the login items.", "login-items")
+                  .toText(false)
+                  .find("items"),
+              std::string::npos);
+}
+
 TEST(StatusReport, unknownFiguresAreAbsentAndLargeOnesExact)
 {
     StatusReport report;
@@ -55,16 +65,6 @@ TEST(StatusReport, unknownFiguresAreAbsentAndLargeOnesExact)
               R"({"installed":false,"mounted":false,"mountpoint":"/home/u/Ferrobank",)"
               R"("saved":18446744073709551615,"attach_error":"Words.","update_pending":true,)"
               R"("log":"/log"})");
-}
-
-TEST(StatusReport, peopleReadWordsAndDashes)
-{
-    StatusReport report;
-    report.mountpoint = "/home/u/Ferrobank";
-    EXPECT_NE(report.toText().find("not set up"), std::string::npos);
-    EXPECT_NE(report.toText().find("\u2014"), std::string::npos);
-    report.installed = report.mounted = true;
-    EXPECT_NE(report.toText().find("mounted at /home/u/Ferrobank"), std::string::npos);
 }
 
 TEST(ProgressBar, showsShareAndSizesAndNeverOverflows)

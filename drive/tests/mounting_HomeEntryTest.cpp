@@ -1,9 +1,11 @@
 #include "mounting/HomeEntry.h"
+#include "mounting/MountHelper.h"
 #include "platform/Failure.h"
 #include "testing/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <fstream>
 
@@ -43,6 +45,20 @@ TEST_F(HomeEntryTest, linkAndEmptyFolderGiveWayToEachOther)
     EXPECT_EQ(entry.kind(), HomeEntry::Kind::EmptyFolder);
     entry.becomeLinkTo("/run/media/u/Ferrobank");
     EXPECT_EQ(entry.kind(), HomeEntry::Kind::OwnLink);
+}
+
+TEST_F(HomeEntryTest, placeOfTheMountHelperIsOurOwnToo)
+{
+    const std::filesystem::path place = helperMountPoint(::geteuid());
+    entry.becomeMountPoint();
+    entry.becomeLinkTo(place);
+    EXPECT_EQ(entry.kind(), HomeEntry::Kind::OwnLink);
+    entry.becomeLinkTo("/media/u/Ferrobank");
+    entry.becomeLinkTo(place);
+    EXPECT_EQ(std::filesystem::read_symlink(path), place);
+    std::filesystem::remove(path);
+    std::filesystem::create_symlink("/run/ferrobank/4242/Ferrobank", path);
+    EXPECT_EQ(entry.kind(), HomeEntry::Kind::Foreign) << "another user's";
 }
 
 TEST_F(HomeEntryTest, foreignThingsAreRefusedAndStay)

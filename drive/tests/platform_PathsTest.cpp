@@ -1,7 +1,9 @@
 #include "platform/Failure.h"
 #include "platform/Paths.h"
+#include "testing/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdlib>
 
@@ -33,6 +35,18 @@ TEST(Paths, relativeVariablesAreIgnored)
     EXPECT_EQ(paths.home, "/home/u");
     EXPECT_EQ(paths.runtime, "/home/u/.cache/ferrobank/run-" + bootId());
     EXPECT_EQ(paths.autostartEntry.parent_path(), "/etc/own/autostart");
+}
+
+TEST(Paths, rootDoesNotWorkInTheHomeOfAnotherUser)
+{
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "this needs root";
+    }
+    const TemporaryFolder folder;
+    ::setenv("HOME", folder.path().c_str(), 1);
+    EXPECT_NO_THROW(static_cast<void>(Paths::fromEnvironment()));
+    ASSERT_EQ(::chown(folder.path().c_str(), 64321, 0), 0);
+    EXPECT_THROW(static_cast<void>(Paths::fromEnvironment()), Failure);
 }
 
 } // namespace

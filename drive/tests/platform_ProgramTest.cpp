@@ -1,4 +1,5 @@
 #include "platform/FileDescriptor.h"
+#include "platform/FileLock.h"
 #include "platform/Files.h"
 #include "platform/Program.h"
 #include "testing/DriveHost.h"
@@ -6,11 +7,15 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
+#include <thread>
 
 namespace ferrobank::drive::testing {
 namespace {
@@ -51,6 +56,57 @@ TEST(Program, argumentsAreNotTouchedByAnyShell)
 {
     EXPECT_EQ(runSystemProgram("echo", {"a b", "$HOME", "'"}, std::chrono::seconds(10)).output,
               "a b $HOME '\n");
+}
+
+TEST(Program, inputIsHandedOnAndStaysOpenWhileTheProgramRuns)
+{
+    const TemporaryFolder folder;
+    const std::filesystem::path path = folder.path() / "lock";
+    std::optional<FileLock> lock = FileLock::tryTake(path);
+    ASSERT_TRUE(lock);
+    // The program lets go of its outputs but goes on, as one that root runs would; our own descriptor is
+    // closed.
+    const ProgramOutcome outcome =
+        runSystemProgram("sh", {"-c", "readlink /proc/self/fd/0; exec 3<&0; sleep 1 <&3 >&- 2>&- & exit 0"},
+                         std::chrono::seconds(10), lock->descriptor());
+    EXPECT_EQ(outcome.output, path.string() + "\n");
+    lock.reset();
+    EXPECT_FALSE(FileLock::tryTake(path)) << "the lock is still the program's";
+    while (!FileLock::tryTake(path)) {
+        ::poll(nullptr, 0, 5);
+    }
+}
+
+TEST(Program, oneThatOnlyRootMayEndIsNotWaitedForWithoutALimit)
+{
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "a program that this user may not end needs root";
+    }
+    const TemporaryFolder folder;
+    const std::filesystem::path started = folder.path() / "started";
+    const std::filesystem::path number = folder.path() / "number";
+    ASSERT_EQ(::mkfifo(started.c_str(), 0600), 0);
+    const auto start = std::chrono::steady_clock::now();
+    const pid_t user = ::fork();
+    if (user == 0) {
+        // Once root's program runs, this process is an ordinary user's, as that of somebody who called
+        // pkexec.
+        std::thread becomeOrdinary([&] {
+            replaceFile(number, readSmallFile(started).value_or(std::string()));
+            EXPECT_EQ(::setresuid(65534, 65534, 65534), 0);
+        });
+        const ProgramOutcome outcome = runSystemProgram(
+            "sh", {"-c", "echo $$ >\"$0\"; exec sleep 60", started.string()}, std::chrono::seconds(1));
+        becomeOrdinary.join();
+        ::_exit(outcome.end == ProgramOutcome::End::TimedOut && ::geteuid() == 65534 ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(user, &status, 0), user);
+    EXPECT_EQ(status, 0);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(40));
+    const pid_t program = std::stoi(readSmallFile(number).value_or("0"));
+    ASSERT_GT(program, 0);
+    ::kill(program, SIGKILL);
 }
 
 TEST(Program, isNotLookedForInTheCallersOwnFolders)

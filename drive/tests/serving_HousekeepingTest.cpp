@@ -56,7 +56,7 @@ protected:
             }
             return mayWalk(last, generation);
         };
-        pace.quietSeconds = 0;
+        pace.quietSeconds = quietSeconds;
         const FileDescriptor folder(::open(root().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         housekeeping = std::make_unique<Housekeeping>(paths, Log(paths.log), root(),
                                                       volumeState(folder.get())->uuid, memory, pace, mailbox);
@@ -91,10 +91,20 @@ protected:
         ASSERT_TRUE(becomes([&] { return state.volumeUsed != before; }));
     }
 
+    /// The same without the hour.
+    void letItWalk()
+    {
+        const std::optional<std::uint64_t> before = state.volumeUsed;
+        writeFile(root() / ("more" + std::to_string(monotonic.load().count())), plainBytes(50'000, 7));
+        ASSERT_EQ(runProgram({"sync", "-f", root().string()}), 0);
+        ASSERT_TRUE(becomes([&] { return state.volumeUsed != before; }));
+    }
+
     Paths paths;
     std::atomic<std::int64_t> wall = kToday;
     std::atomic<std::chrono::nanoseconds> monotonic{1h};
     std::atomic<double> load = 0;
+    std::int64_t quietSeconds = 0;
     std::atomic<int> looksThatFail = 0;
     HousekeepingMemory memory;
     Mailbox mailbox;
@@ -132,7 +142,7 @@ TEST_F(HousekeepingTest, clockThatIsSetBackPutsNoPassOff)
     memory.lastReading = kToday + 3650 * kDay;
     start();
     ASSERT_TRUE(becomesInTime([&] { return state.sharing.last == kToday; }))
-        << "without waiting for a quiet drive";
+        << "however far in the future the last one lies";
     ASSERT_TRUE(becomesInTime([&] { return state.integrity.lastReading == kToday; }));
     EXPECT_TRUE(shares("a", "b"));
 }
@@ -163,16 +173,106 @@ TEST_F(HousekeepingTest, newDriveIsReadAWeekLater)
     EXPECT_TRUE(becomesInTime([&] { return state.integrity.lastReading == kToday + 8 * kDay; }));
 }
 
-TEST_F(HousekeepingTest, busyComputerIsLeftAloneHoweverLongAgoThePassWas)
+TEST_F(HousekeepingTest, busyComputerIsLeftAloneUntilThePassIsLongOverdue)
 {
     load = 2.5;
     memory.lastSharing = kToday - 30 * kDay;
     start();
-    ASSERT_TRUE(becomes([&] { return state.volumeUsed.has_value(); }));
-    letItLook();
+    ASSERT_TRUE(becomes([&] { return state.sharing.waitsFor == SharingWait::Load; }));
+    monotonic = monotonic.load() + 59min;
+    letItWalk();
     EXPECT_EQ(state.sharing.last, 0);
-    load = 0.1;
+    monotonic = monotonic.load() + 4h;
     EXPECT_TRUE(becomes([&] { return state.sharing.last == kToday; }));
+}
+
+TEST_F(HousekeepingTest, driveThatIsWrittenEverySecondGetsItsFirstPassAndOthersAfterIt)
+{
+    memory.lastSharing = 0;
+    start();
+    int second = 0;
+    // Each look sees a drive that was changed just now.
+    const auto writeOn = [&] {
+        writeFile(root() / "log", std::to_string(++second));
+        return runProgram({"sync", "-f", root().string()}) == 0;
+    };
+    ASSERT_TRUE(writeOn());
+    ASSERT_TRUE(becomes([&] { return state.volumeUsed.has_value(); }));
+    const auto begin = monotonic.load();
+    const auto passComes = [&](std::chrono::seconds step) {
+        return waitUntil([&] {
+            mailbox.applyTo(state);
+            writeOn();
+            wall = wall.load() + step.count();
+            monotonic = monotonic.load() + step;
+            return state.sharing.last != 0 && !state.sharing.running;
+        });
+    };
+    ASSERT_TRUE(passComes(20s)) << "no pass in " << (monotonic.load() - begin).count() / 1'000'000'000
+                                << " s";
+    EXPECT_TRUE(shares("a", "b"));
+    EXPECT_GE(monotonic.load() - begin, 10min) << "a quiet moment is waited for at first";
+
+    writeFile(root() / "c", plainBytes(100'000, 1));
+    state.sharing.last = 0;
+    ASSERT_TRUE(passComes(100s));
+    EXPECT_TRUE(waitUntil([&] { return shares("a", "c"); }));
+}
+
+TEST_F(HousekeepingTest, passThatIsAskedForWaitsForNothing)
+{
+    load = 2.5;
+    start();
+    ASSERT_TRUE(becomes([&] { return state.sharing.waitsFor == SharingWait::Load; }));
+    housekeeping->holdSharing(Housekeeping::Held::Yes);
+    ASSERT_TRUE(becomes([&] { return state.sharing.waitsFor == SharingWait::Resume; }));
+    housekeeping->shareNow();
+    ASSERT_TRUE(becomes([&] { return state.sharing.askedPasses == 1; }));
+    EXPECT_TRUE(shares("a", "b"));
+    EXPECT_GT(state.sharing.shared, 0U);
+    EXPECT_FALSE(state.sharing.running);
+}
+
+TEST_F(HousekeepingTest, heldSharingWaitsUntilItIsResumed)
+{
+    memory.held = true;
+    start();
+    ASSERT_TRUE(becomesInTime([&] { return state.sharing.waitsFor == SharingWait::Resume; }));
+    monotonic = monotonic.load() + 48h;
+    letItWalk();
+    EXPECT_EQ(state.sharing.last, 0);
+    housekeeping->holdSharing(Housekeeping::Held::No);
+    EXPECT_TRUE(becomesInTime([&] { return state.sharing.last == kToday; }));
+}
+
+TEST_F(HousekeepingTest, fileThatWasAtWorkDuringAPassIsSharedByALaterOne)
+{
+    quietSeconds = 3600;
+    memory.lastSharing = kToday - 3600;
+    start();
+    ASSERT_TRUE(becomesInTime([&] { return state.sharing.last == kToday; }));
+    EXPECT_FALSE(shares("a", "b")) << "both were written a moment ago";
+    housekeeping.reset();
+    // The same drive without any further change, an hour later.
+    quietSeconds = 0;
+    memory.lastSharing = kToday;
+    start();
+    EXPECT_TRUE(waitUntil([&] {
+        monotonic = monotonic.load() + 61s;
+        return shares("a", "b");
+    }));
+}
+
+TEST_F(HousekeepingTest, everythingIsReadAtOnceWhenThatIsDue)
+{
+    memory.readingDue = true;
+    load = 2.5;
+    start();
+    state.integrity.readingDue = ReadingReason::CutShort;
+    ASSERT_TRUE(becomes([&] { return state.integrity.readingDue == ReadingReason::None; }));
+    EXPECT_EQ(state.integrity.lastReading, kToday);
+    EXPECT_EQ(state.integrity.unreadableFiles, 0U);
+    EXPECT_FALSE(state.integrity.reading);
 }
 
 TEST_F(HousekeepingTest, pausedSharingWaitsUntilItIsAllowedAgain)

@@ -10,6 +10,7 @@ drive_test(NAME sharing_on_drive
     SOURCES
         sharing_BlocksTest.cpp
         sharing_FaultsTest.cpp
+        sharing_FolderSumsTest.cpp
         sharing_ReadingPassTest.cpp
         sharing_WholeFilesTest.cpp
         testing/ScanVolume.cpp

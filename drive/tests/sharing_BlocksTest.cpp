@@ -15,6 +15,48 @@ using testing::writeFile;
 
 using Blocks = testing::ScanVolume;
 
+TEST_F(Blocks, copiesOfTwoFilesThatHaveMuchInCommonAllShareIt)
+{
+    const std::string common = testing::randomBytes(8 * kMiB, 2);
+    for (const char* name : {"a", "b", "c"}) {
+        writeFile(root() / name, common + plainBytes(kMiB, 3));
+        writeFile(root() / (std::string("other ") + name), plainBytes(kMiB, 4) + common);
+    }
+    const auto before = inventory(root());
+    for (int pass = 0; pass < 3; ++pass) {
+        EXPECT_TRUE(scan().complete());
+    }
+    EXPECT_EQ(inventory(root()), before);
+    for (const std::string name : {"a", "b", "c"}) {
+        for (const std::uint64_t place : {std::uint64_t{0}, 4 * kMiB, 8 * kMiB - 4096}) {
+            EXPECT_TRUE(shares("a", name, place)) << name << place;
+            EXPECT_TRUE(shares("a", "other " + name, place, place + kMiB)) << name << place;
+        }
+    }
+    EXPECT_EQ(scan().bytesShared, 0U);
+}
+
+TEST_F(Blocks, blocksChangedHereAndThereCostLittleMoreThanThemselves)
+{
+    const std::string content = plainBytes(12 * kMiB, 1) + testing::randomBytes(12 * kMiB, 2);
+    writeFile(root() / "a", content);
+    const std::uint64_t alone = inUse();
+    std::string changed = content;
+    for (std::size_t place = 100 * 4096; place + 4096 < changed.size(); place += 150 * 4096) {
+        changed.replace(place, 4096, plainBytes(4096, place));
+    }
+    writeFile(root() / "b", changed);
+    const auto before = testing::inventory(root());
+    EXPECT_TRUE(scan().complete());
+    EXPECT_EQ(testing::inventory(root()), before);
+    const std::uint64_t changedBytes = 40 * 4096;
+    EXPECT_LT(inUse(), alone + changedBytes + 512 * 1024) << "the extents of the changed blocks are gone";
+    EXPECT_EQ(scan().bytesShared, 0U) << "that was all";
+    volume().unmount();
+    volume().mount();
+    EXPECT_EQ(testing::inventory(root()), before);
+}
+
 TEST_F(Blocks, insertedBlockMovesTheRestAndItIsStillShared)
 {
     const std::string content = plainBytes(16 * kMiB, 1);

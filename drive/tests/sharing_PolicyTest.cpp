@@ -19,38 +19,58 @@ ScanConditions good()
     return {0.5, 2, true, std::nullopt, Seconds{60}};
 }
 
-TEST(MayScan, quietComputerOnMainsMay)
+TEST(ScanWait, quietComputerOnMainsWaitsForNothing)
 {
-    EXPECT_TRUE(mayScan(good()));
+    EXPECT_EQ(scanWait(good()), ScanWait::Nothing);
 }
 
-TEST(MayScan, changeLessThanAMinuteAgoForbidsIt)
+TEST(ScanWait, changeAMomentAgoIsWaitedForUntilThePassIsOverdue)
 {
     ScanConditions conditions = good();
-    conditions.sinceLastChange = Seconds{59.9};
-    EXPECT_FALSE(mayScan(conditions));
+    conditions.sinceLastChange = Seconds{29.9};
+    EXPECT_EQ(scanWait(conditions), ScanWait::Quiet);
+    conditions.urgency = Urgency::Overdue;
+    EXPECT_EQ(scanWait(conditions), ScanWait::Nothing);
 }
 
-TEST(MayScan, loadOfAllCoresForbidsIt)
+TEST(ScanWait, loadOfAllCoresIsWaitedForUntilThePassIsLongOverdue)
 {
     ScanConditions conditions = good();
     conditions.load = 2;
-    EXPECT_FALSE(mayScan(conditions));
+    for (const Urgency urgency : {Urgency::None, Urgency::Overdue}) {
+        conditions.urgency = urgency;
+        EXPECT_EQ(scanWait(conditions), ScanWait::Load);
+    }
+    conditions.urgency = Urgency::LongOverdue;
+    EXPECT_EQ(scanWait(conditions), ScanWait::Nothing);
+    conditions.urgency = Urgency::None;
     conditions.load = 1.99;
-    EXPECT_TRUE(mayScan(conditions));
+    EXPECT_EQ(scanWait(conditions), ScanWait::Nothing);
 }
 
-TEST(MayScan, onBatteryMoreThanHalfMustBeLeft)
+TEST(ScanWait, onBatteryMoreThanHalfMustBeLeftHoweverUrgentItIs)
 {
     ScanConditions conditions = good();
     conditions.onMains = false;
+    conditions.urgency = Urgency::LongOverdue;
     conditions.battery = 50;
-    EXPECT_FALSE(mayScan(conditions));
+    EXPECT_EQ(scanWait(conditions), ScanWait::Power);
     conditions.battery = 51;
-    EXPECT_TRUE(mayScan(conditions));
+    EXPECT_EQ(scanWait(conditions), ScanWait::Nothing);
     conditions.battery = 5;
     conditions.onMains = true;
-    EXPECT_TRUE(mayScan(conditions));
+    EXPECT_EQ(scanWait(conditions), ScanWait::Nothing);
+}
+
+TEST(Urgency, growsWithTheTimeThatSomethingWaitsAndFirstForTheFirstPass)
+{
+    constexpr Seconds kMinute{60};
+    EXPECT_EQ(urgencyOf(9.9 * kMinute, FirstPass::Yes, LastPassOld::No), Urgency::None);
+    EXPECT_EQ(urgencyOf(10 * kMinute, FirstPass::Yes, LastPassOld::No), Urgency::Overdue);
+    EXPECT_EQ(urgencyOf(59.9 * kMinute, FirstPass::No, LastPassOld::Yes), Urgency::None);
+    EXPECT_EQ(urgencyOf(60 * kMinute, FirstPass::No, LastPassOld::No), Urgency::Overdue);
+    EXPECT_EQ(urgencyOf(60 * kMinute, FirstPass::No, LastPassOld::Yes), Urgency::LongOverdue);
+    EXPECT_EQ(urgencyOf(240 * kMinute, FirstPass::Yes, LastPassOld::No), Urgency::LongOverdue);
 }
 
 TEST(CurrentConditions, areReadFromTheKernelsFiles)

@@ -74,11 +74,39 @@ TEST_F(WholeFiles, sizesThatOccurOnceAreNotRead)
     EXPECT_EQ(scan().filesHashed, 0U);
 }
 
-TEST_F(WholeFiles, filesBelowFourKilobytesAreLeftAlone)
+TEST_F(WholeFiles, filesBelowFourKilobytesThatTakeABlockAreShared)
 {
-    writeFile(root() / "a", randomBytes(4095, 1));
-    writeFile(root() / "b", randomBytes(4095, 1));
+    for (const char* name : {"a", "b", "c"}) {
+        writeFile(root() / name, randomBytes(3001, 1));
+    }
+    const auto before = inventory(root());
+    const std::uint64_t taken = inUse();
+    const SharingResult result = scan();
+    EXPECT_EQ(result.filesShared, 2U);
+    EXPECT_EQ(result.filesRefused, 0U);
+    EXPECT_TRUE(shares("a", "b"));
+    EXPECT_TRUE(shares("a", "c"));
+    EXPECT_EQ(inventory(root()), before);
+    EXPECT_LE(inUse() + 8192, taken);
+    EXPECT_EQ(scan().bytesShared, 0U);
+}
+
+TEST_F(WholeFiles, filesThatLieAmongTheNamesAreLeftAlone)
+{
+    for (const char* name : {"a", "b"}) {
+        writeFile(root() / name, randomBytes(1500, 1));
+        writeFile(root() / (std::string(name) + "-empty"), "");
+    }
     EXPECT_EQ(scan().filesLookedAt, 0U);
+    for (const char* name : {"c", "d"}) {
+        writeFile(root() / name, std::string(3900, name[0]));
+        writeFile(root() / (std::string("same-") + name), std::string(3900, 'x'));
+    }
+    for (int pass = 0; pass < 2; ++pass) {
+        const SharingResult result = scan();
+        EXPECT_EQ(result.filesHashed, 0U) << "compressed they are small enough";
+        EXPECT_EQ(result.bytesShared, 0U);
+    }
 }
 
 TEST_F(WholeFiles, filesChangedAMomentAgoAreLeftAlone)

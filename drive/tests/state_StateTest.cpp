@@ -30,9 +30,23 @@ State sample()
     state.backEnd = "udisks";
     state.attachError = Problem{.code = "busy", .text = "In use."};
     state.volumeUsed = std::numeric_limits<std::uint64_t>::max();
-    state.sharing = {.last = 5, .seconds = 1.5, .shared = 6, .error = "words"};
+    state.sharing = {.last = 5,
+                     .seconds = 1.5,
+                     .shared = 6,
+                     .error = "words",
+                     .paused = true,
+                     .waitsFor = SharingWait::Power,
+                     .running = WorkProgress{.done = 1, .total = 2},
+                     .askedPasses = 3};
     state.space = {.hostFree = 7, .reserve = 8, .guard = 9, .level = SpaceLevel::Critical};
-    state.integrity = {.deviceErrors = 1, .unreadableFiles = 4, .unreadable = {"a"}, .lastReading = 10};
+    state.integrity = {.deviceErrors = 1,
+                       .settledErrors = 2,
+                       .unreadableFiles = 4,
+                       .unreadable = {"a"},
+                       .lastReading = 10,
+                       .readingDue = ReadingReason::Superblock,
+                       .reading = WorkProgress{.done = 3, .total = 4},
+                       .olderImage = true};
     state.readOnly = true;
     state.exportState = ExportState{.done = 1, .total = 2};
     return state;
@@ -42,6 +56,32 @@ TEST(State, comesBackFromItsTextAsItWas)
 {
     EXPECT_EQ(State::fromJson(sample().toJson()), sample());
     EXPECT_EQ(State::fromJson(State().toJson()), State());
+}
+
+TEST(State, ofAProcessThatWasStartedBeforeAnUpdateIsUnderstood)
+{
+    std::string text = sample().toJson();
+    const auto drop = [&text](const std::string& key, const std::string& value) {
+        for (const std::string& part : {"," + key + ":" + value, key + ":" + value + ","}) {
+            if (const std::size_t at = text.find(part); at != std::string::npos) {
+                text.erase(at, part.size());
+                return;
+            }
+        }
+        FAIL() << key;
+    };
+    drop("\"paused\"", "true");
+    drop("\"waits_for\"", "\"power\"");
+    drop("\"running\"", "{\"done\":1,\"total\":2}");
+    drop("\"asked_passes\"", "3");
+    drop("\"settled_errors\"", "2");
+    drop("\"reading_due\"", "\"superblock\"");
+    drop("\"reading\"", "{\"done\":3,\"total\":4}");
+    drop("\"older_image\"", "true");
+    const std::optional<State> found = State::fromJson(text);
+    ASSERT_TRUE(found) << text;
+    EXPECT_FALSE(found->sharing.paused);
+    EXPECT_EQ(found->integrity.readingDue, ReadingReason::None);
 }
 
 TEST(State, halfAFileOrAnotherFormatIsNoState)
@@ -76,7 +116,11 @@ TEST(Figures, comeBackFromTheirFile)
                           .lastReading = 5,
                           .lastSharing = 6,
                           .unreadableFiles = 7,
-                          .unreadable = {"a", "b"}};
+                          .unreadable = {"a", "b"},
+                          .generation = 8,
+                          .sharingPaused = true,
+                          .settledErrors = 9,
+                          .olderImage = true};
     figures.write(folder.path() / "figures.json");
     EXPECT_EQ(Figures::read(folder.path() / "figures.json"), figures);
 }

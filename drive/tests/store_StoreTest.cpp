@@ -96,6 +96,57 @@ TEST_F(Store, damagedStructuresAreReportedAndLogged)
     EXPECT_NE(readSmallFile(paths.log).value_or("").find("btrfs check ended with"), std::string::npos);
 }
 
+TEST_F(Store, everyCopyOfTheSuperblockIsReadAndOneWrongByteIsNoticed)
+{
+    createStore(paths, log);
+    const auto first = readWholeSuperblock(paths.image, 0);
+    ASSERT_TRUE(first);
+    for (const std::size_t copy : {1U, 2U}) {
+        if (std::filesystem::file_size(paths.image) > kSuperblockPlaces[copy]) {
+            const auto found = readWholeSuperblock(paths.image, copy);
+            ASSERT_TRUE(found) << copy;
+            EXPECT_EQ(found->uuid, first->uuid);
+            EXPECT_EQ(found->generation, first->generation);
+        }
+    }
+    std::fstream image(paths.image, std::ios::in | std::ios::out | std::ios::binary);
+    image.seekp(static_cast<std::streamoff>(kSuperblockPlaces[0] + 0x800));
+    image.put('x');
+    image.close();
+    EXPECT_FALSE(readWholeSuperblock(paths.image, 0));
+    EXPECT_TRUE(readSuperblock(paths.image)) << "its facts can still be told";
+    EXPECT_EQ(examineStore(paths), StoreState::FirstSuperblockDamaged);
+    ASSERT_TRUE(bestMirror(paths.image));
+    restoreSuperblock(paths, log);
+    EXPECT_EQ(examineStore(paths), StoreState::Sound);
+    EXPECT_EQ(readSmallFile(paths.readingDue), "superblock");
+    EXPECT_TRUE(std::filesystem::exists(paths.image.string() + ".superblock-damaged"));
+}
+
+TEST_F(Store, cutShortImageLeavesWordThatEverythingHasToBeRead)
+{
+    createStore(paths, log);
+    std::filesystem::resize_file(paths.image, std::filesystem::file_size(paths.image) / 2);
+    restoreLength(paths, log);
+    EXPECT_EQ(readSmallFile(paths.readingDue), "cut-short");
+}
+
+TEST(StoreIdentity, isTheSameOlderOrAnother)
+{
+    const Superblock found{.uuid = "a", .totalBytes = 1, .generation = 10};
+    EXPECT_EQ(compareIdentity("", 99, found), StoreIdentity::Same) << "nothing was recorded";
+    EXPECT_EQ(compareIdentity("a", 0, found), StoreIdentity::Same);
+    EXPECT_EQ(compareIdentity("a", 12, found), StoreIdentity::Same) << "a crash leaves it so";
+    EXPECT_EQ(compareIdentity("a", 13, found), StoreIdentity::Older);
+    EXPECT_EQ(compareIdentity("b", 1, found), StoreIdentity::Other);
+}
+
+TEST(ReadOnlyHost, isAskedOfTheNearestFolderThatIsThere)
+{
+    const TemporaryFolder folder;
+    EXPECT_FALSE(isReadOnlyHost(folder.path() / "not there/at all"));
+}
+
 TEST(NetworkFileSystem, remoteKindsAreToldFromLocalOnes)
 {
     EXPECT_TRUE(isNetworkFileSystem(0x6969));

@@ -30,6 +30,20 @@ class LinkPlacementTest : public QObject {
 
 private Q_SLOTS:
 
+    void onlyWhatNobodyButRootCanChangeIsRoots()
+    {
+        QVERIFY(isOnlyRootsToWrite("/usr"));
+        QVERIFY(isOnlyRootsToPlaceIn("/usr"));
+        QVERIFY(!isOnlyRootsToWrite("usr"));
+        QVERIFY(!isOnlyRootsToPlaceIn("usr"));
+        QVERIFY(!isOnlyRootsToWrite("/no/such/file"));
+        QVERIFY(!isOnlyRootsToPlaceIn("/no/such/folder"));
+        QVERIFY2(!isOnlyRootsToWrite("/proc/self/exe"), "a link may lead elsewhere tomorrow");
+        const QTemporaryDir folder; // in a folder that is everybody's
+        QVERIFY(!isOnlyRootsToWrite(folder.path().toStdString()));
+        QVERIFY(!isOnlyRootsToPlaceIn(folder.path().toStdString()));
+    }
+
     void textOfTheLinkIsReadWithoutFollowingIt()
     {
         const QTemporaryDir folder;

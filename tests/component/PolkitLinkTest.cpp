@@ -126,8 +126,51 @@ private Q_SLOTS:
         });
         QVERIFY(QDir(path(u"bin"_s)).removeRecursively());
         QCOMPARE(make(polkit).kind, Kind::Done);
-        QCOMPARE(explained, QStringList{u"Please."_s});
+        QCOMPARE(explained.size(), 1);
+        QVERIFY(explained.first().startsWith(u"Please.\n\n"_s));
         QCOMPARE(QFile::symLinkTarget(path(u"bin/ferrobank"_s)), path(u"tool"_s));
+    }
+
+    void toolThatOthersCanChangeIsWarnedOfBeforeAnyPassword()
+    {
+        pkexecDoes("shift; exec \"$@\"");
+        PolkitLink polkit(_places);
+        QStringList explained;
+        polkit.setExplain([&](const QString& words) -> QCoro::Task<bool> {
+            explained.append(words);
+            co_return false;
+        });
+        QCOMPARE(make(polkit).kind, Kind::Cancelled);
+        QVERIFY(asked().isEmpty());
+        QVERIFY2(explained.first().contains(u"can be changed without a password"_s),
+                 qPrintable(explained.first()));
+        // A program of the system is only root's to write.
+        QCOMPARE(await(polkit.make(u"/usr/bin/env"_s, path(u"bin/ferrobank"_s), u"Please."_s)).kind,
+                 Kind::Cancelled);
+        QCOMPARE(explained.last(), u"Please."_s);
+    }
+
+    void whatAppearsWhileThePasswordIsTypedIsKept_data()
+    {
+        QTest::addColumn<bool>("linkBefore");
+        QTest::newRow("nothing was there") << false;
+        QTest::newRow("an old link was there") << true;
+    }
+
+    void whatAppearsWhileThePasswordIsTypedIsKept()
+    {
+        QFETCH(bool, linkBefore);
+        const QString link = path(u"bin/ferrobank"_s);
+        QVERIFY(!linkBefore || QFile::link(u"/old"_s, link));
+        pkexecDoes("place=\"$(dirname \"$0\")/bin/ferrobank\"; rm -f \"$place\"; echo precious >\"$place\"\n"
+                   "shift; exec \"$@\"");
+        PolkitLink polkit(_places);
+        const auto outcome = make(polkit);
+        QCOMPARE(outcome.kind, Kind::Failed);
+        QVERIFY(!outcome.message.isEmpty());
+        QFile file(link);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), QByteArray("precious\n"));
     }
 
     void systemToolsReplaceALinkButNothingElse()

@@ -3,6 +3,7 @@
 #include "support/PrivateBus.h"
 #include "support/TestProgram.h"
 
+#include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QTest>
@@ -279,6 +280,20 @@ private Q_SLOTS:
         SocketInstance first("/proc/no/such/folder");
         QCOMPARE(first.claim({}), Role::First);
         first.serve(note());
+    }
+
+    void withoutAFolderNothingIsWrittenWhereItWasStarted()
+    {
+        QTemporaryDir folder;
+        const QString before = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(folder.path()));
+        SocketInstance first(std::filesystem::path{});
+        QCOMPARE(first.claim({}), Role::First);
+        first.serve(note());
+        SocketInstance second(std::filesystem::path{});
+        QCOMPARE(second.claim({}), Role::First);
+        QVERIFY(QDir::setCurrent(before));
+        QVERIFY(QDir(folder.path()).isEmpty());
     }
 
     void filesOfTheSocketAreTheUsersAlone()

@@ -313,6 +313,50 @@ private Q_SLOTS:
         QCOMPARE(bench.updateChecks + bench.quits, 0);
     }
 
+    void whatTheMenuDoesNotOfferNowIsNotDoneForOthersEither()
+    {
+        FakeSeam seam;
+        seam.finishSetup();
+        QVERIFY(QFile::link(seam.cli.url(), seam.commandLineTool.link()));
+        Bench bench(seam);
+        const Screen before = bench.model.screen();
+        QVERIFY(!bench.menu.choose(MenuItem::SetUp, {}));
+        QVERIFY(!bench.menu.choose(MenuItem::InstallCommand, {}));
+        QVERIFY(!bench.menu.choose(MenuItem::ShowLog, {}));
+        QVERIFY(!bench.menu.choose(MenuItem::Divider, {}));
+        QVERIFY(bench.model.screen() == before);
+        QVERIFY(bench.opened.isEmpty());
+        QVERIFY(bench.menu.choose(MenuItem::RunChecks, {}));
+    }
+
+    void openIsNotOfferedBeforeSetup()
+    {
+        FakeSeam seam;
+        Bench bench(seam);
+        const Screen before = bench.model.screen();
+        QVERIFY(!bench.menu.choose(MenuItem::Open, {}));
+        QVERIFY(bench.model.screen() == before);
+        QVERIFY(bench.menu.choose(MenuItem::SetUp, {}));
+    }
+
+    void commandIsInstalledOnceHoweverOftenItIsAskedFor()
+    {
+        FakeSeam seam;
+        seam.removeLinkFolder();
+        seam.privilegedLink.answered.shut();
+        Bench bench(seam);
+        QVERIFY(bench.menu.choose(MenuItem::InstallCommand, {}));
+        QVERIFY(bench.menu.choose(MenuItem::InstallCommand, {}));
+        bench.item.click(MenuItem::InstallCommand);
+        QCOMPARE(seam.privilegedLink.requests.size(), 1);
+        seam.privilegedLink.outcome = {PrivilegedOutcome::Kind::Cancelled, {}};
+        seam.privilegedLink.answered.open();
+        seam.privilegedLink.answered.shut();
+        QVERIFY(bench.menu.choose(MenuItem::InstallCommand, {}));
+        QCOMPARE(seam.privilegedLink.requests.size(), 2);
+        seam.privilegedLink.answered.open();
+    }
+
     void installedCommandHidesItsEntry()
     {
         FakeSeam seam;

@@ -2,7 +2,10 @@
 #include "support/updates/UpdateStage.h"
 
 #include <QtCore/QDir>
+#include <QtCore/QUrl>
 #include <QtTest/QTest>
+
+#include <algorithm>
 
 using namespace ferrobank;
 using namespace Qt::StringLiterals;
@@ -73,9 +76,17 @@ private Q_SLOTS:
         QCOMPARE(stage.update().lastEvent(), u"installed"_s);
         QCOMPARE(stage.server.requests().size(), 2);
         for (const QByteArray& request : stage.server.requests()) {
-            QVERIFY(request.contains("\r\nUser-Agent: Ferrobank/1.0.0\r\n"));
-            QVERIFY(request.contains("\r\nCache-Control: no-cache\r\n"));
-            QVERIFY(!request.contains("\r\nCookie:") && !request.contains("\r\nReferer:"));
+            // The whole list: whatever is new in it has to be thought about.
+            QByteArrayList headers = request.trimmed().split('\n');
+            for (QByteArray& header : headers) {
+                header = header.trimmed();
+            }
+            QVERIFY2(headers.takeFirst().endsWith(" HTTP/1.1"), request.constData());
+            std::sort(headers.begin(), headers.end());
+            const QByteArray host = "Host: " + QUrl(stage.server.address(u"/"_s)).authority().toUtf8();
+            QCOMPARE(headers, (QByteArrayList{"Accept-Encoding: identity", "Accept-Language: *",
+                                              "Cache-Control: no-cache", "Connection: Keep-Alive", host,
+                                              "User-Agent: Ferrobank/1.0.0"}));
         }
     }
 
@@ -183,21 +194,86 @@ private Q_SLOTS:
         QCOMPARE(stage.check().lastEvent(), u"checked"_s);
     }
 
-    void updateWithoutAKeyOrAFeedOrTheMarkerIsRefused()
+    void feedWithoutAnEndIsRefused()
     {
-        for (const int change : {0, 1}) {
-            UpdateStage stage;
-            TestRelease release = stage.makeRelease(u"1.0.1"_s);
-            if (change == 0)
-                release.setFile(
-                    "Contents/Info.plist",
-                    "<plist "
-                    "version=\"1.0\"><dict><key>CFBundleVersion</key><string>1.0.1</string></dict></plist>");
-            else
-                release.removeFile("Contents/Resources/install-kind");
-            stage.publish(release);
+        UpdateStage stage;
+        stage.publishFeed(feedOf({}, kWithoutEnd));
+        QVERIFY(isHarmless(stage, stage.check(), u"feed"_s));
+    }
+
+    void feedThatEndsBeforeOneSeenIsStaleThoughItsVersionsAreTheSame()
+    {
+        UpdateStage stage;
+        stage.publish(stage.makeRelease(u"1.0.1"_s));
+        const WorkerOutcome first = stage.check();
+        const QString end = first.last()[u"validUntil"_s].toString();
+        QVERIFY(QDateTime::fromString(end, Qt::ISODate).isValid());
+        // An end in the far future is remembered as the longest that makes sense.
+        QVERIFY(QDateTime::fromString(end, Qt::ISODate) < QDateTime::currentDateTimeUtc().addDays(401));
+        QCOMPARE(stage.run(u"check"_s, {{u"validUntilSeen"_s, end}}).lastEvent(), u"checked"_s);
+        const QString later = u"2100-01-01T00:00:00Z"_s;
+        QVERIFY(isHarmless(stage, stage.run(u"check"_s, {{u"validUntilSeen"_s, later}}), u"stale"_s));
+    }
+
+    void updateThatCouldNotBeUpdatedAgainIsRefused_data()
+    {
+        QTest::addColumn<QString>("feed");
+        QTest::addColumn<QStringList>("keys");
+        QTest::addColumn<QByteArray>("marker");
+        QTest::addColumn<bool>("isGood");
+        const QString feed = u"https://example.org/feed.xml"_s;
+        const QStringList good{QString::fromStdString(SigningKey().publicBase64()),
+                               QString::fromStdString(SigningKey().publicBase64())};
+        const auto row = [&](const char* name, const QString& itsFeed, const QStringList& keys,
+                             const QByteArray& marker = "folder\n", bool isGood = false) {
+            QTest::newRow(name) << itsFeed << keys << marker << isGood;
+        };
+        row("nothing wrong", feed, good, "folder\n", true);
+        row("no feed", QString(), good);
+        row("feed without a host", u"https:///feed.xml"_s, good);
+        row("plain http", u"http://example.org/feed.xml"_s, good);
+        row("no key", feed, {});
+        row("one key", feed, {good[0]});
+        row("the same key twice", feed, {good[0], good[0]});
+        row("rubbish beside good keys", feed, {good[0], good[1], u"rubbish"_s});
+        row("a letter too few", feed, {good[0], good[1].chopped(1)});
+        row("no marker", feed, good, QByteArray());
+        row("marker of a package", feed, good, "package\n");
+    }
+
+    void updateThatCouldNotBeUpdatedAgainIsRefused()
+    {
+        QFETCH(QString, feed);
+        QFETCH(QStringList, keys);
+        QFETCH(QByteArray, marker);
+        QFETCH(bool, isGood);
+        UpdateStage stage;
+        TestRelease release = stage.makeRelease(u"1.0.1"_s);
+        release.setConfiguration(feed, keys);
+        release.removeFile("Contents/Resources/install-kind");
+        if (!marker.isEmpty())
+            release.setFile("Contents/Resources/install-kind", marker);
+        stage.publish(release);
+        if (isGood)
+            QCOMPARE(stage.update().lastEvent(), u"installed"_s);
+        else
             QVERIFY(isHarmless(stage, stage.update(), u"version"_s));
+    }
+
+    void versionOfOtherLettersIsRefused()
+    {
+        UpdateStage stage;
+        for (const QString& version :
+             {u"../../x"_s, u"2/3"_s, u"2 3"_s, u"-2"_s, u".."_s, u"2ä"_s, QString(65, u'1')})
+        {
+            TestItem item = itemWith(version, stage.server.address(u"/a"_s), 10, u"x"_s);
+            stage.publishFeed(feedOf({item}));
+            QVERIFY2(isHarmless(stage, stage.check(), u"feed"_s), qPrintable(version));
         }
+        TestRelease release = stage.makeRelease(u"1.0.1"_s);
+        release.editManifest([](Json& json) { json["version"] = "1.0.1/../../x"; });
+        stage.publish(release);
+        QVERIFY(isHarmless(stage, stage.update(), u"archive"_s));
     }
 
     void keysAreReplacedByAReleaseThatAnOldKeySignedAndCountFromThenOn()
@@ -249,13 +325,67 @@ private Q_SLOTS:
     {
         UpdateStage stage;
         stage.publish(stage.makeRelease(u"1.0.1"_s));
+        QCOMPARE(stage.check().lastEvent(), u"checked"_s);
+        // Everything behind it would be accepted: the feed is genuine, and somebody serves it.
+        PlainServer plain(signedFeed(feedOf({}), stage.key));
         ServedFile redirect;
-        redirect.location = "http://localhost:1/feed.xml";
+        redirect.location = plain.address(u"/feed.xml"_s).toUtf8();
         stage.server.serve(u"/feed.xml"_s, redirect);
         QVERIFY(isHarmless(stage, stage.check(), u"network"_s));
+        QCOMPARE(plain.connections(), 0);
         redirect.location = "file:///etc/passwd";
         stage.server.serve(u"/feed.xml"_s, redirect);
         QVERIFY(isHarmless(stage, stage.check(), u"network"_s));
+    }
+
+    void redirectWithAnEndlessBodyIsLeftAtItsHead()
+    {
+        UpdateStage stage;
+        ServedFile first;
+        first.location = "/moved.xml";
+        first.isRedirectEndless = true;
+        stage.server.serve(u"/moved.xml"_s, signedFeed(feedOf({}), stage.key));
+        stage.server.serve(u"/feed.xml"_s, first);
+        QCOMPARE(stage.check().lastEvent(), u"checked"_s);
+        QVERIFY2(stage.server.flooded() < 16 * 1024 * 1024,
+                 qPrintable(QString::number(stage.server.flooded())));
+    }
+
+    void allRedirectsTogetherHaveOneDeadline()
+    {
+        UpdateStage stage;
+        stage.server.serve(u"/4.xml"_s, signedFeed(feedOf({}), stage.key));
+        ServedFile slow;
+        slow.pause = 500; // each of them alone is in time
+        for (const int hop : {0, 1, 2, 3}) {
+            slow.location = "/" + QByteArray::number(hop + 1) + ".xml";
+            stage.server.serve(hop == 0 ? u"/feed.xml"_s : u"/%1.xml"_s.arg(hop), slow);
+        }
+        const auto checkWithin = [&stage](int milliseconds) {
+            return stage.run(u"check"_s,
+                             {{u"byUser"_s, true}, {u"stall"_s, 10'000}, {u"total"_s, milliseconds}});
+        };
+        const WorkerOutcome outcome = checkWithin(1'400);
+        QVERIFY(isHarmless(stage, outcome, u"network"_s));
+        QVERIFY(outcome.last()[u"sentence"_s].toString().contains(u"too slow"_s));
+        QCOMPARE(checkWithin(30'000).lastEvent(), u"checked"_s);
+    }
+
+    void placesInTheFeedAreThoseOfTheAddressThatTheBuildNames()
+    {
+        UpdateStage stage;
+        TestItem item = itemWith(u"1.0.1"_s, u"a.tar.zst"_s, 10, u"x"_s);
+        item.more = u"<link>page.html</link>"_s;
+        ServedFile first;
+        first.location = "/elsewhere/feed.xml";
+        stage.server.serve(u"/feed.xml"_s, first);
+        stage.server.serve(u"/elsewhere/feed.xml"_s, signedFeed(feedOf({item}), stage.key));
+        const QJsonObject offer = offerIn(stage.check());
+        QCOMPARE(offer[u"archive"_s].toString(), stage.server.address(u"/a.tar.zst"_s));
+        QCOMPARE(offer[u"link"_s].toString(), stage.server.address(u"/page.html"_s));
+        item.more = u"<link>http://example.org/page.html</link>"_s;
+        stage.server.serve(u"/elsewhere/feed.xml"_s, signedFeed(feedOf({item}), stage.key));
+        QCOMPARE(offerIn(stage.check())[u"link"_s].toString(), QString());
     }
 
     void secureRedirectsAreFollowedButNotForEver()
@@ -447,9 +577,25 @@ private Q_SLOTS:
     void archiveWithoutASecureAddressIsNotFetched()
     {
         UpdateStage stage;
-        const TestItem item = itemWith(u"1.0.1"_s, u"http://localhost:1/a"_s, 10, u"x"_s);
+        const QByteArray archive = stage.makeRelease(u"1.0.1"_s).archive();
+        PlainServer plain(archive);
+        const TestItem item = itemWith(u"1.0.1"_s, plain.address(u"/a"_s), archive.size(),
+                                       QString::fromStdString(stage.key.sign(archive)));
         stage.publishFeed(feedOf({item}));
         QVERIFY(isHarmless(stage, stage.update(), u"network"_s));
+        QCOMPARE(plain.connections(), 0);
+    }
+
+    void sizesThatNoCalculationHoldsAreRefused()
+    {
+        UpdateStage stage;
+        for (const char* length : {"9223372036854775807", "4611686018427387904", "2147483649"}) {
+            QByteArray feed = feedOf({itemWith(u"1.0.1"_s, stage.server.address(u"/a"_s), 10, u"x"_s)});
+            feed.replace("<enclosure ", QByteArray("<enclosure fb:unpackedLength=\"") + length + "\" ");
+            stage.publishFeed(feed);
+            QVERIFY2(isHarmless(stage, stage.update(), u"feed"_s), length);
+        }
+        QCOMPARE(stage.server.requestsFor("/a"), 0);
     }
 
     void scheduledCheckRespectsSkipsAndAUsersDoesNot()

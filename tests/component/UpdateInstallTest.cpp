@@ -147,16 +147,47 @@ private Q_SLOTS:
         QVERIFY2(steps > 20, qPrintable(QString::number(steps)));
     }
 
+    void powerLostAtAnyStepOfADownloadTheVersionThatWaitsIsWhole()
+    {
+        UpdateStage stage;
+        publishNext(stage);
+        const QJsonObject order{{u"offer"_s, offerOf(stage)}};
+        stage.environment[u"FAULT_POWER"_s] = u"1"_s;
+        int waited = 0;
+        const int steps = killAtEveryStep(
+            stage, u"fetch"_s, order, [&stage] { QDir(stage.staging()).removeRecursively(); },
+            [&](int) {
+                stage.environment.remove(u"FAULT_POWER"_s);
+                const bool isStaged = stage.run(u"status"_s).last().contains(u"staged"_s);
+                // What was not forced to the disk before it was said to wait would be missing here.
+                const bool isGood = !isStaged || stage.run(u"install"_s).lastEvent() == u"installed"_s;
+                const bool isWhole = stage.installedVersion() == (isStaged ? u"1.0.1"_s : u"1.0.0"_s);
+                if (isStaged) {
+                    ++waited;
+                    QDir(stage.root()).removeRecursively();
+                    stage.makeRelease(u"1.0.0"_s).installAt(stage.root());
+                }
+                stage.environment[u"FAULT_POWER"_s] = u"1"_s;
+                return isGood && isWhole;
+            });
+        QVERIFY2(steps > 20, qPrintable(QString::number(steps)));
+        QVERIFY(waited > 0);
+    }
+
     void killedAtEveryStepOfAnInstallationOneVersionIsWhole_data()
     {
         QTest::addColumn<bool>("isVersioned");
-        QTest::newRow("exchanged folders") << false;
-        QTest::newRow("versioned folders") << true;
+        QTest::addColumn<bool>("isPowerLost");
+        QTest::newRow("exchanged folders") << false << false;
+        QTest::newRow("versioned folders") << true << false;
+        QTest::newRow("exchanged folders, power lost") << false << true;
+        QTest::newRow("versioned folders, power lost") << true << true;
     }
 
     void killedAtEveryStepOfAnInstallationOneVersionIsWhole()
     {
         QFETCH(bool, isVersioned);
+        QFETCH(bool, isPowerLost);
         std::unique_ptr<UpdateStage> stage;
         int sawOld = 0;
         int sawNew = 0;
@@ -168,6 +199,8 @@ private Q_SLOTS:
             QCOMPARE(stage->fetch(offerOf(*stage)).lastEvent(), u"staged"_s);
             stage->environment[u"LD_PRELOAD"_s] = faultInjector();
             stage->environment[u"FAULT_KILL_AT"_s] = QString::number(step);
+            if (isPowerLost)
+                stage->environment[u"FAULT_POWER"_s] = u"1"_s;
             const WorkerOutcome outcome = stage->run(u"install"_s);
             stage->environment.remove(u"LD_PRELOAD"_s);
             const QString version = stage->installedVersion();
@@ -204,8 +237,10 @@ private Q_SLOTS:
         QTRY_COMPARE(startsOf(stage),
                      (QStringList{u"1.0.1 fails"_s, u"1.0.1 fails"_s, u"1.0.0 --relaunched-from 1.0.0"_s}));
         QCOMPARE(stage.installedVersion(), u"1.0.0"_s);
-        QCOMPARE(badVersionsAt(placeOf(stage)), std::vector<std::string>{"1.0.1"});
-        QVERIFY(!stage.check().last().contains(u"offer"_s));
+        QCOMPARE(timesBanned(bansAt(placeOf(stage)), "1.0.1"), 1);
+        const QJsonObject scheduled = stage.check(false).last();
+        QVERIFY(!scheduled.contains(u"offer"_s));
+        QCOMPARE(scheduled[u"reason"_s].toString(), u"takenBack"_s);
         QCOMPARE(stage.run(u"status"_s).lastEvent(), u"status"_s);
         QCOMPARE(stage.leftovers(), QStringList());
         stage.publish(stage.makeRelease(u"1.0.2"_s));
@@ -219,7 +254,8 @@ private Q_SLOTS:
         QCOMPARE(stage.update().lastEvent(), u"installed"_s);
         const InstallPlace place = placeOf(stage);
         for (const int starts : {1, 2}) {
-            std::ignore = executableToRunInstead(place, executableOf(place));
+            QVERIFY(!executableToRunInstead(place, executableOf(place)));
+            countStart(place);
             QCOMPARE(trialAt(place)->starts, starts);
             QCOMPARE(stage.installedVersion(), u"1.0.1"_s);
         }
@@ -309,18 +345,45 @@ private Q_SLOTS:
     void twoAtOnceInstallOnce()
     {
         UpdateStage stage;
-        publishNext(stage);
-        const QJsonObject offer = offerOf(stage);
+        ServedFile slow;
+        TestRelease release = stage.makeRelease(u"1.0.1"_s);
+        QByteArray noise(600'000, '\0'); // what does not get smaller takes its time on the way
+        for (qsizetype i = 0; i < noise.size(); ++i)
+            noise[i] = static_cast<char>((i * 2654435761U) >> 13);
+        release.setFile("Contents/Linux/libferrobank-window.so", noise);
+        slow.content = release.archive();
+        stage.publishArchive(u"1.0.1"_s, slow.content);
+        slow.chunkPause = 30;
+        stage.server.serve(u"/Ferrobank_1.0.1.tar.zst"_s, slow);
         QJsonObject request = stage.request();
-        request[u"offer"_s] = offer;
+        request[u"offer"_s] = offerOf(stage);
         WorkerOutcome second;
-        const WorkerOutcome first = runWorker(u"fetch"_s, request, stage.environment,
-                                              [&](QProcess&) { second = stage.fetch(offer); });
-        const QStringList ends{first.lastEvent(), second.lastEvent()};
-        QVERIFY2(ends.contains(u"staged"_s), qPrintable(ends.join(u' ')));
-        for (const WorkerOutcome& outcome : {first, second})
-            QVERIFY(outcome.lastEvent() == u"staged"_s || outcome.problem() == u"busy"_s);
-        QCOMPARE(stage.run(u"install"_s).lastEvent(), u"installed"_s);
+        bool wasUnderWay = false;
+        const WorkerOutcome first = runWorker(u"fetch"_s, request, stage.environment, [&](QProcess& worker) {
+            // The second begins once the first has told of bytes, and ends while it still downloads.
+            wasUnderWay = QTest::qWaitFor([&] { return worker.bytesAvailable() > 0; }, 30'000);
+            second = stage.fetch(request[u"offer"_s].toObject());
+            wasUnderWay = wasUnderWay && worker.state() == QProcess::Running;
+        });
+        QVERIFY(wasUnderWay);
+        QCOMPARE(first.lastEvent(), u"staged"_s);
+        QCOMPARE(second.problem(), u"busy"_s);
+        QCOMPARE(stage.server.requestsFor("/Ferrobank_1.0.1.tar.zst"), 1);
+
+        // The same for the installation: the first waits for the application to end, with both rights.
+        QProcess application;
+        application.start(u"sleep"_s, {u"60"_s});
+        QVERIFY(application.waitForStarted());
+        request[u"pid"_s] = application.processId();
+        const WorkerOutcome installed =
+            runWorker(u"install"_s, request, stage.environment, [&](QProcess& worker) {
+                QVERIFY(QTest::qWaitFor([&] { return worker.bytesAvailable() > 0; }, 30'000));
+                second = stage.run(u"install"_s);
+                application.kill();
+                application.waitForFinished();
+            });
+        QCOMPARE(installed.lastEvent(), u"installed"_s);
+        QCOMPARE(second.problem(), u"busy"_s);
         QCOMPARE(stage.run(u"install"_s).lastEvent(), u"failed"_s);
         QCOMPARE(stage.installedVersion(), u"1.0.1"_s);
     }

@@ -72,6 +72,24 @@ private Q_SLOTS:
         QCOMPARE(stage.fetch(offerOf(stage)).problem(), u"place"_s);
     }
 
+    void folderThatOthersOfItsGroupMayWriteIsNoPlace()
+    {
+        if (::geteuid() != 0)
+            QSKIP("Only root can give a folder to a group.");
+        UpdateStage stage;
+        publishNext(stage);
+        const QByteArray parent = stage.parent().toUtf8();
+        // A group of one's own, as many systems give every user one, is nobody else.
+        QCOMPARE(::chown(parent.constData(), 0, 0), 0);
+        QCOMPARE(::chmod(parent.constData(), 0775), 0);
+        QVERIFY(stage.run(u"status"_s).last()[u"place"_s].toObject()[u"mayReplace"_s].toBool());
+        QCOMPARE(::chown(parent.constData(), 0, 4242), 0);
+        QCOMPARE(::chmod(parent.constData(), 0775), 0);
+        const WorkerOutcome outcome = stage.fetch(offerOf(stage));
+        QCOMPARE(outcome.problem(), u"place"_s);
+        QVERIFY(outcome.last()[u"sentence"_s].toString().contains(u"of its group"_s));
+    }
+
     void foreignOwnerIsNoPlace()
     {
         if (::geteuid() != 0)

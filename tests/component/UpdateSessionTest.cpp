@@ -110,6 +110,21 @@ public:
     QStringList asked;
 };
 
+/// Keeps the state as the file does, as text, without the disk.
+class MemoryStates final : public UpdateStateStore {
+public:
+    [[nodiscard]] UpdateState load() const override { return readState(_text); }
+
+    bool save(const UpdateState& state) override
+    {
+        _text = stateText(state);
+        return true;
+    }
+
+private:
+    QByteArray _text;
+};
+
 QJsonObject offer(const QString& version = u"1.0.1"_s)
 {
     return {{u"version"_s, version}, {u"displayVersion"_s, version}, {u"length"_s, 100}};
@@ -156,6 +171,7 @@ struct Surroundings {
         configuration.version = u"1.0.0"_s;
         configuration.automaticChecks = automatic;
         configuration.automaticDownload = true;
+        clock.jumpWall(hours(24 * 365 * 7)); // behind the dates of the feeds below, as a clock should be
         begin();
     }
 
@@ -170,18 +186,37 @@ struct Surroundings {
             .surroundings = surroundings,
             .worker = worker,
             .clock = clock,
-            .stateFile = stateFile(),
+            .states = states,
             .quit = [this] { ++quits; },
             .isOnTrial = [this] { return isOnTrial; },
             .versionInPlace = [this] { return inPlace; },
+            .random = [this] { return random; },
         });
         session->start();
     }
 
-    [[nodiscard]] UpdateStateFile stateFile() const
+    [[nodiscard]] const MemoryStates& stateFile() const { return states; }
+
+    /// Lets time pass, and answers every command of the worker as it comes.
+    void live(std::chrono::hours span, const std::function<QJsonObject(const QString&)>& answer)
     {
-        return UpdateStateFile(folder.filePath(u"updates.json"_s).toStdString());
+        for (hours passed{0}; passed < span; passed += hours(1)) {
+            clock.advance(hours(1));
+            settle(answer);
+        }
     }
+
+    void settle(const std::function<QJsonObject(const QString&)>& answer)
+    {
+        QCoreApplication::processEvents();
+        while (answered < worker.commands.size()) {
+            const QString name = worker.commands[answered++]->name;
+            worker.tell(answer(name));
+            QCoreApplication::processEvents();
+        }
+    }
+
+    [[nodiscard]] qsizetype count(const QString& command) const { return worker.names().count(command); }
 
     void beginWithStatus(const QJsonObject& status = statusOf())
     {
@@ -205,8 +240,10 @@ struct Surroundings {
         return texts;
     }
 
-    QTemporaryDir folder;
+    MemoryStates states;
     UpdateConfiguration configuration;
+    std::uint32_t random = 1000; ///< no jitter
+    std::size_t answered = 0;
     VirtualClock clock;
     FakeWorker worker;
     SpyInterface interface;
@@ -545,15 +582,123 @@ private Q_SLOTS:
         Surroundings stage;
         stage.checkInBackground(failure(u"network"_s));
         QVERIFY(!stage.interface.isOpen && stage.surroundings.notices.isEmpty());
-        const auto checks = [&stage] { return stage.worker.names().count(u"check"_s); };
-        QCOMPARE(checks(), 1);
-        stage.clock.advance(hours(2));
-        QCOMPARE(checks(), 2);
-        stage.worker.tell(failure(u"network"_s));
+        int checks = 1;
+        for (const int pause : {1, 2, 4, 8, 16, 24, 24}) {
+            stage.clock.advance(hours(pause) - seconds(1));
+            QCOMPARE(stage.count(u"check"_s), checks);
+            stage.clock.advance(seconds(1));
+            QCOMPARE(stage.count(u"check"_s), ++checks);
+            stage.worker.tell(failure(u"network"_s));
+        }
+        QVERIFY(!stage.interface.isOpen && stage.surroundings.notices.isEmpty());
+    }
+
+    void refusedArchiveIsDownloadedDailyAndThenWeekly_data()
+    {
+        QTest::addColumn<QString>("problem");
+        for (const char* problem : {"signature", "version", "archive", "install"})
+            QTest::newRow(problem) << QString::fromLatin1(problem);
+    }
+
+    void refusedArchiveIsDownloadedDailyAndThenWeekly()
+    {
+        QFETCH(QString, problem);
+        Surroundings stage;
+        const auto answer = [&problem](const QString& command) {
+            return command == u"status"_s  ? statusOf()
+                   : command == u"check"_s ? checkedWith(offer())
+                                           : failure(problem);
+        };
+        stage.live(hours(24 * 60), answer);
+        // Three days, and then once a week for the eight that are left.
+        QVERIFY2(stage.count(u"fetch"_s) >= 10 && stage.count(u"fetch"_s) <= 13,
+                 qPrintable(QString::number(stage.count(u"fetch"_s))));
+        // The feed itself is looked at as always, so that a better archive is found at once.
+        QVERIFY(stage.count(u"check"_s) >= 58 && stage.count(u"check"_s) <= 62);
+    }
+
+    void anotherArchiveOfARefusedVersionIsTriedAtOnce()
+    {
+        Surroundings stage;
+        stage.checkInBackground(checkedWith(offer()));
+        stage.worker.tell(failure(u"signature"_s));
         stage.clock.advance(hours(1));
-        QCOMPARE(checks(), 2);
-        stage.clock.advance(hours(2));
-        QCOMPARE(checks(), 3);
+        QCOMPARE(stage.count(u"check"_s), 1);
+        stage.session->checkForUpdates();
+        stage.interface.act(UpdateAction::Cancel);
+        QJsonObject again = offer();
+        again[u"signature"_s] = u"of another archive"_s;
+        stage.clock.advance(hours(24));
+        stage.worker.tell(checkedWith(again));
+        QCOMPARE(stage.worker.names().last(), u"fetch"_s);
+    }
+
+    void downloadThatStopsOnTheWayBacksOffToADay()
+    {
+        Surroundings stage;
+        const auto answer = [](const QString& command) {
+            return command == u"status"_s  ? statusOf()
+                   : command == u"check"_s ? checkedWith(offer())
+                                           : failure(u"network"_s);
+        };
+        stage.live(hours(24 * 10), answer);
+        QVERIFY2(stage.count(u"fetch"_s) <= 15, qPrintable(QString::number(stage.count(u"fetch"_s))));
+        QVERIFY(stage.count(u"fetch"_s) >= 10);
+    }
+
+    void userMayTryARefusedUpdateAtOnce()
+    {
+        Surroundings stage;
+        stage.checkInBackground(checkedWith(offer()));
+        stage.worker.tell(failure(u"archive"_s));
+        stage.session->checkForUpdates();
+        stage.worker.tell(checkedWith(offer()));
+        stage.interface.act(UpdateAction::Install);
+        QCOMPARE(stage.worker.names().last(), u"fetch"_s);
+    }
+
+    void installationThatFailedWithNobodyToHearItIsCounted()
+    {
+        Surroundings stage;
+        stage.checkInBackground(checkedWith(offer()));
+        stage.worker.tell(kStaged);
+        stage.session->applicationQuits();
+        QCOMPARE(stage.stateFile().load().installing, u"1.0.1"_s);
+        stage.begin();
+        stage.beginWithStatus(); // the same version runs, and nothing waits any more
+        QVERIFY(stage.stateFile().load().installing.isEmpty());
+        QCOMPARE(stage.stateFile().load().failedOffers.size(), 1);
+        stage.clock.advance(hours(12));
+        stage.session->checkForUpdates();
+        stage.interface.act(UpdateAction::Cancel);
+        // One that was installed is none.
+        stage.configuration.version = stage.inPlace = u"1.0.1"_s;
+        stage.begin();
+        stage.beginWithStatus();
+        QVERIFY(stage.stateFile().load().failedOffers.isEmpty());
+    }
+
+    void wrongClockAtOneStartDoesNotStopTheChecks()
+    {
+        Surroundings stage;
+        // Four years ahead for one start, which checks and remembers when.
+        stage.clock.jumpWall(hours(24 * 365 * 4));
+        stage.begin();
+        stage.checkInBackground(checkedWith({}));
+        stage.session.reset();
+        stage.clock.jumpWall(hours(-24 * 365 * 4));
+        const auto before = stage.count(u"check"_s);
+        // Then the computer runs for some hours a day, as many do.
+        for (int day = 0; day < 4; ++day) {
+            stage.begin();
+            stage.beginWithStatus();
+            QCoreApplication::processEvents();
+            stage.clock.advance(hours(8));
+            stage.session.reset();
+            stage.clock.advance(hours(16));
+        }
+        QVERIFY2(stage.count(u"check"_s) - before >= 2,
+                 qPrintable(QString::number(stage.count(u"check"_s) - before)));
     }
 
     void failureIsShownToTheUserInWords()
@@ -666,25 +811,167 @@ private Q_SLOTS:
         found[u"phased"_s] = true;
         stage.checkInBackground(checkedWith(found));
         QCOMPARE(stage.stateFile().load().group, group);
+        stage.random = 77;
         stage.worker.tell(kStaged);
         QVERIFY(stage.stateFile().load().group != group);
     }
 
-    void twoWeeksWithoutAGenuineFeedAreTold()
+    void everyWayOfNotBeingUpdatedIsToldAfterAFortnight_data()
+    {
+        QTest::addColumn<QJsonObject>("checked");
+        QTest::addColumn<QJsonObject>("fetched");
+        QTest::addColumn<QString>("words");
+        const QJsonObject offered = checkedWith(offer());
+        QJsonObject old = checkedWith({});
+        old[u"reason"_s] = u"systemTooOld"_s;
+        old[u"latest"_s] = u"1.0.1"_s;
+        QJsonObject takenBack = old;
+        takenBack[u"reason"_s] = u"takenBack"_s;
+        const auto row = [](const char* name, const QJsonObject& checked, const QJsonObject& fetched,
+                            const QString& words) { QTest::newRow(name) << checked << fetched << words; };
+        row("no network", failure(u"network"_s), {}, u"could not look for updates"_s);
+        row("stale feed", failure(u"stale"_s), {}, u"could not be confirmed"_s);
+        row("forged feed", failure(u"signature"_s), {}, u"could not be confirmed"_s);
+        row("unreadable feed", failure(u"feed"_s), {}, u"could not be confirmed"_s);
+        row("damaged keys", failure(u"off"_s), {}, u"could not look for updates"_s);
+        row("paid by volume", {{u"event"_s, u"metered"_s}}, {}, u"paid by volume"_s);
+        row("refused archive", offered, failure(u"signature"_s), u"could not be installed"_s);
+        row("does not start", offered, failure(u"install"_s), u"could not be installed"_s);
+        row("download breaks", offered, failure(u"network"_s), u"could not be installed"_s);
+        row("full disk", offered, failure(u"space"_s), u"could not be installed"_s);
+        row("another one works", offered, failure(u"busy"_s), u"could not be installed"_s);
+        row("old system", old, {}, u"needs a newer system"_s);
+        row("taken back", takenBack, {}, u"was taken back"_s);
+    }
+
+    void everyWayOfNotBeingUpdatedIsToldAfterAFortnight()
+    {
+        QFETCH(QJsonObject, checked);
+        QFETCH(QJsonObject, fetched);
+        QFETCH(QString, words);
+        Surroundings stage; // which has never seen a genuine feed
+        const auto answer = [&](const QString& command) {
+            return command == u"status"_s ? statusOf() : command == u"check"_s ? checked : fetched;
+        };
+        stage.live(hours(24 * 14 - 2), answer);
+        QVERIFY2(stage.surroundings.notices.isEmpty(), qPrintable(stage.surroundings.notices.join(u' ')));
+        stage.live(hours(24 * 4), answer);
+        QCOMPARE(stage.surroundings.notices.size(), 1);
+        QVERIFY2(stage.surroundings.notices[0].contains(words), qPrintable(stage.surroundings.notices[0]));
+        QVERIFY(!stage.interface.isOpen);
+        stage.live(hours(24 * 9), answer);
+        QCOMPARE(stage.surroundings.notices.size(), 1); // once in a fortnight
+        stage.live(hours(24 * 8), answer);
+        QCOMPARE(stage.surroundings.notices.size(), 2);
+    }
+
+    void copyThatIsUpToDateOrOffForLongHearsNothing()
     {
         Surroundings stage;
-        stage.checkInBackground(checkedWith({}));
-        for (int day = 0; day < 13; ++day) {
-            stage.clock.advance(hours(27));
-            stage.worker.tell(failure(u"stale"_s));
-        }
-        QVERIFY(stage.surroundings.notices.size() <= 1);
-        stage.clock.advance(hours(27));
-        stage.worker.tell(failure(u"stale"_s));
-        stage.clock.advance(hours(27));
-        stage.worker.tell(failure(u"stale"_s));
+        bool isOnline = true;
+        const auto answer = [&](const QString& command) {
+            return command == u"status"_s ? statusOf() : isOnline ? checkedWith({}) : failure(u"network"_s);
+        };
+        stage.live(hours(24 * 30), answer);
+        stage.session.reset();
+        stage.clock.advance(hours(24 * 40)); // switched off
+        stage.begin();
+        isOnline = false; // the network comes a little later than the program
+        stage.live(hours(5), answer);
+        isOnline = true;
+        stage.live(hours(24 * 20), answer);
+        QVERIFY2(stage.surroundings.notices.isEmpty(), qPrintable(stage.surroundings.notices.join(u' ')));
+    }
+
+    void statusThatCannotBeHadDoesNotEndTheChecks()
+    {
+        Surroundings stage;
+        stage.beginWithStatus(failure(u"install"_s));
+        QCoreApplication::processEvents();
+        QCOMPARE(stage.worker.names().last(), u"check"_s);
+    }
+
+    void folderCopyThatCannotReplaceItselfStillTellsOfNewVersions()
+    {
+        Surroundings stage;
+        QJsonObject place{{u"mayReplace"_s, false}, {u"isFolder"_s, true}, {u"sentence"_s, u"Read-only."_s}};
+        QJsonObject found = checkedWith(offer(), false);
+        found[u"place"_s] = place;
+        stage.beginWithStatus({{u"event"_s, u"status"_s}, {u"place"_s, place}});
+        QCoreApplication::processEvents();
+        stage.worker.tell(found);
         QCOMPARE(stage.surroundings.notices.size(), 1);
-        QVERIFY(stage.surroundings.notices.first().contains(u"could not be confirmed"_s));
+        QVERIFY(stage.surroundings.notices[0].contains(u"1.0.1 is available"_s));
+        QVERIFY(!stage.worker.names().contains(u"fetch"_s));
+    }
+
+    void versionThatWasTakenBackIsToldOnceForEachFailure()
+    {
+        Surroundings stage;
+        QJsonObject status = statusOf();
+        const auto takenBack = [](int times) {
+            return QJsonObject{
+                {u"version"_s, u"1.0.1"_s}, {u"times"_s, times}, {u"until"_s, u"2026-11-29T10:00:00Z"_s}};
+        };
+        status[u"takenBack"_s] = takenBack(1);
+        stage.beginWithStatus(status);
+        QCOMPARE(stage.surroundings.notices.size(), 1);
+        QVERIFY(stage.surroundings.notices[0].contains(u"1.0.1 was taken back"_s));
+        stage.begin();
+        stage.beginWithStatus(status);
+        QCOMPARE(stage.surroundings.notices.size(), 1);
+        status[u"takenBack"_s] = takenBack(2);
+        stage.begin();
+        stage.beginWithStatus(status);
+        QCOMPARE(stage.surroundings.notices.size(), 2);
+    }
+
+    void versionThatWasTakenBackIsOfferedAgainInWords()
+    {
+        Surroundings stage;
+        QJsonObject found = offer();
+        found[u"takenBack"_s] = true;
+        stage.session->checkForUpdates();
+        stage.worker.tell(checkedWith(found));
+        QVERIFY(stage.interface.prompt.text.contains(u"did not start, and was taken back"_s));
+        QCOMPARE(stage.buttons().first(), u"Install Update"_s);
+    }
+
+    void olderVersionInThePlaceIsNoUpdate()
+    {
+        Surroundings stage;
+        stage.configuration.version = u"1.0.1"_s;
+        stage.inPlace = u"1.0.1"_s;
+        stage.begin();
+        stage.beginWithStatus();
+        stage.inPlace = u"1.0.0"_s;
+        stage.session->bundleChanged();
+        QCOMPARE(stage.surroundings.notices.size(), 1);
+        QVERIFY(!stage.surroundings.notices[0].contains(u"was updated"_s));
+        QVERIFY(stage.surroundings.notices[0].contains(u"older"_s));
+        stage.session->checkForUpdates();
+        QCOMPARE(stage.interface.prompt.headline, u"An older Ferrobank is installed"_s);
+    }
+
+    void healthIsReportedAgainUntilItIsNoted()
+    {
+        Surroundings stage(true, false);
+        stage.isOnTrial = true;
+        stage.begin();
+        stage.clock.advance(seconds(10));
+        QCOMPARE(stage.count(u"healthy"_s), 1);
+        for (const int minutes : {1, 2, 4, 8, 16, 32, 60, 60}) {
+            stage.worker.tell(failure(u"busy"_s));
+            const auto before = stage.count(u"healthy"_s);
+            stage.clock.advance(std::chrono::minutes(minutes) - seconds(1));
+            QCOMPARE(stage.count(u"healthy"_s), before);
+            stage.clock.advance(seconds(1));
+            QCOMPARE(stage.count(u"healthy"_s), before + 1);
+        }
+        stage.worker.tell({{u"event"_s, u"healthy"_s}});
+        const auto last = stage.count(u"healthy"_s);
+        stage.clock.advance(hours(5));
+        QCOMPARE(stage.count(u"healthy"_s), last);
     }
 
     void meteredConnectionOnlyDelays()

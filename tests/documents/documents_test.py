@@ -76,7 +76,7 @@ def names_of_tests():
         names.update(f"{suite}::{function}" for suite, function in found)
     for test in ROOT.glob("tests/**/*Test.cpp"):
         names.update(f"{test.stem}::{function}" for function in re.findall(r"(?m)^    void (\w+)\(\)", test.read_text()))
-    for test in ROOT.glob("tests/**/*.py"):
+    for test in [*ROOT.glob("tests/**/*.py"), *ROOT.glob("drive/tests/**/*.py")]:
         names.update(f"{test.stem}::{function}" for function in re.findall(r"def (test_\w+)", test.read_text()))
     return names
 
@@ -154,7 +154,7 @@ class Documents(unittest.TestCase):
         return tool
 
     def test_words_of_the_drive_tool_are_its_own(self):
-        text = help_of(self.drive_tool())[1] + "helper-fstab"
+        text = help_of(self.drive_tool())[1]
         for words, where in all_commands():
             if words[0] == "ferrobank" and len(words) > 1 and re.fullmatch(r"[a-z-]+", words[1]):
                 with self.subTest(where=where, word=words[1]):

@@ -5,6 +5,7 @@
 #include <QtCore/QDir>
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 #include <QtCore/QProcess>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QTest>
@@ -50,6 +51,7 @@ private Q_SLOTS:
     void brokenApplicationLibraryIsTold();
     void libraryOfTheEnvironmentIsNotLoaded();
     void bundleIsFoundThroughALink();
+    void bundleIsNeverTakenFromTheEnvironment();
     void executableThatWasReplacedWhileItRunsFindsItsBundle();
     void executableOutsideABundleFindsNothing();
     void outputThatCannotBeWrittenIsAFailure();
@@ -217,6 +219,23 @@ void HeadlessProgramTest::bundleIsFoundThroughALink()
     const CommandResult result = test::runCommand(link, {u"--service-status"_s});
     QVERIFY2(result.output.contains("\"agent\":\"not-found\""), result.output.constData());
     QVERIFY2(!result.output.contains("\"login_item\":\"not-found\""), result.output.constData());
+}
+
+void HeadlessProgramTest::bundleIsNeverTakenFromTheEnvironment()
+{
+    // Another bundle, whole, is what everything that the caller can say points to; our own lacks its tool.
+    const BundleCopy decoy(_folder->filePath(u"decoy"_s));
+    const QString folder = QFileInfo(decoy.executable()).path();
+    QVERIFY(QFileInfo::exists(decoy.driveTool()));
+    QVERIFY(QFile::remove(_bundle->driveTool()));
+    const QString script = u"cd \"$1\"; exec -a \"$2\" \"$0\" --service-status"_s;
+    const CommandResult result = test::runCommand(
+        u"env"_s,
+        {u"-i"_s, u"HOME="_s + _folder->path(), u"XDG_RUNTIME_DIR="_s + _folder->path(),
+         u"PATH="_s + folder + u':' + QFileInfo(decoy.driveTool()).path() + u":/usr/bin:/bin"_s,
+         u"_="_s + decoy.executable(), u"PWD="_s + folder, u"FERROBANK_BUNDLE="_s + folder + u"/../.."_s,
+         u"/bin/bash"_s, u"-c"_s, script, _bundle->executable(), folder, decoy.executable()});
+    QVERIFY2(result.output.contains("\"agent\":\"not-found\""), result.output.constData());
 }
 
 void HeadlessProgramTest::executableThatWasReplacedWhileItRunsFindsItsBundle()

@@ -30,7 +30,7 @@ CHECKS = [
     "Ferrobank is running",
     "Drive is mounted and writable",
     "Starts at login",
-    "Room on this Mac",
+    "Room on this computer",
     "The drive's store is sound",
     "Stored data is intact",
     "Repeated data is stored once",
@@ -251,7 +251,7 @@ class RealDrive(program.ProgramTest):
 
     def uninstall_with_a_copy(self):
         self.tray().choose("Uninstall Ferrobank…")
-        self.click("Delete the drive's data from this Mac")
+        self.click("Delete the drive's data from this computer")
         self.see("Your files will be in the folder above.")
         self.click("Uninstall", "push button")
         self.see("Ferrobank is uninstalled", limit=180)

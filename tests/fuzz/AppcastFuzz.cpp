@@ -17,7 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
         ChoiceFacts facts;
         facts.installed = "1.0";
         facts.systemNames = QStringList{QStringLiteral("linux")};
-        facts.now = QDateTime::fromMSecsSinceEpoch(1'800'000'000'000, Qt::UTC);
+        facts.now = QDateTime::fromMSecsSinceEpoch(1'800'000'000'000, QTimeZone::utc());
         const Choice choice = chooseItem(appcast.items, facts);
         if (choice.item && !choice.item->archive.isEmpty() &&
             choice.item->system != facts.systemNames.first())

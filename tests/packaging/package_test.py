@@ -153,7 +153,9 @@ class Package(unittest.TestCase):
                      "usr/share/icons/hicolor/symbolic/apps/org.ferrobank.Ferrobank-symbolic.svg",
                      "usr/share/icons/hicolor/256x256/apps/org.ferrobank.Ferrobank.png",
                      "usr/share/polkit-1/actions/org.ferrobank.Ferrobank.policy",
-                     "usr/share/polkit-1/actions/org.ferrobank.Ferrobank.fstab.policy",
+                     "usr/share/polkit-1/actions/org.ferrobank.Ferrobank.mounting.policy",
+                     "usr/share/bash-completion/completions/ferrobank", "usr/share/zsh/vendor-completions/_ferrobank",
+                     "usr/share/fish/vendor_completions.d/ferrobank.fish",
                      "usr/share/man/man1/Ferrobank.1.gz", "usr/share/man/man1/ferrobank.1.gz"):  # fmt: skip
             self.assertTrue((self.root.folder / name).exists(), name)
         contents = self.root.folder / BUNDLE[1:] / "Contents"

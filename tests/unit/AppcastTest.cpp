@@ -1,7 +1,9 @@
 #include "Platform/linux/updates/feed/Appcast.h"
 
 #include "Platform/linux/updates/UpdateFailure.h"
+#include "Platform/linux/updates/feed/Freshness.h"
 #include "Platform/linux/updates/feed/ReleaseNotes.h"
+#include "Platform/linux/updates/feed/VersionComparison.h"
 #include "support/TestProgram.h"
 
 #include <QtTest/QTest>
@@ -49,6 +51,79 @@ class AppcastTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+
+    void clockThatIsBehindDoesNotMakeAnOldFeedFresh()
+    {
+        const auto date = [](int day) { return QDateTime({2026, 6, day}, {0, 0}, Qt::UTC); };
+        Appcast feed;
+        feed.validUntil = date(10);
+        Freshness seen;
+        seen.highest = "1.0";
+        const auto isStale = [&](const QDateTime& clock) {
+            try {
+                expectFresh(feed, seen, clock);
+                return false;
+            } catch (const UpdateFailure& failure) {
+                return failure.problem() == Problem::Stale;
+            }
+        };
+        feed.items.append(AppcastItem());
+        feed.items[0].version = "1.0";
+        feed.items[0].date = date(9);
+        QVERIFY(!isStale(date(1)));
+        QVERIFY(isStale(date(11)));
+        // The same feed, shown again to somebody who has seen a later release and whose clock was set back.
+        Appcast renewed = feed;
+        renewed.items[0].date = date(20);
+        renewed.validUntil = date(25);
+        seen = freshnessOf(renewed, date(1));
+        feed.items[0].date = date(20);
+        feed.validUntil = date(19);
+        bool isRefused = false;
+        try {
+            expectFresh(feed, {}, date(1));
+        } catch (const UpdateFailure& failure) {
+            isRefused = failure.problem() == Problem::Feed;
+        }
+        QVERIFY(isRefused); // it ends before its own newest release
+        feed.validUntil = date(21);
+        QVERIFY(isStale(date(1)));
+        seen.validUntil = date(21);
+        QVERIFY(!isStale(date(1)));
+    }
+
+    void newestDateEverSeenIsPastWhateverTheClockSays()
+    {
+        const auto date = [](int day) { return QDateTime({2026, 6, day}, {0, 0}, Qt::UTC); };
+        Appcast feed;
+        feed.validUntil = date(10);
+        feed.items.append(AppcastItem());
+        feed.items[0].version = "1.0";
+        feed.items[0].date = date(9);
+        Freshness seen;
+        seen.newest = date(9);
+        expectFresh(feed, seen, date(1));
+        // The end is compared with the clock or with that date, whichever is later.
+        seen.newest = feed.validUntil->addSecs(1);
+        QVERIFY_THROWS_EXCEPTION(UpdateFailure, expectFresh(feed, seen, date(1)));
+    }
+
+    void versionsAreOfPlainLetters()
+    {
+        for (const char* good : {"1", "1.0.1", "1.0rc2", "2026.11-1", "1_0+3"})
+            QVERIFY2(isUsableVersion(good), good);
+        for (const char* bad : {"", ".", "..", ".1", "-1", "a/b", "1 0", "1\n2", "1\u00e4", "1%2e"})
+            QVERIFY2(!isUsableVersion(bad), bad);
+        QVERIFY(isUsableVersion(std::string(64, '1')));
+        QVERIFY(!isUsableVersion(std::string(65, '1')));
+    }
+
+    void pagesAreSecureOnes()
+    {
+        const QByteArray base = QByteArray("<s:version>2</s:version>") + kArchive;
+        QCOMPARE(readItem(base + "<link>http://example.org/p</link>").link, QUrl());
+        QCOMPARE(readItem(base + "<link>p.html</link>").link, QUrl(u"https://example.org/updates/p.html"_s));
+    }
 
     void everyElementOfAnItemIsRead()
     {

@@ -97,7 +97,7 @@ private Q_SLOTS:
         DiagnosticFacts given = facts();
         given.toolFailures = {{.args = {u"uninstall"_s, u"--export"_s, u"/home/anna/My Files"_s},
                                .words = u"cannot write\n  /home/anna/My Files: no space"_s,
-                               .at = QDateTime::fromSecsSinceEpoch(1'700'000'000, Qt::UTC),
+                               .at = QDateTime::fromSecsSinceEpoch(1'700'000'000, QTimeZone::utc()),
                                .times = 3}};
         QVERIFY(lines(given).contains(
             u"Tool failure: 2023-11-14 22:13:20Z uninstall --export ~/My Files (3 times): cannot write ~/My Files: no space"_s));

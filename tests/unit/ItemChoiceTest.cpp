@@ -88,8 +88,33 @@ private Q_SLOTS:
         AppcastItem package = item("2.1");
         package.package = true;
         ChoiceFacts with = facts();
-        with.badVersions = {"2.2"};
+        with.bannedVersions = {"2.2"};
         QCOMPARE(chosen({delta, package, item("2.2"), item("1.1")}, with), "1.1");
+    }
+
+    void versionThatWasTakenBackIsNotCalledTheLatestAndIsOfferedToTheUser()
+    {
+        ChoiceFacts with = facts();
+        with.bannedVersions = {"2.2"};
+        QCOMPARE(chosen({item("2.2")}, with), "");
+        QVERIFY(reason(item("2.2"), with) == NoUpdate::TakenBack);
+        with.kind = CheckKind::ByUser;
+        QCOMPARE(chosen({item("2.2")}, with), "2.2");
+        with.kind = CheckKind::Scheduled;
+        with.bannedVersions.clear();
+        QCOMPARE(chosen({item("2.2")}, with), "2.2");
+    }
+
+    void toolkitThatIsTooOldIsTold()
+    {
+        AppcastItem one = item("2.0");
+        one.minimumQt = "6.5";
+        ChoiceFacts with = facts();
+        with.qtVersion = "6.4.2";
+        QCOMPARE(chosen({one}, with), "");
+        QVERIFY(reason(one, with) == NoUpdate::SystemTooOld);
+        with.qtVersion = "6.5";
+        QCOMPARE(chosen({one}, with), "2.0");
     }
 
     void foreignChannelsAreLeftOut()

@@ -137,8 +137,19 @@ private Q_SLOTS:
         };
         for (const char* target : {"Ferrobank", "../Info.plist", "../../x", "a/b"})
             QVERIFY2(!isRefused(link(target)), target);
-        for (const char* target : {"", "/etc/passwd", "../../../x", "a/../../../../x", "a//b", "./a"})
+        for (const char* target : {"", "/etc/passwd", "../../../x", "a/../../../../x", "a//b", "./a", "a/..",
+                                   "a/b/../c", "../a/../b"})
             QVERIFY2(isRefused(link(target)), target);
+    }
+
+    void linksThatLeadOutTogetherAreRefused()
+    {
+        // One leads to the top, and the other takes a step up from there.
+        Json json = manifest();
+        json["entries"].push_back({{"path", "Contents/Linux/up"}, {"type", "link"}, {"target", "../.."}});
+        QVERIFY(!isRefused(json.dump()));
+        json["entries"].push_back({{"path", "out"}, {"type", "link"}, {"target", "Contents/Linux/up/.."}});
+        QVERIFY(isRefused(json.dump()));
     }
 
     void safePathsAreShortAndPlain()

@@ -4,6 +4,7 @@
 
 #include <QtTest/QTest>
 
+#include <limits>
 #include <string>
 #include <string_view>
 
@@ -28,7 +29,10 @@ private Q_SLOTS:
     void arrayWithSomethingElseThanTextsReadsAsNone();
     void missingKeyReadsAsNone();
     void escapedLettersAreDecoded();
-    void binaryFormIsRead();
+    void wholeNumbersAreRead();
+    void keysAndValuesComeInPairs_data();
+    void keysAndValuesComeInPairs();
+    void declaredNamesAreRefused();
     void whatIsNoDictionaryIsRefused_data();
     void whatIsNoDictionaryIsRefused();
     void missingFileIsRefused();
@@ -84,14 +88,45 @@ void PropertyListTest::escapedLettersAreDecoded()
     QVERIFY(list->text("t") == "a & ü <b>");
 }
 
-void PropertyListTest::binaryFormIsRead()
+void PropertyListTest::wholeNumbersAreRead()
 {
-    // {"t": "x"} as plutil writes it.
-    const auto bytes = QByteArray::fromHex("62706c6973743030d1010251745178080b0d000000000000"
-                                           "010100000000000000030000000000000000000000000000000f");
-    const auto list = PropertyList::parse({bytes.constData(), static_cast<std::size_t>(bytes.size())});
+    const auto list = PropertyList::parse(documentOf(
+        "<key>n</key><integer>86400</integer><key>large</key><integer>18446744073709551615</integer>"
+        "<key>less</key><integer>-1</integer><key>more</key><integer>18446744073709551616</integer>"
+        "<key>word</key><integer>7 days</integer><key>none</key><integer/>"));
     QVERIFY(list.has_value());
-    QVERIFY(list->text("t") == "x");
+    QVERIFY(list->number("n") == 86400U);
+    QVERIFY(list->number("large") == std::numeric_limits<std::uint64_t>::max());
+    QVERIFY(!list->number("less"));
+    QVERIFY(!list->number("more"));
+    QVERIFY(!list->number("word"));
+    QVERIFY(!list->number("none"));
+}
+
+void PropertyListTest::keysAndValuesComeInPairs_data()
+{
+    QTest::addColumn<QByteArray>("body");
+    QTest::newRow("a key without a value") << QByteArray("<key>a</key>");
+    QTest::newRow("two keys") << QByteArray("<key>a</key><key>b</key><true/>");
+    QTest::newRow("a value without a key") << QByteArray("<true/>");
+    QTest::newRow("a key in an array") << QByteArray("<key>a</key><array><key>b</key></array>");
+    QTest::newRow("a second root") << QByteArray("</dict><dict>");
+    QTest::newRow("deeper than anybody writes") << QByteArray(
+        "<key>a</key>" + QByteArray("<array>").repeated(40) + QByteArray("</array>").repeated(40));
+}
+
+void PropertyListTest::keysAndValuesComeInPairs()
+{
+    QFETCH(QByteArray, body);
+    QVERIFY(!PropertyList::parse(documentOf(body.toStdString())));
+}
+
+void PropertyListTest::declaredNamesAreRefused()
+{
+    const std::string document =
+        R"(<!DOCTYPE plist [<!ENTITY a "aaaa">]><plist version="1.0"><dict><key>t</key>)"
+        "<string>&a;</string></dict></plist>";
+    QVERIFY(!PropertyList::parse(document));
 }
 
 void PropertyListTest::whatIsNoDictionaryIsRefused_data()

@@ -71,6 +71,36 @@ private Q_SLOTS:
         QVERIFY(!haveSigned(TrustedKeys(), "Hello World!\n", kGood));
     }
 
+    void oneOfSeveralSignaturesIsEnough()
+    {
+        const SigningKey old;
+        const SigningKey fresh;
+        const std::string both = old.sign("text") + " " + fresh.sign("text");
+        QVERIFY(haveSigned(TrustedKeys({old.publicBase64()}), "text", both));
+        QVERIFY(haveSigned(TrustedKeys({fresh.publicBase64()}), "text", both));
+        QVERIFY(!haveSigned(TrustedKeys({SigningKey().publicBase64()}), "text", both));
+        QVERIFY(!haveSigned(TrustedKeys({old.publicBase64()}), "text", both + " rubbish"));
+        std::string many;
+        for (int i = 0; i < 5; ++i)
+            many += old.sign("text") + " ";
+        QVERIFY(!haveSigned(TrustedKeys({old.publicBase64()}), "text", many));
+
+        const QByteArray content = "<a/>";
+        const QByteArray block =
+            "<!-- sparkle-signatures:\nedSignature: " + QByteArray::fromStdString(old.sign(content)) +
+            "\nedSignature: " + QByteArray::fromStdString(fresh.sign(content)) + "\nlength: 4\n-->\n";
+        for (const SigningKey* key : {&old, &fresh})
+            QVERIFY(!isRefused(content + block, TrustedKeys({key->publicBase64()})));
+        QVERIFY(isRefused(content + block, TrustedKeys({SigningKey().publicBase64()})));
+        QVERIFY(isRefused("<b/>" + block, TrustedKeys({old.publicBase64()})));
+    }
+
+    void sameKeyTwiceIsOneKey()
+    {
+        QCOMPARE(TrustedKeys({kKey, kKey}).distinct(), 1U);
+        QCOMPARE(TrustedKeys({kKey, SigningKey().publicBase64()}).distinct(), 2U);
+    }
+
     void damagedKeyIsAnErrorAndNotOneKeyLess()
     {
         for (const char* text : {"", "AAAA", "rhHib+w769W2/6/t+oM1ZxgjBB93BfBKMLO0Qo1etQs", "%%%%"})

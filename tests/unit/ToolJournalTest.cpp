@@ -12,7 +12,7 @@ class ToolJournalTest : public QObject {
     Q_OBJECT
 
 private:
-    static QDateTime at(int seconds) { return QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC); }
+    static QDateTime at(int seconds) { return QDateTime::fromSecsSinceEpoch(seconds, QTimeZone::utc()); }
 
 private Q_SLOTS:
 

@@ -192,7 +192,7 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         const std::filesystem::path name = folder.filePath(u"a/b/updates.json"_s).toStdString();
-        const UpdateStateFile file(name);
+        UpdateStateFile file(name);
         QCOMPARE(file.load(), UpdateState());
         UpdateState state;
         state.launches = 3;
@@ -207,6 +207,14 @@ private Q_SLOTS:
         state.highestVersionSeen = u"1.2"_s;
         state.newestDateSeen = u"2026-11-20T12:00:00Z"_s;
         state.announced = u"1.2"_s;
+        state.silentSince = kNow.addDays(-3);
+        state.silentSessions = 4;
+        state.validUntilSeen = u"2027-01-20T12:00:00Z"_s;
+        state.toldTakenBack = u"1.1 1"_s;
+        state.installing = u"1.2"_s;
+        state.installingSignature = u"abc="_s;
+        state.failedOffers = {{u"1.2"_s, u"abc="_s, 2, kNow, u"It failed."_s},
+                              {u"1.1"_s, u"x"_s, 1, kNow, {}}};
         QVERIFY(file.save(state));
         QCOMPARE(file.load(), state);
         struct stat facts{};
@@ -224,11 +232,116 @@ private Q_SLOTS:
 
     void startingProgramKnowsWhatToDoAboutATrial()
     {
-        QCOMPARE(actAtStart(std::nullopt, "1.0.1"), StartAct::Run);
-        QCOMPARE(actAtStart(Trial{"1.0.1", "1.0.0", 0}, "1.0.1"), StartAct::Count);
-        QCOMPARE(actAtStart(Trial{"1.0.1", "1.0.0", 1}, "1.0.1"), StartAct::Count);
-        QCOMPARE(actAtStart(Trial{"1.0.1", "1.0.0", 2}, "1.0.1"), StartAct::TakeBack);
-        QCOMPARE(actAtStart(Trial{"1.0.1", "1.0.0", 2}, "1.0.0"), StartAct::Forget);
+        QCOMPARE(actAtStart(std::nullopt, "1.0.1", false), StartAct::Run);
+        QCOMPARE(actAtStart(Trial{"1.0.1", "1.0.0", 0}, "1.0.1", false), StartAct::Run);
+        QCOMPARE(actAtStart(Trial{"1.0.1", "1.0.0", 1}, "1.0.1", false), StartAct::Run);
+        QCOMPARE(actAtStart(Trial{"1.0.1", "1.0.0", 2}, "1.0.1", false), StartAct::TakeBack);
+        QCOMPARE(actAtStart(Trial{"1.0.1", "1.0.0", 2}, "1.0.1", true), StartAct::Run);
+        QCOMPARE(actAtStart(Trial{"1.0.1", "1.0.0", 2}, "1.0.0", false), StartAct::Forget);
+    }
+
+    void bansEndAndAreLongerEachTime()
+    {
+        constexpr std::int64_t kDay = 86'400;
+        const std::int64_t now = kNow.toSecsSinceEpoch();
+        std::vector<Ban> bans;
+        for (const int days : {7, 30, 90, 90}) {
+            bans = withFailure(bans, "1.0.1", now);
+            QCOMPARE(bans.size(), 1U);
+            QVERIFY(isInForce(bans[0], now));
+            QVERIFY(isInForce(bans[0], now + days * kDay - 1));
+            QVERIFY(!isInForce(bans[0], now + days * kDay));
+        }
+        QCOMPARE(timesBanned(bans, "1.0.1"), 4);
+        QCOMPARE(timesBanned(bans, "1.0.2"), 0);
+        QCOMPARE(readBans(bansText(bans)), bans);
+        // Noted with a clock that was years ahead.
+        bans = startedInTime(withFailure({}, "1.0.1", now + 4000 * kDay), now);
+        QVERIFY(isInForce(bans[0], now) && !isInForce(bans[0], now + 7 * kDay));
+    }
+
+    void bansOfEarlierVersionsHaveEndedAndRubbishIsNone()
+    {
+        const std::vector<Ban> old = readBans("1.0.1\n\n1.0.2 x\n");
+        QCOMPARE(old.size(), 2U);
+        for (const Ban& ban : old)
+            QVERIFY(!isInForce(ban, kNow.toSecsSinceEpoch()));
+        for (const char* text : {"1 2", "1 -5 -7", "1 9999999999999999999 1", "1 1 9223372036854775807"}) {
+            for (const Ban& ban : readBans(text))
+                QVERIFY2(ban.times >= 1 && ban.since >= 0 && endOf(ban) >= ban.since, text);
+        }
+    }
+
+    void timesInTheFutureAreBroughtBackAndThatIsToBeSaved()
+    {
+        UpdateState state;
+        QVERIFY(!endAtNow(state, kNow));
+        state.lastCheck = kNow.addYears(4);
+        state.lastGenuine = kNow.addDays(-1);
+        state.silentSince = kNow.addDays(3);
+        state.failedOffers = {{u"2"_s, u"s"_s, 1, kNow.addYears(1), {}}};
+        QVERIFY(endAtNow(state, kNow));
+        QCOMPARE(state.lastCheck, kNow);
+        QCOMPARE(state.lastGenuine, kNow.addDays(-1));
+        QCOMPARE(state.silentSince, kNow);
+        QCOMPARE(state.failedOffers[0].last, kNow);
+        QVERIFY(!endAtNow(state, kNow));
+    }
+
+    void clockThatIsBehindIsLookedAtAgainSoon()
+    {
+        ScheduleFacts facts = checkedHoursAgo(0);
+        facts.clockIsBehind = true;
+        QCOMPARE(untilNextCheck(facts), hours(1));
+    }
+
+    void refusedOfferIsTriedDailyAndThenWeekly()
+    {
+        Offer offer;
+        offer.version = u"2"_s;
+        offer.signature = u"one"_s;
+        Offer other = offer;
+        other.signature = u"two"_s;
+        UpdateState state;
+        QDateTime now = kNow;
+        int hoursBetween = 22;
+        for (int attempt = 1; attempt <= 6; ++attempt) {
+            QVERIFY(mayFetch(state, offer, now));
+            noteRefusal(state, offer, now, u"why"_s);
+            QCOMPARE(refusalOf(state, offer)->attempts, attempt);
+            hoursBetween = attempt <= 3 ? 22 : 7 * 24;
+            QVERIFY(!mayFetch(state, offer, now.addSecs(qint64{3600} * (hoursBetween * 8 / 10))));
+            now = now.addSecs(qint64{3600} * hoursBetween);
+        }
+        QVERIFY(mayFetch(state, other, kNow));
+        for (int i = 0; i < 20; ++i) {
+            offer.version = QString::number(i);
+            noteRefusal(state, offer, now, {});
+        }
+        QCOMPARE(state.failedOffers.size(), UpdateState::kMostFailedOffers);
+    }
+
+    void onlyFailuresOfTheOfferItselfAreRefusals()
+    {
+        for (const Problem one :
+             {Problem::Signature, Problem::Version, Problem::Archive, Problem::Install, Problem::Feed})
+            QVERIFY(isRefusal(one));
+        for (const Problem one :
+             {Problem::Network, Problem::Space, Problem::Busy, Problem::Place, Problem::Off, Problem::Stale})
+            QVERIFY(!isRefusal(one));
+    }
+
+    void silenceIsAFortnightOfSessionsThatCameToNothing()
+    {
+        UpdateState state;
+        QVERIFY(!countsAsSilence(state, kNow));
+        QVERIFY(!countsAsSilence(state, kNow.addDays(13)));
+        QVERIFY(countsAsSilence(state, kNow.addDays(14)));
+        QVERIFY(!countsAsSilence(state, kNow.addDays(15)));
+        endSilence(state);
+        // A computer that was off for a month is not a silence.
+        QVERIFY(!countsAsSilence(state, kNow));
+        QVERIFY(!countsAsSilence(state, kNow.addDays(30)));
     }
 
     void trialSurvivesItsText()

@@ -135,8 +135,9 @@ bool FerrobankApp::carryOut(const InstanceRequest& request)
         return true;
     }
     const std::optional<MenuItem> item = menuItemFromAction(request.action);
-    if (item) {
-        _menu->choose(*item, request.activationToken);
+    if (item && !_menu->choose(*item, request.activationToken)) {
+        // A starter shows its actions at all times; where one is of no use now, the window says what is.
+        openWindow(request.activationToken);
     }
     return item.has_value();
 }

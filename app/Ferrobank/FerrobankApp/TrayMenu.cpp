@@ -7,6 +7,7 @@
 #include "Platform/SystemChanges.h"
 #include "Platform/Workspace.h"
 
+#include <algorithm>
 #include <exception>
 #include <utility>
 
@@ -32,7 +33,26 @@ TrayMenu::TrayMenu(TrayMenuCollaborators collaborators, QObject* parent)
     update(Read::Everything);
 }
 
-void TrayMenu::choose(MenuItem item, const QString& activationToken)
+bool TrayMenu::choose(MenuItem item, const QString& activationToken)
+{
+    if (!offers(item)) {
+        return false;
+    }
+    carryOut(item, activationToken);
+    return true;
+}
+
+bool TrayMenu::offers(MenuItem item)
+{
+    update(Read::Everything);
+    const QList<MenuEntry> entries = menuContent(*_facts);
+    return std::any_of(entries.begin(), entries.end(), [item](const MenuEntry& entry) {
+        return entry.id == static_cast<int>(item) &&
+               (entry.kind == MenuEntry::Kind::Button || entry.kind == MenuEntry::Kind::Toggle);
+    });
+}
+
+void TrayMenu::carryOut(MenuItem item, const QString& activationToken)
 {
     AppModel& model = _with.model;
     _activationToken = activationToken;
@@ -49,7 +69,11 @@ void TrayMenu::choose(MenuItem item, const QString& activationToken)
         openWindowAt(Screen::onboarding(Screen::Welcome), activationToken);
         return;
     case MenuItem::InstallCommand:
-        spawn(this, installCommand());
+        // Its prompt may be open still; a second one would be put over the first.
+        if (!_installingCommand) {
+            _installingCommand = true;
+            spawn(this, installCommand());
+        }
         return;
     case MenuItem::CheckForUpdates:
         _with.checkForUpdates();
@@ -121,6 +145,7 @@ QCoro::Task<> TrayMenu::installCommand()
     if (life.isCut()) {
         co_return;
     }
+    _installingCommand = false;
     update(Read::Everything);
     if (!failure.isEmpty()) {
         _with.showAlert(failure);

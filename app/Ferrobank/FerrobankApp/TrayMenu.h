@@ -44,8 +44,9 @@ class TrayMenu : public QObject {
 public:
     explicit TrayMenu(TrayMenuCollaborators collaborators, QObject* parent = nullptr);
 
-    /// Carries out an entry as if it had been chosen in the menu. Text and dividers do nothing.
-    void choose(MenuItem item, const QString& activationToken);
+    /// Carries out an entry that was chosen in the menu, or by another program by its name. Nothing, and
+    /// false, unless it is a button of the menu as the facts are now: who cannot see the menu cannot know.
+    bool choose(MenuItem item, const QString& activationToken);
 
     /// The token of the last choice that opened no window of ours, once: another program's window may need
     /// it.
@@ -58,6 +59,8 @@ private:
     };
 
     void update(Read read);
+    [[nodiscard]] bool offers(MenuItem item);
+    void carryOut(MenuItem item, const QString& activationToken);
     void openWindowAt(const Screen& screen, const QString& activationToken);
     void showLog();
     QCoro::Task<> installCommand();
@@ -65,6 +68,7 @@ private:
     TrayMenuCollaborators _with;
     std::optional<MenuFacts> _facts; ///< of the menu as it is; absent until there is one
     QString _activationToken;
+    bool _installingCommand = false;
     Lifeline _lifeline;
 };
 

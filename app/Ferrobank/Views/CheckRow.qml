@@ -112,7 +112,7 @@ Item {
         objectName: "rowFix"
         anchors.right: parent.right
         y: Math.round(row.firstLine - height / 2)
-        visible: row.hasAction && row.offersFixes
+        visible: row.hasAction && row.offersFixes && text !== ""
         compact: true
         width: Math.max(implicitWidth, row.fixWidth)
         text: CheckRowStyle.fixTitle(row.action)

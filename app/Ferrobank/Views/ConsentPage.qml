@@ -37,7 +37,9 @@ Page {
         }
 
         Panel {
+            objectName: "notices"
             width: parent.width
+            visible: loginItem.visible || network.visible || password.visible
             height: notices.height + 32
 
             Column {
@@ -54,21 +56,30 @@ Page {
                     font: Theme.bodyMedium
                 }
 
+                // What a system does not show has no words there.
                 Notice {
+                    id: loginItem
+
                     objectName: "noticeLoginItem"
                     width: parent.width
+                    visible: text !== ""
                     symbol: "bell.badge"
                     text: qsTr("A “Login Item Added” notification. That is Ferrobank registering so your drive mounts when you log in. Nothing to do.")
                 }
 
                 Notice {
+                    id: network
+
                     objectName: "noticeNetwork"
                     width: parent.width
+                    visible: text !== ""
                     symbol: "network"
                     text: qsTr("A prompt asking whether Ferrobank may access files on a network volume. Your drive is served from this Mac over a private connection that never leaves it. Click Allow.")
                 }
 
                 Notice {
+                    id: password
+
                     objectName: "noticePassword"
                     width: parent.width
                     visible: page.presenter.installCLI

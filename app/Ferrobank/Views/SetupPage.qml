@@ -26,7 +26,7 @@ Page {
         },
         PushButton {
             objectName: "openPrivacySettings"
-            visible: page.presenter.offersPrivacySettings
+            visible: page.presenter.offersPrivacySettings && text !== ""
             text: qsTr("Open Privacy Settings")
             onClicked: page.presenter.openPrivacySettings()
         },

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -10,8 +9,9 @@
 
 namespace ferrobank {
 
-/// A property list whose root is a dictionary, in the XML or the binary form; the bundle describes itself and
-/// its agent in such files. Plain value without copies, usable on any thread, free of Qt.
+/// A property list whose root is a dictionary, in the XML form that the document type of PropertyList-1.0.dtd
+/// describes; the bundle describes itself and its agent in such files. Plain value, usable on any thread,
+/// free of Qt.
 ///
 /// A key that is missing and a key whose value is of another type read the same: nothing.
 class PropertyList {
@@ -33,15 +33,25 @@ public:
     [[nodiscard]] std::optional<std::vector<std::string>> texts(const char* key) const;
 
 private:
-    struct Release {
-        void operator()(void* node) const;
+    friend class PropertyListReader;
+
+    /// One value. `words` is what stands between its tags; containers have values instead, those of a
+    /// dictionary with keys.
+    struct Node {
+        enum class Kind { Text, Integer, True, False, Array, Dictionary, Other };
+
+        Kind kind = Kind::Other;
+        std::string key;
+        std::string words;
+        std::vector<Node> values;
+
+        [[nodiscard]] const Node* entry(std::string_view name) const;
+        [[nodiscard]] std::optional<bool> flag() const;
     };
 
-    using Root = std::unique_ptr<void, Release>;
+    explicit PropertyList(Node root);
 
-    explicit PropertyList(Root root);
-
-    Root _root;
+    Node _root;
 };
 
 } // namespace ferrobank

@@ -5,7 +5,7 @@ tool=$1
 . "$(dirname "$0")/expect.sh"
 
 expectText "restart says who may mount" "This login session may not mount the drive" "$tool" restart
-expectText "status says so too" "pkexec ferrobank helper-fstab add" "$tool" status --json
+expectText "status says so too" "install the Ferrobank package" "$tool" status --json
 expectText "check offers the way out" "Log in at this computer's own screen" "$tool" check
 expectText "nothing is left attached" "" losetup -n -O NAME -j "$HOME/Library/Application Support/Ferrobank/store/drive.btrfs"
 expect "uninstall works all the same" "$tool" uninstall --delete-store

@@ -2,14 +2,16 @@
 # Runs a command as an ordinary user beside a real udisks2, polkit and udev on a private system bus, in mount and
 # network namespaces of its own, so that nothing of the machine is touched. Needs root.
 #
-#   with-udisks.sh [--session active|remote|none] [--policy FILE] [--install SOURCE=TARGET] -- COMMAND...
+#   with-udisks.sh [--session active|remote|none] [--policy FILE] [--allow ACTION] [--install SOURCE=TARGET]...
+#                  [--as user|root] -- COMMAND...
 #
-# `--policy` installs an action file whose action polkit then always allows; `--install` puts a program at the place
-# that the action names.
+# `--policy` installs an action file; `--allow` stands for the administrator who says yes to this one action and to
+# nothing else; `--install` puts a program at the place that the action names, all in one folder.
 #
-# The user is "ferrotest" (uid 64321), home and runtime folder are $FERRO_HOME and $XDG_RUNTIME_DIR. `--session` says
-# what kind of login session it seems to have. Ends with the command's status, or 77 with a reason where the machine
-# lacks something.
+# The user is "ferrotest" (uid 64321), home and runtime folder are $FERRO_HOME and $XDG_RUNTIME_DIR; there is a second
+# one, "ferrother" (uid 64322) with the home $FERRO_OTHER_HOME, without a session. `--session` says what kind of login
+# session the first seems to have; `--as root` runs the command as root, without one. Ends with the command's status,
+# or 77 with a reason where the machine lacks something.
 set -u
 skip() { echo "skipped: $1"; exit 77; }
 [ "$(id -u)" = 0 ] || skip "this needs root"
@@ -29,12 +31,15 @@ if [ "${1:-}" != --inner ]; then
 fi
 T=$2
 shift 2
-session=active policy='' install=''
+session=active policy='' allow='' as=user
+installs=()
 while [ "$1" != -- ]; do
     case $1 in
     --session) session=$2 ;;
     --policy) policy=$2 ;;
-    --install) install=$2 ;;
+    --allow) allow=$2 ;;
+    --install) installs+=("$2") ;;
+    --as) as=$2 ;;
     *) echo "unknown option $1" >&2; exit 2 ;;
     esac
     shift 2
@@ -50,24 +55,31 @@ finish() {
         while read -r process; do kill -KILL "$process" 2>/dev/null; done <"$cgroup/cgroup.procs"
     done
     sleep 0.1
-    [ -n "${made:-}" ] && umount "$made" && rmdir "$made"
     for cgroup in "${cgroups[@]}"; do rmdir -p --ignore-fail-on-non-empty "$cgroup" 2>/dev/null; done
 }
 trap finish EXIT
 
+# A layer over a folder of the machine, into which everything goes that is made there.
+layer() {
+    local name=$T/layer${1//\//-}
+    mkdir -p "$name/upper" "$name/work"
+    mount -t overlay overlay -o "lowerdir=$1,upperdir=$name/upper,workdir=$name/work" "$1" ||
+        skip "overlay mounts cannot be made here"
+}
 private() { mkdir -p "$1" && mount -t tmpfs -o mode=755 none "$1"; }
+for folder in /etc /run /usr/lib /var/lib; do layer $folder; done
 for folder in /run/dbus /run/udev /run/udisks2 /run/systemd /media /run/mount /dev/disk; do private "$folder"; done
-mkdir -p /run/media && private /run/media
-mkdir -p /var/lib/udisks2 && private /var/lib/udisks2
+private /run/media
+private /var/lib/udisks2
 
-mkdir -p "$T/etc/upper" "$T/etc/work"
-mount -t overlay overlay -o "lowerdir=/etc,upperdir=$T/etc/upper,workdir=$T/etc/work" /etc ||
-    skip "overlay mounts cannot be made here"
 echo "ferrotest:x:$uid:$uid::$T/home:/bin/sh" >>/etc/passwd
 echo "ferrotest:x:$uid:" >>/etc/group
+echo "ferrother:x:$((uid + 1)):$((uid + 1))::$T/other:/bin/sh" >>/etc/passwd
+echo "ferrother:x:$((uid + 1)):" >>/etc/group
 touch /etc/fstab
-mkdir -p "$T/home" "$T/runtime"
+mkdir -p "$T/home" "$T/other" "$T/runtime"
 chown $uid:$uid "$T/home" "$T/runtime"
+chown $((uid + 1)):$((uid + 1)) "$T/other"
 chmod 700 "$T/runtime"
 
 # Only the rules that make a loop device known to udisks2; the others would touch foreign devices.
@@ -81,22 +93,17 @@ if [ -n "$policy" ]; then
     cp -a /usr/share/polkit-1/actions/. "$T/actions/"
     install -o root -g root -m 644 "$policy" "$T/actions/"
     mount --bind "$T/actions" /usr/share/polkit-1/actions
-    # The administrator who says yes to this one action and to nothing else.
-    action=$(basename "$policy" .policy)
-    printf 'polkit.addRule(function(action) { if (action.id == "%s") return polkit.Result.YES; });\n' "$action" \
+fi
+if [ -n "$allow" ]; then
+    printf 'polkit.addRule(function(action) { if (action.id == "%s") return polkit.Result.YES; });\n' "$allow" \
         >/etc/polkit-1/rules.d/10-ferrobank-test.rules
     chmod 755 /etc/polkit-1/rules.d
 fi
-if [ -n "$install" ]; then
+for install in "${installs[@]}"; do
     target=${install#*=}
-    top=/$(echo "$target" | cut -d/ -f2-4)
-    [ -d "$top" ] || made=$top
-    private "$top" && mkdir -p "$(dirname "$target")"
-    # The program that it becomes lies beside it.
-    for program in "${install%%=*}" "${install%%=*}-drive"; do
-        install -o root -g root -m 755 "$program" "$(dirname "$target")/"
-    done
-fi
+    mkdir -p "$(dirname "$target")"
+    install -o root -g root -m 755 "${install%%=*}" "$target"
+done
 
 # polkit asks the files of systemd-logind which session a process of the user's manager belongs to.
 mkdir -p /run/systemd/users /run/systemd/sessions /run/systemd/seats
@@ -129,6 +136,13 @@ children+=($!)
 for _ in $(seq 500); do busctl --system status org.freedesktop.UDisks2 >/dev/null 2>&1 && break; sleep 0.02; done
 busctl --system status org.freedesktop.UDisks2 >/dev/null 2>&1 || { cat "$T/udisksd.log"; skip "udisksd does not start"; }
 
+export FERRO_HOME=$T/home FERRO_OTHER_HOME=$T/other LOGS=$T
+if [ "$as" = root ]; then
+    "$@"
+    result=$?
+    [ $result = 0 ] || tail -n 20 "$T"/*.log
+    exit $result
+fi
 (
     for cgroup in "${cgroups[@]}"; do echo "$BASHPID" >"$cgroup/cgroup.procs"; done
     exec setpriv --reuid $uid --regid $uid --init-groups --reset-env env HOME="$T/home" FERRO_HOME="$T/home" \

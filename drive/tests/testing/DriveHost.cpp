@@ -289,7 +289,7 @@ ToolRun DriveHost::run(const std::vector<std::string>& arguments, const std::str
     return result;
 }
 
-void DriveHost::makeSmallStore() const
+void DriveHost::makeSmallStore(std::uint64_t bytes) const
 {
     std::filesystem::create_directories(_paths.store);
     std::filesystem::create_directories(_folder.path() / "skeleton/u");
@@ -298,7 +298,7 @@ void DriveHost::makeSmallStore() const
     }
     const FileDescriptor image(::open(_paths.image.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
     const FileDescriptor mark(::open(_paths.unprepared.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
-    if (!mark || ::ftruncate(image.get(), off_t{64} << 30U) != 0 ||
+    if (!mark || ::ftruncate(image.get(), static_cast<off_t>(bytes)) != 0 ||
         runProgram({"mkfs.btrfs", "-q", "-L", "Ferrobank", "--rootdir",
                     (_folder.path() / "skeleton").string(), _paths.image.string()}) != 0)
     {

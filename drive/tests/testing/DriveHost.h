@@ -42,9 +42,9 @@ public:
 
     /// Runs the tool to its end. Runs at the same time need other names for the file that takes their errors.
     ToolRun run(const std::vector<std::string>& arguments, const std::string& errorName = "errors") const;
-    /// Gives the home a new store of 64 GB, whose space guard is grown in no time; else the first start makes
-    /// 8 TB.
-    void makeSmallStore() const;
+    /// Gives the home a new store, of 64 GB unless told, whose space guard is grown in no time; else the
+    /// first start makes 8 TB.
+    void makeSmallStore(std::uint64_t bytes = std::uint64_t{64} << 30U) const;
     /// Starts `serve` as a child and returns at once.
     pid_t startServing();
     /// Starts it and waits until the drive is mounted or the attach has failed; true when mounted.

@@ -117,6 +117,29 @@ class RealPolkit(unittest.TestCase):
                 self.assertIn('only the administrator can change', result['message'])
                 self.assertEqual(result['link'], '')
 
+    def test_helper_refuses_a_place_that_others_can_change(self):
+        for weaken in ('mkdir /usr/local/bin; chmod o+w /usr/local/bin', 'mkdir /usr/local/bin; chown nobody /usr/local/bin',
+                       'chmod o+w /usr/local', 'mkdir -p /run/open; chmod 777 /run/open; ln -s /run/open /usr/local/bin',
+                       'mkdir -p /run/own/inner; chown nobody /run/own; ln -s /run/own/inner /usr/local/bin'):
+            with self.subTest(weaken):
+                result = self.probe('approve', more=weaken)
+                self.assertEqual(result, {'kind': 'failed', 'link': '',
+                                          'message': 'Others than the administrator can change /usr/local/bin.'})
+
+    def test_place_of_the_administrators_choice_is_used(self):
+        for arranged in ('mkdir /usr/local/sbin; ln -s sbin /usr/local/bin',
+                         'mkdir /usr/local/bin; chown root:staff /usr/local/bin; chmod 2775 /usr/local/bin'):
+            with self.subTest(arranged):
+                self.assertEqual(self.probe('approve', more=arranged)['link'], self.tool())
+
+    def test_bundle_in_another_folder_replaces_a_link_and_nothing_else(self):
+        target = '/home/ann/Ferrobank.app/Contents/Helpers/ferrobank'
+        stale = f'mkdir /usr/local/bin; ln -s /old {LINK}'
+        self.assertEqual(self.probe('approve', installed=False, target=target, more=stale)['link'], target)
+        precious = f'mkdir /usr/local/bin; echo precious >{LINK}'
+        result = self.probe('approve', installed=False, target=target, more=precious)
+        self.assertEqual((result['kind'], result['link']), ('failed', ''))
+
     def test_bundle_in_another_folder_asks_with_the_systems_own_sentence(self):
         target = '/home/ann/My "Apps"/Ferrobank.app/Contents/Helpers/ferrobank'
         result = self.probe('approve', installed=False, target=target)

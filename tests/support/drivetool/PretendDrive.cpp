@@ -146,7 +146,7 @@ int PretendDrive::check()
          "Restart Ferrobank.", "restart"},
         {"login", "Starts at login", state.value("installed", false), "Ferrobank does not start at login.",
          "Turn on Ferrobank in Login Items.", "login-items"},
-        {"space", "Room on this Mac", true, "The disk is almost full.", "Free some space.",
+        {"space", "Room on this computer", true, "The disk is almost full.", "Free some space.",
          "storage-settings"},
     }};
     for (const Row& row : rows) {

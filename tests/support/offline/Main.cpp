@@ -1,9 +1,11 @@
 // The application's windows on fakes, without a drive: for trying a screen by hand and for taking pictures.
 //
 //   ferrobank-offline --list
-//   ferrobank-offline --scene dashboard [--dark] [--rtl] [--long] [--font "Inter,10"] [--picture file.png]
+//   ferrobank-offline --scene dashboard [--dark] [--rtl] [--long] [--words de] [--font "Inter,10"] [--picture
+//   file.png]
 
 #include "Ferrobank/Components/Theme.h"
+#include "Ferrobank/Words/Catalogue.h"
 #include "support/offline/LongTexts.h"
 #include "support/offline/Scenes.h"
 
@@ -20,21 +22,6 @@ using namespace Qt::StringLiterals;
 using namespace ferrobank;
 
 namespace {
-
-QmlWindow& windowOf(Stage& stage, const OfflineScene& scene)
-{
-    switch (scene.window) {
-    case OfflineScene::Window::Main:
-        return stage.mainWindow();
-    case OfflineScene::Window::LoginItems:
-        return stage.loginItems();
-    case OfflineScene::Window::Message:
-        return stage.showMessage(offlineMessage());
-    case OfflineScene::Window::Update:
-        return stage.showUpdate(offlinePrompt());
-    }
-    return stage.mainWindow();
-}
 
 void call(const std::function<void(Stage&)>& step, Stage& stage)
 {
@@ -68,12 +55,21 @@ int main(int argc, char** argv)
     const QCommandLineOption light(u"light"_s, u"Light colours."_s);
     const QCommandLineOption rightToLeft(u"rtl"_s, u"Mirrored."_s);
     const QCommandLineOption longTexts(u"long"_s, u"Longer words."_s);
+    const QCommandLineOption words(u"words"_s, u"Words of this system in a language, or the given ones."_s,
+                                   u"en|de|…|given"_s, u"en"_s);
     const QCommandLineOption font(u"font"_s, u"Family and size in points."_s, u"family,size"_s);
     const QCommandLineOption picture(u"picture"_s, u"Take a picture and end."_s, u"file"_s);
-    parser.addOptions({list, sceneName, dark, light, rightToLeft, longTexts, font, picture});
+    parser.addOptions({list, sceneName, dark, light, rightToLeft, longTexts, words, font, picture});
     parser.addHelpOption();
     parser.process(app);
 
+    LongTexts longWords;
+    if (parser.isSet(longTexts)) {
+        QGuiApplication::installTranslator(&longWords);
+    } else if (parser.value(words) != u"given") {
+        QLocale::setDefault(QLocale(parser.value(words)));
+        installWords(QStringLiteral(FERROBANK_TRANSLATIONS), {parser.value(words)});
+    }
     const auto& scenes = offlineScenes();
     if (parser.isSet(list)) {
         QTextStream out(stdout);
@@ -94,11 +90,6 @@ int main(int argc, char** argv)
         const QStringList parts = parser.value(font).split(u',');
         QGuiApplication::setFont(QFont(parts.constFirst(), parts.constLast().toInt()));
     }
-    LongTexts words;
-    if (parser.isSet(longTexts)) {
-        QGuiApplication::installTranslator(&words);
-    }
-
     Stage stage;
     call(found->before, stage);
     stage.start();

@@ -3,6 +3,7 @@
 #include "Ferrobank/Async/Spawn.h"
 #include "Ferrobank/Views/RootPresenter.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QFile>
 
 namespace ferrobank {
@@ -12,10 +13,21 @@ namespace {
 using namespace Qt::StringLiterals;
 using State = CheckItem::State;
 
+/// In the words of the system and the language that are installed when the scenes are made.
+QString inWords(const QString& text)
+{
+    return QCoreApplication::translate("Scenes", text.toUtf8().constData());
+}
+
+std::optional<QString> inWords(const std::optional<QString>& text)
+{
+    return text ? std::optional(inWords(*text)) : std::nullopt;
+}
+
 CheckItem row(const QString& id, const QString& title, State state, std::optional<QString> detail = {},
               std::optional<QString> fix = {}, std::optional<FixAction> action = {})
 {
-    return {id, title, state, std::move(detail), std::move(fix), action};
+    return {id, inWords(title), state, inWords(detail), inWords(fix), action};
 }
 
 QList<CheckItem> passedChecks()
@@ -23,24 +35,24 @@ QList<CheckItem> passedChecks()
     return {row(u"running"_s, u"Ferrobank is running"_s, State::Pass, u"Process 2154, since 9:41."_s),
             row(u"drive"_s, u"Drive is mounted and writable"_s, State::Pass, u"Mounted at ~/Ferrobank."_s),
             row(u"login"_s, u"Starts at login"_s, State::Pass),
-            row(u"space"_s, u"Room on this Mac"_s, State::Pass, u"212.4 GB are free."_s)};
+            row(u"space"_s, u"Room on this computer"_s, State::Pass, u"212.4 GB are free."_s)};
 }
 
 QList<CheckItem> failingChecks()
 {
-    return {row(u"running"_s, u"Ferrobank is running"_s, State::Fail,
-                u"The drive's service does not answer."_s, u"Restart the drive; your files are safe."_s,
-                FixAction::Restart),
-            row(u"drive"_s, u"Drive is mounted and writable"_s, State::AwaitingUser,
-                u"Waiting for your permission to reach network volumes."_s, std::nullopt,
-                FixAction::PrivacySettings),
-            row(u"login"_s, u"Starts at login"_s, State::Fail, u"Ferrobank is switched off in Login Items."_s,
-                std::nullopt, FixAction::LoginItems),
-            row(u"space"_s, u"Room on this Mac"_s, State::Fail, u"1.2 GB are free; the drive needs 5 GB."_s,
-                u"Empty the Trash or move large files away."_s, FixAction::StorageSettings),
-            row(u"cache"_s, u"Index is up to date"_s, State::Running),
-            row(u"clock"_s, u"Clock agrees with the store"_s, State::Skipped, u"The drive is not mounted."_s),
-            row(u"versions"_s, u"Tool and service have the same version"_s, State::Pending)};
+    return {
+        row(u"running"_s, u"Ferrobank is running"_s, State::Fail, u"The drive's service does not answer."_s,
+            u"Restart the drive; your files are safe."_s, FixAction::Restart),
+        row(u"drive"_s, u"Drive is mounted and writable"_s, State::AwaitingUser,
+            u"Waiting for your permission to reach network volumes."_s, std::nullopt,
+            FixAction::PrivacySettings),
+        row(u"login"_s, u"Starts at login"_s, State::Fail, u"Ferrobank is switched off in Login Items."_s,
+            std::nullopt, FixAction::LoginItems),
+        row(u"space"_s, u"Room on this computer"_s, State::Fail, u"1.2 GB are free; the drive needs 5 GB."_s,
+            u"Empty the Trash or move large files away."_s, FixAction::StorageSettings),
+        row(u"cache"_s, u"Index is up to date"_s, State::Running),
+        row(u"clock"_s, u"Clock agrees with the store"_s, State::Skipped, u"The drive is not mounted."_s),
+        row(u"versions"_s, u"Tool and service have the same version"_s, State::Pending)};
 }
 
 QList<CheckItem> manyChecks()
@@ -126,8 +138,8 @@ QList<CheckItem> worded(QList<CheckItem> rows, const QString& id, const QString&
 {
     for (CheckItem& item : rows) {
         if (item.id == id) {
-            item.detail = detail;
-            item.fix = fix;
+            item.detail = inWords(detail);
+            item.fix = inWords(fix);
         }
     }
     return rows;
@@ -395,6 +407,21 @@ const std::vector<OfflineScene>& offlineScenes()
         return all;
     }();
     return scenes;
+}
+
+QmlWindow& windowOf(Stage& stage, const OfflineScene& scene)
+{
+    switch (scene.window) {
+    case OfflineScene::Window::Main:
+        return stage.mainWindow();
+    case OfflineScene::Window::LoginItems:
+        return stage.loginItems();
+    case OfflineScene::Window::Message:
+        return stage.showMessage(offlineMessage());
+    case OfflineScene::Window::Update:
+        return stage.showUpdate(offlinePrompt());
+    }
+    return stage.mainWindow();
 }
 
 } // namespace ferrobank

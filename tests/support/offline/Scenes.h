@@ -24,6 +24,9 @@ struct OfflineScene {
 [[nodiscard]] Message offlineMessage();
 [[nodiscard]] UpdatePrompt offlinePrompt();
 
+/// The window that a scene shows; the stage has started.
+[[nodiscard]] QmlWindow& windowOf(Stage& stage, const OfflineScene& scene);
+
 /// Every screen of the application in every state that looks different.
 [[nodiscard]] const std::vector<OfflineScene>& offlineScenes();
 

@@ -44,8 +44,10 @@ HttpsServer::HttpsServer(QObject* parent) : QSslServer(parent)
             connect(socket, &QTcpSocket::readyRead, this, [this, socket, head] {
                 const bool isAnswered = head->contains("\r\n\r\n");
                 *head += socket->readAll();
-                if (!isAnswered && head->contains("\r\n\r\n"))
-                    answer(socket, *head);
+                if (isAnswered || !head->contains("\r\n\r\n"))
+                    return;
+                const int pause = _files.value(QString::fromUtf8(head->split(' ').value(1))).pause;
+                QTimer::singleShot(pause, socket, [this, socket, head] { answer(socket, *head); });
             });
             connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
         }
@@ -93,6 +95,13 @@ void HttpsServer::sendSlowly(QTcpSocket* socket, const QByteArray& body, int pau
     QTimer::singleShot(pause, socket, [this, socket, rest, pause] { sendSlowly(socket, rest, pause); });
 }
 
+void HttpsServer::flood(QTcpSocket* socket)
+{
+    socket->write(QByteArray(kPiece, 'f'));
+    _flooded += kPiece;
+    QTimer::singleShot(1, socket, [this, socket] { flood(socket); });
+}
+
 void HttpsServer::answer(QTcpSocket* socket, const QByteArray& head)
 {
     _requests.append(head);
@@ -105,6 +114,11 @@ void HttpsServer::answer(QTcpSocket* socket, const QByteArray& head)
     }
     ServedFile& file = *found;
     using Fault = ServedFile::Fault;
+    if (!file.location.isEmpty() && file.isRedirectEndless) {
+        socket->write("HTTP/1.1 302 Found\r\nConnection: close\r\nLocation: " + file.location + "\r\n\r\n");
+        flood(socket);
+        return;
+    }
     if (!file.location.isEmpty()) {
         socket->write("HTTP/1.1 302 Found\r\nContent-Length: 0\r\nConnection: close\r\nLocation: " +
                       file.location + "\r\n\r\n");
@@ -146,6 +160,30 @@ void HttpsServer::answer(QTcpSocket* socket, const QByteArray& head)
         socket->write(body);
         socket->disconnectFromHost();
     }
+}
+
+PlainServer::PlainServer(QByteArray body, QObject* parent) : QTcpServer(parent), _body(std::move(body))
+{
+    connect(this, &QTcpServer::newConnection, this, [this] {
+        while (QTcpSocket* const socket = nextPendingConnection()) {
+            ++_connections;
+            connect(socket, &QTcpSocket::readyRead, this, [this, socket] {
+                if (!socket->readAll().contains("\r\n\r\n"))
+                    return;
+                socket->write("HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: " +
+                              QByteArray::number(_body.size()) + "\r\n\r\n" + _body);
+                socket->disconnectFromHost();
+            });
+            connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+        }
+    });
+    if (!listen(QHostAddress::LocalHost))
+        qFatal("The test server cannot listen.");
+}
+
+QString PlainServer::address(const QString& path) const
+{
+    return u"http://localhost:%1%2"_s.arg(serverPort()).arg(path);
 }
 
 } // namespace ferrobank

@@ -5,6 +5,7 @@
 #include <QtCore/QList>
 #include <QtCore/QString>
 #include <QtNetwork/QSslServer>
+#include <QtNetwork/QTcpServer>
 
 class QTcpSocket;
 
@@ -24,7 +25,9 @@ struct ServedFile {
     QByteArray content;
     int status = 200;
     QByteArray entityTag = "\"one\"";
-    QByteArray location; ///< for redirects
+    QByteArray location;            ///< for redirects
+    bool isRedirectEndless = false; ///< a redirect whose body goes on and on
+    int pause = 0;                  ///< milliseconds before the answer
     Fault fault = Fault::None;
     int chunkPause = 0; ///< milliseconds between pieces of 16 KiB
 };
@@ -50,14 +53,35 @@ public:
 
     [[nodiscard]] int requestsFor(const QByteArray& path) const;
 
+    [[nodiscard]] qint64 flooded() const { return _flooded; } ///< bytes behind endless redirects
+
 private:
     void makeCertificate();
     void answer(QTcpSocket* socket, const QByteArray& head);
     void sendSlowly(QTcpSocket* socket, const QByteArray& body, int pause);
+    void flood(QTcpSocket* socket);
 
     QHash<QString, ServedFile> _files;
     QList<QByteArray> _requests;
     QByteArray _authority;
+    qint64 _flooded = 0;
+};
+
+/// A web server on this machine without any security: answers every request with one body, and counts who
+/// comes at all.
+class PlainServer : public QTcpServer {
+    Q_OBJECT
+
+public:
+    explicit PlainServer(QByteArray body, QObject* parent = nullptr);
+
+    [[nodiscard]] QString address(const QString& path) const; ///< http://localhost:port/path
+
+    [[nodiscard]] int connections() const { return _connections; }
+
+private:
+    QByteArray _body;
+    int _connections = 0;
 };
 
 } // namespace ferrobank

@@ -20,19 +20,25 @@ using namespace Qt::StringLiterals;
 constexpr const char* kTop = "Ferrobank.app/";
 constexpr const char* kManifest = "Contents/Resources/update-manifest.json";
 
-QByteArray propertyList(const QString& version, const QString& feed, const SigningKey& key)
+/// Of nobody: what it would sign with was thrown away.
+const QString kSpareKey = u"rhHib+w769W2/6/t+oM1ZxgjBB93BfBKMLO0Qo1etQs="_s;
+
+QByteArray propertyList(const QString& version, const QString& feed, const QStringList& keys)
 {
+    QString list;
+    for (const QString& key : keys)
+        list += u"<string>%1</string>"_s.arg(key);
     const QString text = uR"(<?xml version="1.0" encoding="UTF-8"?>
 <plist version="1.0"><dict>
 <key>CFBundleIdentifier</key><string>org.ferrobank.Ferrobank</string>
 <key>CFBundleVersion</key><string>%1</string>
 <key>SUFeedURL</key><string>%2</string>
-<key>SUPublicEDKeys</key><array><string>%3</string></array>
+<key>SUPublicEDKeys</key><array>%3</array>
 <key>SUEnableAutomaticChecks</key><true/>
 <key>SUAutomaticallyUpdate</key><true/>
 </dict></plist>
 )"_s;
-    return text.arg(version, feed, QString::fromStdString(key.publicBase64())).toUtf8();
+    return text.arg(version, feed, list).toUtf8();
 }
 
 std::string hex(const QByteArray& content)
@@ -57,12 +63,17 @@ TestRelease::TestRelease(QString version, const QString& feed, const SigningKey&
     : _version(std::move(version))
 {
     const QByteArray number = _version.toUtf8();
-    setFile("Contents/Info.plist", propertyList(_version, feed, key));
+    setConfiguration(feed, {QString::fromStdString(key.publicBase64()), kSpareKey});
     setFile("Contents/Resources/install-kind", "folder\n\n");
     setFile("Contents/Linux/Ferrobank", "#!/bin/sh\necho " + number + " \"$@\" >> \"$RELEASE_LOG\"\n", true);
     setFile("Contents/Helpers/ferrobank-update", "#!/bin/sh\necho Ferrobank " + number + "\n", true);
     setFile("Contents/Linux/libferrobank-app.so", QByteArray(50'000, 'x') + number);
     setFile("Contents/Resources/Grüße & more.txt", "text " + number);
+}
+
+void TestRelease::setConfiguration(const QString& feed, const QStringList& keys)
+{
+    setFile("Contents/Info.plist", propertyList(_version, feed, keys));
 }
 
 void TestRelease::setFile(const std::string& path, const QByteArray& content, bool isExecutable)

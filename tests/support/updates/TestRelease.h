@@ -27,12 +27,15 @@ struct TestEntry {
 /// the archive to get one that is wrong in just that way.
 class TestRelease {
 public:
-    /// A folder that updates itself: executable, worker, property list, marker, a library and a link. `feed`
-    /// and the key go into the property list. The executable writes its version into $RELEASE_LOG and ends;
-    /// the worker is a stand-in that answers "probe".
+    /// A folder that updates itself: executable, worker, property list, marker, a library and a link. `feed`,
+    /// the key and a spare one go into the property list. The executable writes its version into $RELEASE_LOG
+    /// and ends; the worker is a stand-in that answers "probe".
     TestRelease(QString version, const QString& feed, const SigningKey& key);
 
     [[nodiscard]] const QString& version() const { return _version; }
+
+    /// The property list with other keys, or another feed.
+    void setConfiguration(const QString& feed, const QStringList& keys);
 
     void setFile(const std::string& path, const QByteArray& content, bool isExecutable = false);
     void removeFile(const std::string& path);
@@ -77,7 +80,11 @@ struct TestItem {
     QString more; ///< further elements of the item
 };
 
+/// An end that no test sees, and none at all.
+inline const QString kLongEnough = QStringLiteral("Fri, 20 Nov 2099 10:00:00 +0000");
+inline const QString kWithoutEnd;
+
 /// A feed's content, unsigned.
-[[nodiscard]] QByteArray feedOf(const QList<TestItem>& items, const QString& validUntil = {});
+[[nodiscard]] QByteArray feedOf(const QList<TestItem>& items, const QString& validUntil = kLongEnough);
 
 } // namespace ferrobank

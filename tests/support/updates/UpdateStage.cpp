@@ -16,6 +16,8 @@ UpdateStage::UpdateStage() : _root(parent() + u"/Ferrobank.app"_s)
     makeRelease(u"1.0.0"_s).installAt(_root);
     environment[u"RELEASE_LOG"_s] = releaseLog();
     environment[u"HOME"_s] = _folder.filePath(u"user"_s);
+    // A version that fails at once fails by itself, and not for want of a display.
+    environment[u"QT_QPA_PLATFORM"_s] = u"offscreen"_s;
 }
 
 QString UpdateStage::staging() const
@@ -107,8 +109,8 @@ QString UpdateStage::installedVersion() const
 QStringList UpdateStage::leftovers() const
 {
     QStringList names = QDir(staging()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
-    names.removeAll(u"lock"_s);
-    names.removeAll(u"bad"_s);
+    for (const QString& name : {u"lock"_s, u"trial-lock"_s, u"bad"_s})
+        names.removeAll(name);
     return names;
 }
 

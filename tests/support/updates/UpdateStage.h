@@ -45,7 +45,7 @@ public:
     /// The version of the copy at the stable path, by its property list; empty when it is not complete.
     [[nodiscard]] QString installedVersion() const;
 
-    /// Names in the staging folder besides those that may stay for ever ("lock", "bad").
+    /// Names in the staging folder besides those that may stay for ever ("lock", "trial-lock", "bad").
     [[nodiscard]] QStringList leftovers() const;
 
     HttpsServer server;

@@ -59,7 +59,8 @@ bool privateToUser(const std::filesystem::path& folder)
 } // namespace
 
 SocketInstance::SocketInstance(std::filesystem::path folder)
-    : _socketFile(folder / "org.ferrobank.Ferrobank.socket"),
+    : _hasFolder(folder.is_absolute()),
+      _socketFile(folder / "org.ferrobank.Ferrobank.socket"),
       _lockFile(folder / "org.ferrobank.Ferrobank.lock")
 {}
 
@@ -75,6 +76,9 @@ std::filesystem::path SocketInstance::runtimeFolder()
 
 SingleInstance::Role SocketInstance::claim(const InstanceRequest& request)
 {
+    if (!_hasFolder) {
+        return Role::First; // the names alone would be files in whatever folder we were started in
+    }
     _lock = Descriptor(open(_lockFile.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR));
     if (_lock.isOpen() && flock(_lock.number(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
         return forward(request);

@@ -17,7 +17,8 @@ namespace ferrobank {
 /// is the line "done" or "unknown". Only the same user gets through.
 class SocketInstance : public SingleInstance {
 public:
-    /// `folder` is private to the user and exists.
+    /// `folder` is private to the user and exists. Without one (an empty path) this is the first of all
+    /// programs, and nobody can find it.
     explicit SocketInstance(std::filesystem::path folder);
 
     /// $XDG_RUNTIME_DIR, or a private folder of the user's below the temporary folder, made if needed. Empty
@@ -39,6 +40,7 @@ private:
     void accept();
     void read(int caller);
 
+    bool _hasFolder;
     std::filesystem::path _socketFile;
     std::filesystem::path _lockFile;
     Descriptor _lock;

@@ -2,7 +2,8 @@
 // only as part of a package.
 //
 // It takes no arguments and trusts nothing that its caller could have chosen: the tool is the one beside this
-// very program, the link's place is fixed, and both must lie where only the administrator can write.
+// very program, the link's place is fixed, and tool, program and place must lie where only the administrator
+// can write.
 //
 // | exit | meaning                                                  |
 // |------|----------------------------------------------------------|
@@ -30,22 +31,18 @@ constexpr auto kLink = "/usr/local/bin/ferrobank";
 
 enum Exit : int { Done = 0, Refused = 1, Misused = 2, NotALink = 3 };
 
-/// Nobody but the administrator can change what is at the path, now or later.
-bool isOnlyRootsToWrite(const fs::path& path)
-{
-    struct stat facts{};
-    if (::lstat(path.c_str(), &facts) != 0 || facts.st_uid != 0 || S_ISLNK(facts.st_mode) ||
-        (facts.st_mode & (S_IWGRP | S_IWOTH)) != 0)
-    {
-        return false;
-    }
-    return path == path.root_path() || isOnlyRootsToWrite(path.parent_path());
-}
-
 bool isProgram(const fs::path& path)
 {
     struct stat facts{};
     return ::lstat(path.c_str(), &facts) == 0 && S_ISREG(facts.st_mode) && (facts.st_mode & S_IXOTH) != 0;
+}
+
+fs::path nearestThatIsThere(fs::path folder)
+{
+    while (!fs::exists(fs::symlink_status(folder))) {
+        folder = folder.parent_path();
+    }
+    return folder;
 }
 
 int complain(Exit exit, const char* words)
@@ -67,12 +64,17 @@ int main(int argc, char**)
     try {
         const fs::path self = fs::read_symlink("/proc/self/exe");
         const fs::path tool = self.parent_path() / "ferrobank";
-        if (!isOnlyRootsToWrite(self) || !isOnlyRootsToWrite(tool) || !isProgram(tool)) {
+        if (!ferrobank::isOnlyRootsToWrite(self) || !ferrobank::isOnlyRootsToWrite(tool) || !isProgram(tool))
+        {
             return complain(Misused,
                             "Ferrobank is not installed where only the administrator can change it.");
         }
+        const fs::path folder = fs::path(kLink).parent_path();
+        if (!ferrobank::isOnlyRootsToPlaceIn(nearestThatIsThere(folder))) {
+            return complain(Misused, "Others than the administrator can change /usr/local/bin.");
+        }
         ::umask(S_IWGRP | S_IWOTH);
-        fs::create_directories(fs::path(kLink).parent_path());
+        fs::create_directories(folder);
         ferrobank::placeLink(tool, kLink);
         return Done;
     } catch (const ferrobank::NotALinkError& error) {

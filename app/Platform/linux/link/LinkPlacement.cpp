@@ -1,12 +1,14 @@
 #include "Platform/LinkPlacement.h"
 
 #include <fcntl.h>
+#include <grp.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <system_error>
 
@@ -114,7 +116,50 @@ Replaced replace(const fs::path& target, const fs::path& link)
     return Replaced::Yes;
 }
 
+/// `allowed` are the bits of others that are no objection.
+bool isRoots(const struct stat& facts, mode_t allowed)
+{
+    return facts.st_uid == 0 && !S_ISLNK(facts.st_mode) &&
+           (facts.st_mode & (S_IWGRP | S_IWOTH) & ~allowed) == 0;
+}
+
+bool isStaff(gid_t number)
+{
+    const group* const entry = ::getgrgid(number);
+    return entry != nullptr && std::strcmp(entry->gr_name, "staff") == 0;
+}
+
+bool isAdministratorsUpTo(const fs::path& real)
+{
+    struct stat facts{};
+    return ::lstat(real.c_str(), &facts) == 0 && isRoots(facts, isStaff(facts.st_gid) ? S_IWGRP : 0) &&
+           (real == real.root_path() || isAdministratorsUpTo(real.parent_path()));
+}
+
 } // namespace
+
+bool isOnlyRootsToWrite(const fs::path& path)
+{
+    struct stat facts{};
+    if (!path.is_absolute() || ::lstat(path.c_str(), &facts) != 0 || !isRoots(facts, 0)) {
+        return false;
+    }
+    return path == path.root_path() || isOnlyRootsToWrite(path.parent_path());
+}
+
+bool isOnlyRootsToPlaceIn(const fs::path& folder)
+{
+    std::error_code error;
+    // From the top, so that a name is only followed where nobody but root can have given it.
+    fs::path reached;
+    for (const fs::path& name : folder) {
+        reached = fs::canonical(reached / name, error);
+        if (error || !isAdministratorsUpTo(reached)) {
+            return false;
+        }
+    }
+    return folder.is_absolute();
+}
 
 std::optional<fs::path> storedLinkText(const fs::path& link)
 {

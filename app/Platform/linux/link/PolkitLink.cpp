@@ -1,11 +1,14 @@
 #include "Platform/linux/link/PolkitLink.h"
 
 #include "Platform/ChildProcess.h"
+#include "Platform/LinkPlacement.h"
 #include "Platform/linux/process/ForeignEnvironment.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 
+#include <filesystem>
 #include <memory>
 
 namespace ferrobank {
@@ -19,6 +22,21 @@ using Kind = PrivilegedOutcome::Kind;
 /// pkexec's own exit statuses.
 constexpr int kDismissed = 126;
 constexpr int kNotAuthorized = 127;
+
+std::filesystem::path pathOf(const QString& text)
+{
+    return QFile::encodeName(text).toStdString();
+}
+
+/// What somebody should know before a program that a user can replace becomes everybody's.
+QString warning()
+{
+    return QCoreApplication::translate(
+        "PolkitLink",
+        "This copy of Ferrobank can be changed without a password, and everybody on this computer would run "
+        "it by typing ferrobank, its administrator too. A copy that was installed as a package is safe from "
+        "that.");
+}
 
 PrivilegedOutcome outcomeOf(Kind kind, const QString& message = {})
 {
@@ -70,7 +88,8 @@ bool PolkitLink::helperServes(const QString& target, const QString& link) const
 QCoro::Task<PrivilegedOutcome> PolkitLink::makeWithSystemTools(QString target, QString link, QString prompt)
 {
     if (_explain) {
-        const bool goOn = co_await _explain(prompt);
+        const QString words = isOnlyRootsToWrite(pathOf(target)) ? prompt : prompt + u"\n\n"_s + warning();
+        const bool goOn = co_await _explain(words);
         if (!goOn) {
             co_return outcomeOf(Kind::Cancelled);
         }
@@ -83,13 +102,33 @@ QCoro::Task<PrivilegedOutcome> PolkitLink::makeWithSystemTools(QString target, Q
             co_return made;
         }
     }
-    // Only a link is replaced: without -f, ln leaves alone whatever has appeared meanwhile.
-    QStringList makeLink{u"/bin/ln"_s, u"-s"_s, u"-n"_s, u"-T"_s};
-    if (QFileInfo(link).isSymLink()) {
-        makeLink += u"-f"_s;
+    // Without -f, ln leaves alone whatever has appeared while the password was typed.
+    const QStringList makeLink{u"/bin/ln"_s, u"-s"_s, u"-n"_s, u"-T"_s, u"--"_s, target, link};
+    if (!QFileInfo(link).isSymLink()) {
+        co_return co_await asAdministrator(makeLink);
     }
-    makeLink += {u"--"_s, target, link};
-    co_return co_await asAdministrator(makeLink);
+    // A link is replaced, and find sees whether it is one only then. It ends well in any case.
+    const QStringList replaceLink{u"/usr/bin/find"_s,
+                                  link,
+                                  u"-prune"_s,
+                                  u"-type"_s,
+                                  u"l"_s,
+                                  u"-exec"_s,
+                                  u"/bin/ln"_s,
+                                  u"-s"_s,
+                                  u"-f"_s,
+                                  u"-n"_s,
+                                  u"-T"_s,
+                                  u"--"_s,
+                                  target,
+                                  link,
+                                  u";"_s};
+    const PrivilegedOutcome replaced = co_await asAdministrator(replaceLink);
+    const auto text = storedLinkText(pathOf(link));
+    if (replaced.kind == Kind::Done && (!text || text->native() != pathOf(target).native())) {
+        co_return outcomeOf(Kind::Failed, link + u" was changed meanwhile, so Ferrobank left it alone."_s);
+    }
+    co_return replaced;
 }
 
 QCoro::Task<PrivilegedOutcome> PolkitLink::asAdministrator(QStringList command)

@@ -15,7 +15,7 @@ namespace ferrobank {
 /// Where the application's package is installed, a fixed helper of the package makes the link, and the
 /// dialog shows the prompt as it is. A bundle that runs from any other folder cannot bring a text of its own
 /// into that dialog: there the system's own mkdir and ln are run, and the prompt is shown beforehand by
-/// `explain`.
+/// `explain`, with a warning where the tool can be changed by others than root.
 class PolkitLink final : public PrivilegedLink {
 public:
     /// Shows the prompt and tells whether to go on; false counts as cancelled.

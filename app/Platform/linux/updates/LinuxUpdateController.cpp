@@ -45,11 +45,12 @@ public:
               .surroundings = _surroundings,
               .worker = _worker,
               .clock = _clock,
-              .stateFile = UpdateStateFile(UpdateStateFile::usualPlace()),
+              .states = _stateFile,
               .quit = std::move(quit),
               .isOnTrial = [bundle] { return trialAt(InstallPlace::of(bundle)).has_value(); },
               .versionInPlace =
                   [bundle] { return configurationOf(InstallPlace::of(bundle).stableRoot()).version; },
+              .random = {},
           }),
           _watch({propertyListInPlace(bundle)}, [this] { _settled.start(kSettled); })
     {
@@ -68,6 +69,7 @@ private:
     BootClock _clock;
     DesktopSurroundings _surroundings;
     ProcessWorker _worker;
+    UpdateStateFile _stateFile{UpdateStateFile::usualPlace()};
     UpdateSession _session;
     QTimer _settled;
     FileWatch _watch;

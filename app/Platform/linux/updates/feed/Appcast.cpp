@@ -1,6 +1,7 @@
 #include "Platform/linux/updates/feed/Appcast.h"
 
 #include "Platform/linux/updates/UpdateFailure.h"
+#include "Platform/linux/updates/feed/VersionComparison.h"
 
 #include <QtCore/QFileInfo>
 #include <QtCore/QXmlStreamReader>
@@ -80,6 +81,8 @@ AppcastItem ItemReader::read()
     while (_xml.readNextStartElement()) {
         if (_xml.namespaceUri() == kSparkle)
             readSparkleElement();
+        else if (_xml.namespaceUri() == kOurs && _xml.name() == "minimumQtVersion"_L1)
+            _item.minimumQt = version();
         else if (_xml.namespaceUri().isEmpty())
             readPlainElement();
         else
@@ -94,11 +97,9 @@ void ItemReader::readPlainElement()
     const auto name = _xml.name();
     if (name == "title"_L1)
         _item.title = text();
-    else if (name == "link"_L1) {
-        const QUrl url = resolved(text());
-        if (url.scheme() == "https"_L1 || url.scheme() == "http"_L1)
-            _item.link = url;
-    } else if (name == "pubDate"_L1) {
+    else if (name == "link"_L1)
+        _item.link = page();
+    else if (name == "pubDate"_L1) {
         const QDateTime date = QDateTime::fromString(text(), Qt::RFC2822Date);
         if (date.isValid())
             _item.date = date.toUTC();
@@ -246,6 +247,8 @@ void ItemReader::complete()
     if (version.isEmpty())
         throw unreadable(u"an item has no version"_s);
     _item.version = version.toStdString();
+    if (!isUsableVersion(_item.version))
+        throw unreadable(u"an item has a version of letters that none may have"_s);
 
     const QString display =
         _enclosureDisplayVersion.isEmpty() ? _elementDisplayVersion : _enclosureDisplayVersion;

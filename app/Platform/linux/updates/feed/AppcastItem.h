@@ -29,7 +29,7 @@ struct NotesLink {
 /// One release as the feed tells it. Plain value; version texts are kept as they are written.
 struct AppcastItem {
     QString title;
-    QUrl link;                     ///< product page; http or https, else empty
+    QUrl link;                     ///< product page; https, else empty
     std::optional<QDateTime> date; ///< none: no phasing
 
     std::string version;
@@ -41,6 +41,7 @@ struct AppcastItem {
     // Limits; empty for none.
     std::string minimumSystem;
     std::string maximumSystem;
+    std::string minimumQt;
     std::string minimumInstalled;         ///< below it the item is not for this copy
     std::string minimumForAutomatic;      ///< below it the item is a major upgrade
     std::string ignoreSkippedMajorsBelow; ///< forgets the skip of a major upgrade whose release is below it

@@ -47,16 +47,24 @@ bool isForThisCopy(const AppcastItem& item, const ChoiceFacts& facts)
         return false;
     if (isBelow(facts.installed, item.minimumInstalled))
         return false;
-    if (std::ranges::find(facts.badVersions, item.version) != facts.badVersions.end())
-        return false;
     return std::ranges::all_of(item.hardware,
                                [&](const QString& one) { return facts.processors.contains(one); });
 }
 
+bool isBanned(const AppcastItem& item, const ChoiceFacts& facts)
+{
+    return facts.kind == CheckKind::Scheduled &&
+           std::ranges::find(facts.bannedVersions, item.version) != facts.bannedVersions.end();
+}
+
+bool isTooOldFor(const AppcastItem& item, const ChoiceFacts& facts)
+{
+    return isBelow(facts.systemVersion, item.minimumSystem) || isBelow(facts.qtVersion, item.minimumQt);
+}
+
 bool systemFits(const AppcastItem& item, const ChoiceFacts& facts)
 {
-    return !isBelow(facts.systemVersion, item.minimumSystem) &&
-           !isAbove(facts.systemVersion, item.maximumSystem);
+    return !isTooOldFor(item, facts) && !isAbove(facts.systemVersion, item.maximumSystem);
 }
 
 bool isRolledOut(const AppcastItem& item, const ChoiceFacts& facts)
@@ -105,10 +113,12 @@ void tellWhyNot(const QList<AppcastItem>& items, const ChoiceFacts& facts, Choic
         choice.reason = NoUpdate::NewerThanLatest;
     else if (order == 0)
         choice.reason = NoUpdate::OnLatest;
-    else if (isBelow(facts.systemVersion, latest->minimumSystem))
+    else if (isTooOldFor(*latest, facts))
         choice.reason = NoUpdate::SystemTooOld;
     else if (isAbove(facts.systemVersion, latest->maximumSystem))
         choice.reason = NoUpdate::SystemTooNew;
+    else if (isBanned(*latest, facts))
+        choice.reason = NoUpdate::TakenBack;
 }
 
 } // namespace
@@ -117,7 +127,7 @@ Choice chooseItem(const QList<AppcastItem>& items, const ChoiceFacts& facts)
 {
     const auto isOffered = [&](const AppcastItem& item) {
         return isForThisCopy(item, facts) && systemFits(item, facts) && isRolledOut(item, facts) &&
-               !isSkipped(item, facts) && isNewer(item.version, facts.installed);
+               !isSkipped(item, facts) && !isBanned(item, facts) && isNewer(item.version, facts.installed);
     };
     const AppcastItem* best =
         highest(items, [&](const AppcastItem& item) { return isOffered(item) && !isMajor(item, facts); });

@@ -23,6 +23,7 @@ enum class CheckKind { Scheduled, ByUser };
 struct ChoiceFacts {
     std::string installed;
     std::string systemVersion;
+    std::string qtVersion;
     QStringList systemNames; ///< accepted values of an archive's system, for example "linux-x86_64", "linux"
     QStringList processors;  ///< for hardware requirements
     QStringList channels;    ///< beside the default one
@@ -30,11 +31,12 @@ struct ChoiceFacts {
     QDateTime now;
     CheckKind kind = CheckKind::Scheduled;
     Skips skips;
-    std::vector<std::string> badVersions; ///< installed once, failed to start, taken back
+    std::vector<std::string>
+        bannedVersions; ///< installed, failed to start, taken back, not to be tried again yet
 };
 
 /// Why nothing is offered.
-enum class NoUpdate { OnLatest, NewerThanLatest, SystemTooOld, SystemTooNew, Unknown };
+enum class NoUpdate { OnLatest, NewerThanLatest, SystemTooOld, SystemTooNew, TakenBack, Unknown };
 
 /// The outcome: an item, or the reason for none.
 struct Choice {
@@ -51,7 +53,7 @@ struct Choice {
 ///
 /// Items for other systems, differences, foreign channels, unfit limits, later groups of a roll-out and
 /// skipped ones are left out; the highest version wins, the first of equals; a major upgrade only when
-/// nothing else is newer. A check by the user ignores roll-out and skips.
+/// nothing else is newer. A check by the user ignores roll-out, skips and bans.
 [[nodiscard]] Choice chooseItem(const QList<AppcastItem>& items, const ChoiceFacts& facts);
 
 } // namespace ferrobank::updates

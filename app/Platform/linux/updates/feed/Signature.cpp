@@ -5,6 +5,8 @@
 #include <sodium.h>
 
 #include <algorithm>
+#include <set>
+#include <sstream>
 
 namespace ferrobank::updates {
 namespace {
@@ -50,14 +52,29 @@ TrustedKeys::TrustedKeys(const std::vector<std::string>& base64Keys)
     }
 }
 
-bool TrustedKeys::haveSigned(std::span<const std::byte> bytes, std::string_view base64Signature) const
+std::size_t TrustedKeys::distinct() const
 {
-    const auto signature = decodeSignature(base64Signature);
-    if (!signature || sodium_init() < 0)
+    return std::set<PublicKey>(_keys.begin(), _keys.end()).size();
+}
+
+bool TrustedKeys::haveSigned(std::span<const std::byte> bytes, std::string_view base64Signatures) const
+{
+    constexpr std::size_t kMostSignatures = 4; // each costs a pass over all the bytes for each key
+    std::vector<SignatureBytes> signatures;
+    std::istringstream words{std::string(base64Signatures)};
+    for (std::string word; words >> word;) {
+        const auto signature = decodeSignature(word);
+        if (!signature || signatures.size() == kMostSignatures)
+            return false;
+        signatures.push_back(*signature);
+    }
+    if (sodium_init() < 0)
         return false;
     const auto* data = reinterpret_cast<const unsigned char*>(bytes.data());
-    return std::ranges::any_of(_keys, [&](const PublicKey& key) {
-        return crypto_sign_verify_detached(signature->data(), data, bytes.size(), key.data()) == 0;
+    return std::ranges::any_of(signatures, [&](const SignatureBytes& signature) {
+        return std::ranges::any_of(_keys, [&](const PublicKey& key) {
+            return crypto_sign_verify_detached(signature.data(), data, bytes.size(), key.data()) == 0;
+        });
     });
 }
 

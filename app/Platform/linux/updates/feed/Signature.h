@@ -28,9 +28,13 @@ public:
 
     [[nodiscard]] bool empty() const { return _keys.empty(); }
 
-    /// Ed25519 over all the bytes. True when any trusted key made the signature; false for an empty or
-    /// undecodable one.
-    [[nodiscard]] bool haveSigned(std::span<const std::byte> bytes, std::string_view base64Signature) const;
+    /// How many different keys these are.
+    [[nodiscard]] std::size_t distinct() const;
+
+    /// Ed25519 over all the bytes. True when any trusted key made the signature, or one of several with white
+    /// space between them: while one key replaces another, both sign. False for empty or undecodable ones and
+    /// for more than four.
+    [[nodiscard]] bool haveSigned(std::span<const std::byte> bytes, std::string_view base64Signatures) const;
 
 private:
     std::vector<PublicKey> _keys;

@@ -2,9 +2,11 @@
 
 #include "Platform/linux/updates/UpdateFailure.h"
 
+#include <algorithm>
 #include <charconv>
 #include <optional>
 #include <span>
+#include <utility>
 
 namespace ferrobank::updates {
 namespace {
@@ -47,7 +49,8 @@ SignedFeed splitSignedFeed(std::string_view file)
         throw notSigned();
     block = block.substr(0, end);
 
-    std::optional<std::string_view> signature;
+    constexpr std::size_t kMostSignatures = 4;
+    std::vector<std::string_view> signatures;
     std::optional<std::string_view> length;
     while (!block.empty()) {
         const std::string_view line = takeLine(block);
@@ -55,12 +58,17 @@ SignedFeed splitSignedFeed(std::string_view file)
             continue;
         const auto colon = line.find(':');
         const std::string_view name = line.substr(0, colon);
-        auto& value = name == "edSignature" ? signature : length;
-        if (colon == std::string_view::npos || value || (name != "edSignature" && name != "length"))
+        const bool isSignature = name == "edSignature" && signatures.size() < kMostSignatures;
+        const bool isLength = name == "length" && !length;
+        if (colon == std::string_view::npos || (!isSignature && !isLength))
             throw notSigned();
-        value = trimmed(line.substr(colon + 1));
+        const std::string_view value = trimmed(line.substr(colon + 1));
+        if (isSignature)
+            signatures.push_back(value);
+        else
+            length = value;
     }
-    if (!signature || !length)
+    if (signatures.empty() || !length)
         throw notSigned();
 
     std::size_t announced = 0;
@@ -69,13 +77,16 @@ SignedFeed splitSignedFeed(std::string_view file)
     const auto [parsedTo, error] = std::from_chars(length->data(), last, announced);
     if (error != std::errc() || parsedTo != last || announced != start)
         throw notSigned();
-    return {file.substr(0, start), *signature};
+    return {file.substr(0, start), std::move(signatures)};
 }
 
 std::string_view verifiedFeedContent(std::string_view file, const TrustedKeys& keys)
 {
     const SignedFeed feed = splitSignedFeed(file);
-    if (!keys.haveSigned(std::as_bytes(std::span(feed.content)), feed.signature))
+    const auto isGood = [&](std::string_view signature) {
+        return keys.haveSigned(std::as_bytes(std::span(feed.content)), signature);
+    };
+    if (std::ranges::none_of(feed.signatures, isGood))
         throw notSigned();
     return feed.content;
 }

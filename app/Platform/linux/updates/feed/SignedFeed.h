@@ -4,19 +4,21 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace ferrobank::updates {
 
 /// A feed file taken apart: what was signed, and the block that says by what. Views into the file's bytes.
 struct SignedFeed {
     std::string_view content;
-    std::string_view signature; ///< base64, not yet checked
+    std::vector<std::string_view> signatures; ///< base64, not yet checked; at least one
 };
 
 /// Takes a feed file apart. The block is the file's last comment that begins with "<!-- sparkle-signatures:"
-/// and a line feed; everything before it is the content. Throws UpdateFailure (Signature) when there is no
-/// block, a line of it is missing, unknown or there twice, its length is not the content's, or anything but
-/// white space follows it.
+/// and a line feed; everything before it is the content. There may be a line for each of several signatures,
+/// one of which has to be good. Throws UpdateFailure (Signature) when there is no block, a line of it is
+/// missing or unknown, there are more than four signatures or two lengths, its length is not the content's,
+/// or anything but white space follows it.
 [[nodiscard]] SignedFeed splitSignedFeed(std::string_view file);
 
 /// The content of a feed file that one of the keys has signed. Throws UpdateFailure (Signature). Nothing may

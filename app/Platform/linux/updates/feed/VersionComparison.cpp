@@ -88,6 +88,18 @@ std::weak_ordering compareParts(const Part& left, const Part& right)
 
 } // namespace
 
+bool isUsableVersion(std::string_view text)
+{
+    constexpr std::size_t kLongest = 64;
+    const auto isPlain = [](char c) {
+        return isDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+    };
+    return !text.empty() && text.size() <= kLongest && isPlain(text.front()) &&
+           std::ranges::all_of(text, [&](char c) {
+               return isPlain(c) || std::string_view("._+-").find(c) != std::string_view::npos;
+           });
+}
+
 int compareVersions(std::string_view left, std::string_view right)
 {
     Version a = read(left);

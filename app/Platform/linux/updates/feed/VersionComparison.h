@@ -14,6 +14,11 @@ namespace ferrobank::updates {
 /// Negative when `left` is older, positive when it is newer, 0 when they are equal.
 [[nodiscard]] int compareVersions(std::string_view left, std::string_view right);
 
+/// Whether a text may stand for a version of ours: 1 to 64 of the letters A to Z, digits and ". _ + -", the
+/// first one a letter or digit. Folders are named after it and records keep it in a line, so nothing else
+/// may. Pure.
+[[nodiscard]] bool isUsableVersion(std::string_view text);
+
 [[nodiscard]] inline bool isNewer(std::string_view left, std::string_view right)
 {
     return compareVersions(left, right) > 0;

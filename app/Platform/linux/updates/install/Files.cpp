@@ -44,6 +44,20 @@ int writeFileAtomically(const std::filesystem::path& file, std::string_view text
     return syncFolder(file.parent_path());
 }
 
+int overwriteFile(const std::filesystem::path& file, std::string_view text)
+{
+    Descriptor descriptor(::open(file.c_str(), O_WRONLY | O_NOFOLLOW | O_CLOEXEC));
+    struct stat facts{};
+    if (!descriptor.isOpen() || ::fstat(descriptor.number(), &facts) != 0)
+        return errno;
+    if (!S_ISREG(facts.st_mode) || facts.st_size != static_cast<off_t>(text.size()))
+        return ENOSPC;
+    const ssize_t count = ::pwrite(descriptor.number(), text.data(), text.size(), 0);
+    if (count != static_cast<ssize_t>(text.size()))
+        return count < 0 ? errno : ENOSPC;
+    return ::fsync(descriptor.number()) == 0 && descriptor.closeChecked() ? 0 : errno;
+}
+
 int syncFolder(const std::filesystem::path& folder)
 {
     const Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));

@@ -15,6 +15,10 @@ inline constexpr std::size_t kLongestRecord = std::size_t{1024} * 1024;
 /// failure.
 [[nodiscard]] int writeFileAtomically(const std::filesystem::path& file, std::string_view text);
 
+/// Writes over a file that is there and of exactly this length already, and forces it to the disk; takes no
+/// room where file systems write in place. 0 or errno.
+[[nodiscard]] int overwriteFile(const std::filesystem::path& file, std::string_view text);
+
 /// Writes all of it; 0 or errno.
 [[nodiscard]] int writeAll(int descriptor, std::span<const std::byte> bytes);
 

@@ -3,6 +3,8 @@
 #include "Platform/Bundle.h"
 
 #include <fcntl.h>
+#include <grp.h>
+#include <pwd.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <sys/sysmacros.h>
@@ -38,6 +40,23 @@ bool isOnRemovableMedium(dev_t device)
     return false;
 }
 
+/// Whether a group has nobody but us in it, as many systems give every user one.
+bool isOurOwnGroup(gid_t number)
+{
+    const passwd* const user = ::getpwuid(::geteuid());
+    if (!user || user->pw_gid != number)
+        return false;
+    const std::string name = user->pw_name;
+    const group* const facts = ::getgrgid(number);
+    if (!facts || facts->gr_name != name)
+        return false;
+    for (char** member = facts->gr_mem; *member; ++member) {
+        if (*member != name)
+            return false;
+    }
+    return true;
+}
+
 /// The reason why a folder cannot be worked in, or nothing.
 std::string folderProblem(const fs::path& folder)
 {
@@ -57,6 +76,8 @@ std::string folderProblem(const fs::path& folder)
         return "it belongs to another user";
     if ((facts.st_mode & S_IWOTH) != 0)
         return "every user may write into its folder";
+    if ((facts.st_mode & S_IWGRP) != 0 && !isOurOwnGroup(facts.st_gid))
+        return "other users of its group may write into its folder";
     if (::faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0)
         return "its folder cannot be written to";
     return {};

@@ -96,6 +96,8 @@ Manifest readManifest(std::string_view json)
         Manifest manifest;
         manifest.product = root.at("product").get<std::string>();
         manifest.version = root.at("version").get<std::string>();
+        if (!isUsableVersion(manifest.version))
+            throw unusable("its version is of letters that none may have");
         manifest.channel = root.at("channel").get<std::string>();
         manifest.system = root.at("system").get<std::string>();
         const Json requires_ = root.value("requires", Json::object());

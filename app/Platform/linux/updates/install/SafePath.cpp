@@ -43,10 +43,11 @@ bool isSafeTarget(std::string_view path, std::string_view target)
         target.front() == '/')
         return false;
     auto depth = std::ranges::count(path, '/');
+    bool isAtBeginning = true;
     return everyName(target, [&](std::string_view name) {
         if (name == "..")
-            return --depth >= 0;
-        ++depth;
+            return isAtBeginning && --depth >= 0;
+        isAtBeginning = false;
         return isPlainName(name);
     });
 }

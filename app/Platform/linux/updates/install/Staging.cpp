@@ -11,7 +11,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <nlohmann/json.hpp>
@@ -35,19 +34,6 @@ void removeAll(const fs::path& path)
 
 } // namespace
 
-bool isRunningFrom(const fs::path& folder)
-{
-    const std::string prefix = folder.string() + "/";
-    std::error_code error;
-    for (fs::directory_iterator it("/proc", error), end; !error && it != end; it.increment(error)) {
-        std::error_code unreadable; // not ours, or gone meanwhile
-        const fs::path executable = fs::read_symlink(it->path() / "exe", unreadable);
-        if (!unreadable && executable.string().starts_with(prefix))
-            return true;
-    }
-    return false;
-}
-
 Staging::Staging(InstallPlace place) : _place(std::move(place)), _folder(_place.staging()) {}
 
 std::optional<StagedUpdate> Staging::staged() const
@@ -60,9 +46,12 @@ std::optional<StagedUpdate> Staging::staged() const
         !json.contains("item") || !json["item"].is_string())
         return std::nullopt;
     StagedUpdate update{json["version"], json["item"]};
-    const std::vector<std::string> bad = badVersionsAt(_place);
+    // One that was taken back since it was staged does not wait any more; one staged again after that does.
+    const int failuresThen =
+        json.contains("failures") && json["failures"].is_number_integer() ? json["failures"].get<int>() : 0;
     std::error_code ignored;
-    if (std::ranges::find(bad, update.version) != bad.end() || !fs::is_directory(rootOf(update), ignored))
+    if (timesBanned(bansAt(_place), update.version) > failuresThen ||
+        !fs::is_directory(rootOf(update), ignored))
         return std::nullopt;
     return update;
 }
@@ -91,7 +80,9 @@ void Staging::record(const StagedUpdate& update)
         throw notPrepared(errno);
     if (const int error = syncFolder(_folder); error != 0)
         throw notPrepared(error);
-    const nlohmann::json json{{"version", update.version}, {"item", update.item}};
+    const nlohmann::json json{{"version", update.version},
+                              {"item", update.item},
+                              {"failures", timesBanned(bansAt(_place), update.version)}};
     const std::string text = json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
     if (const int error = writeFileAtomically(_folder / "staged.json", text); error != 0)
         throw notPrepared(error);
@@ -142,10 +133,11 @@ void Staging::removeLeftovers(const std::string& installedVersion)
         if (it->path().filename().string().starts_with("kept-") && !isRunningFrom(it->path()))
             removeAll(it->path());
     }
-    for (const char* name : {"staged.json.new", "trial.new", "bad.new", "archive.json.new"})
+    for (const char* name : {"staged.json.new", "trial.new", "bad.new", "bad.ready.new", "archive.json.new"})
         ::unlink((_folder / name).c_str());
     if (trialAt(_place))
         return;
+    forgetTrial(_place); // and what was prepared for it
     ::rmdir((_folder / "probe-one").c_str());
     ::rmdir((_folder / "probe-other").c_str());
     // An update that was installed, or overtaken by hand, does not wait any more.
@@ -175,7 +167,11 @@ void Staging::removeOldVersions(const std::string& installedVersion)
         const std::string version = it->path().filename();
         const bool isInUse =
             it->path() == current || version == installedVersion || (waiting && version == waiting->version);
-        if (!isInUse && fs::is_directory(it->path() / _place.root.filename()) && !isRunningFrom(it->path()))
+        // What cannot be looked at stays; an error here must not end what the application asked for.
+        std::error_code unknown;
+        const bool isOurs = fs::is_directory(it->path() / _place.root.filename(), unknown) ||
+                            (fs::is_directory(it->path(), unknown) && fs::is_empty(it->path(), unknown));
+        if (!isInUse && isOurs && !isRunningFrom(it->path()))
             removeAll(it->path());
     }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/linux/updates/install/InstallPlace.h"
+#include "Platform/linux/updates/install/RunningPrograms.h"
 
 #include <array>
 #include <optional>
@@ -25,7 +26,7 @@ struct StagedUpdate {
 /// | next          | the unpacked version, complete only if staged.json says so; later the old version |
 /// | staged.json   | StagedUpdate                                                                      |
 /// | kept-…       | an old version that something still runs from                                     |
-/// | trial, bad    | see Trial                                                                         |
+/// | trial, bad, bad.ready | see Trial                                                                 |
 class Staging {
 public:
     explicit Staging(InstallPlace place);
@@ -66,8 +67,5 @@ private:
     InstallPlace _place;
     std::filesystem::path _folder;
 };
-
-/// Whether a process that we can look at runs a program that lies below the folder, or is that program.
-[[nodiscard]] bool isRunningFrom(const std::filesystem::path& folder);
 
 } // namespace ferrobank::updates

@@ -32,10 +32,11 @@ Descriptor openStaging(const InstallPlace& place)
 
 } // namespace
 
-StagingLock::StagingLock(const InstallPlace& place, std::chrono::milliseconds patience)
+StagingLock::StagingLock(const InstallPlace& place, std::chrono::milliseconds patience, Right right)
 {
+    const char* const name = right == Right::Work ? "lock" : "trial-lock";
     const Descriptor folder = openStaging(place);
-    _file = Descriptor(::openat(folder.number(), "lock", O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600));
+    _file = Descriptor(::openat(folder.number(), name, O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600));
     if (!_file.isOpen())
         throw systemFailure(Problem::Place, "There is no place to prepare the update in", errno);
     const auto deadline = std::chrono::steady_clock::now() + patience;

@@ -28,9 +28,18 @@ int exchange(const fs::path& one, const fs::path& other)
     return status == 0 ? 0 : errno;
 }
 
+/// Whether the application's folder is there with its executable. What else belongs in it was checked when it
+/// was staged.
+bool isThere(const fs::path& bundle)
+{
+    return ::access((bundle / "Contents/Linux/Ferrobank").c_str(), X_OK) == 0;
+}
+
 void swapFolders(const InstallPlace& place)
 {
     const fs::path other = place.staging() / "next" / place.root.filename();
+    if (!isThere(other))
+        throw notReplaced(ENOENT);
     if (const int error = exchange(place.root, other); error != 0)
         throw notReplaced(error);
     // The step is done; what remains is that it survives a power failure, and no error undoes it.
@@ -38,27 +47,49 @@ void swapFolders(const InstallPlace& place)
     std::ignore = syncFolder(other.parent_path());
 }
 
+fs::path wayBack(const InstallPlace& place)
+{
+    return place.home / ".current.back";
+}
+
+/// Moves what was unpacked to its place among the versions, unless it is there already.
+void takeAmongVersions(const InstallPlace& place, const std::string& version)
+{
+    const fs::path name = place.root.filename();
+    const fs::path versions = place.home / "versions";
+    const fs::path target = versions / version;
+    if (isThere(target / name))
+        return;
+    const fs::path next = place.staging() / "next";
+    if (!isThere(next / name))
+        throw notReplaced(ENOENT);
+    // A folder of that name without the application in it: somebody has removed a version half.
+    std::error_code error;
+    fs::remove_all(target, error);
+    if (::rename(next.c_str(), target.c_str()) != 0)
+        throw notReplaced(errno);
+    // Only the unpacked folder itself was private.
+    ::chmod(target.c_str(), 0755);
+    std::ignore = syncFolder(versions);
+}
+
 void swapLinks(const InstallPlace& place, const std::string& to)
 {
-    const fs::path versions = place.home / "versions";
-    const fs::path target = versions / to;
-    struct stat facts{};
-    if (::lstat(target.c_str(), &facts) != 0) {
-        if (::rename((place.staging() / "next").c_str(), target.c_str()) != 0)
-            throw notReplaced(errno);
-        // Only the unpacked folder itself was private.
-        ::chmod(target.c_str(), 0755);
-        std::ignore = syncFolder(versions);
-    }
+    takeAmongVersions(place, to);
+    const fs::path way = fs::path("versions") / to;
     const fs::path link = place.home / "current";
+    const fs::path prepared = wayBack(place);
+    std::error_code error;
+    if (fs::read_symlink(prepared, error) == way && ::rename(prepared.c_str(), link.c_str()) == 0) {
+        std::ignore = syncFolder(place.home);
+        return;
+    }
     const fs::path fresh = place.home / ".current.new";
     ::unlink(fresh.c_str());
-    if (::symlink((fs::path("versions") / to).c_str(), fresh.c_str()) != 0 ||
-        ::rename(fresh.c_str(), link.c_str()) != 0)
-    {
-        const int error = errno;
+    if (::symlink(way.c_str(), fresh.c_str()) != 0 || ::rename(fresh.c_str(), link.c_str()) != 0) {
+        const int number = errno;
         ::unlink(fresh.c_str());
-        throw notReplaced(error);
+        throw notReplaced(number);
     }
     std::ignore = syncFolder(place.home);
 }
@@ -88,6 +119,21 @@ void swapVersions(const InstallPlace& place, const std::string& to)
         swapLinks(place, to);
     else
         swapFolders(place);
+}
+
+void prepareWayBack(const InstallPlace& place, const std::string& to)
+{
+    if (place.layout != InstallPlace::Layout::Versioned)
+        return;
+    dropWayBack(place);
+    if (::symlink((fs::path("versions") / to).c_str(), wayBack(place).c_str()) != 0)
+        throw notReplaced(errno);
+}
+
+void dropWayBack(const InstallPlace& place)
+{
+    if (place.layout == InstallPlace::Layout::Versioned)
+        ::unlink(wayBack(place).c_str());
 }
 
 fs::path keptVersion(const InstallPlace& place, const std::string& version)

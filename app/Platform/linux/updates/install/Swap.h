@@ -15,8 +15,14 @@ namespace ferrobank::updates {
 /// one step: at every moment, power failure included, the stable path leads to one complete version. The
 /// other one is kept: in staging()/next (Exchange) or in its own folder below versions (Versioned). Doing it
 /// again with the versions the other way round takes it back. Throws UpdateFailure (Install, Space) with
-/// nothing changed.
+/// nothing changed, also when the version is not there: an empty folder of its name is none.
 void swapVersions(const InstallPlace& place, const std::string& to);
+
+/// Makes now, while there is room, the link that leads back to a version that is installed (Versioned;
+/// nothing is needed elsewhere), for the swap that takes an update back. Throws UpdateFailure (Install,
+/// Space).
+void prepareWayBack(const InstallPlace& place, const std::string& to);
+void dropWayBack(const InstallPlace& place);
 
 /// Where the version that is not installed lies after a swap from `version`.
 [[nodiscard]] std::filesystem::path keptVersion(const InstallPlace& place, const std::string& version);

@@ -4,6 +4,7 @@
 #include "Platform/linux/SmallFile.h"
 #include "Platform/linux/updates/UpdateFailure.h"
 #include "Platform/linux/updates/install/Files.h"
+#include "Platform/linux/updates/install/RunningPrograms.h"
 #include "Platform/linux/updates/install/StagingLock.h"
 #include "Platform/linux/updates/install/Swap.h"
 
@@ -11,6 +12,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <sstream>
 
@@ -19,17 +21,34 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kMostBadVersions = 50;
 constexpr std::chrono::seconds kInstallTakes{10};
+constexpr std::chrono::seconds kCountTakes{1};
 
 fs::path trialFile(const InstallPlace& place)
 {
     return place.staging() / "trial";
 }
 
-fs::path badFile(const InstallPlace& place)
+fs::path bansFile(const InstallPlace& place)
 {
     return place.staging() / "bad";
+}
+
+/// What bansFile() becomes when the version on trial fails; written while there was room.
+fs::path preparedBansFile(const InstallPlace& place)
+{
+    return place.staging() / "bad.ready";
+}
+
+std::int64_t secondsNow()
+{
+    const auto sinceEpoch = std::chrono::system_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::seconds>(sinceEpoch).count();
+}
+
+void tellFailure(const char* what)
+{
+    std::fprintf(stderr, "Ferrobank: %s\n", what);
 }
 
 struct FileIdentity {
@@ -60,17 +79,14 @@ std::optional<fs::path> otherExecutable(const InstallPlace& place, const FileIde
     return std::nullopt;
 }
 
-void actOn(const InstallPlace& place, Trial trial, std::string_view ownVersion)
+void actOn(const InstallPlace& place, const Trial& trial)
 {
-    switch (actAtStart(trial, ownVersion)) {
+    const bool runsAlready = isRunningFrom(place.root / "Contents/Linux", ::getpid());
+    switch (actAtStart(trial, versionOf(place.root), runsAlready)) {
     case StartAct::Run:
         break;
-    case StartAct::Count:
-        ++trial.starts;
-        writeTrial(place, trial);
-        break;
     case StartAct::TakeBack:
-        takeBack(place, trial);
+        takeBack(place, trial, secondsNow());
         break;
     case StartAct::Forget:
         forgetTrial(place);
@@ -95,13 +111,14 @@ std::optional<Trial> readTrial(std::string_view text)
     return isComplete ? std::optional(trial) : std::nullopt;
 }
 
-StartAct actAtStart(const std::optional<Trial>& trial, std::string_view ownVersion)
+StartAct actAtStart(const std::optional<Trial>& trial, std::string_view ownVersion, bool runsAlready)
 {
     if (!trial)
         return StartAct::Run;
     if (trial->version != ownVersion)
         return StartAct::Forget;
-    return trial->starts >= Trial::kMostFailedStarts ? StartAct::TakeBack : StartAct::Count;
+    const bool hasFailed = trial->starts >= Trial::kMostFailedStarts && !runsAlready;
+    return hasFailed ? StartAct::TakeBack : StartAct::Run;
 }
 
 std::optional<Trial> trialAt(const InstallPlace& place)
@@ -112,37 +129,49 @@ std::optional<Trial> trialAt(const InstallPlace& place)
 
 void writeTrial(const InstallPlace& place, const Trial& trial)
 {
-    if (const int error = writeFileAtomically(trialFile(place), trialText(trial)); error != 0)
+    const std::string text = trialText(trial);
+    int error = writeFileAtomically(trialFile(place), text);
+    if (error != 0)
+        error = overwriteFile(trialFile(place), text);
+    if (error != 0)
         throw systemFailure(Problem::Install, "The update could not be prepared", error);
 }
 
 void forgetTrial(const InstallPlace& place)
 {
     ::unlink(trialFile(place).c_str());
+    ::unlink(preparedBansFile(place).c_str());
+    dropWayBack(place);
 }
 
-std::vector<std::string> badVersionsAt(const InstallPlace& place)
+std::vector<Ban> bansAt(const InstallPlace& place)
 {
-    std::vector<std::string> versions;
-    std::istringstream lines(readSmallFile(badFile(place), kLongestRecord).value_or(std::string()));
-    for (std::string line; std::getline(lines, line) && versions.size() < kMostBadVersions;) {
-        if (!line.empty())
-            versions.push_back(line);
-    }
-    return versions;
+    return readBans(readSmallFile(bansFile(place), kLongestRecord).value_or(std::string()));
 }
 
-void takeBack(const InstallPlace& place, const Trial& trial)
+void writeBans(const InstallPlace& place, const std::vector<Ban>& bans)
 {
-    // Noted first: if the power fails in between, the failed version is still never installed again.
-    std::vector<std::string> bad = badVersionsAt(place);
-    if (std::ranges::find(bad, trial.version) == bad.end())
-        bad.insert(bad.begin(), trial.version);
-    std::string text;
-    for (const std::string& version : bad)
-        text += version + "\n";
-    if (const int error = writeFileAtomically(badFile(place), text); error != 0)
+    if (const int error = writeFileAtomically(bansFile(place), bansText(bans)); error != 0)
         throw systemFailure(Problem::Install, "The failed update could not be noted", error);
+}
+
+void prepareTakingBack(const InstallPlace& place, const Trial& trial, std::int64_t now)
+{
+    const std::string text = bansText(withFailure(bansAt(place), trial.version, now));
+    if (const int error = writeFileAtomically(preparedBansFile(place), text); error != 0)
+        throw systemFailure(Problem::Install, "The update could not be prepared", error);
+    prepareWayBack(place, trial.previous);
+}
+
+void takeBack(const InstallPlace& place, const Trial& trial, std::int64_t now)
+{
+    // Noted first: if the power fails in between, the failed version is still not tried again at once.
+    try {
+        writeBans(place, withFailure(bansAt(place), trial.version, now));
+    } catch (const UpdateFailure& failure) {
+        if (::rename(preparedBansFile(place).c_str(), bansFile(place).c_str()) != 0)
+            tellFailure(failure.what());
+    }
     swapVersions(place, trial.previous);
     // What is staged now is the failed version.
     ::unlink((place.staging() / "staged.json").c_str());
@@ -156,17 +185,33 @@ std::optional<fs::path> executableToRunInstead(const InstallPlace& place, const 
     const FileIdentity running = identityOf(self);
     try {
         // Waits for an installation that is under way, which may replace the files under this very process.
-        const StagingLock lock(place, kInstallTakes);
+        const StagingLock lock(place, kInstallTakes, StagingLock::Right::Trial);
         if (const auto other = otherExecutable(place, running))
             return other;
         if (const auto trial = trialAt(place))
-            actOn(place, *trial, versionOf(place.root));
+            actOn(place, *trial);
         else
             forgetTrial(place);
     } catch (const UpdateFailure& failure) {
-        std::fprintf(stderr, "Ferrobank: %s\n", failure.what());
+        tellFailure(failure.what());
     }
     return otherExecutable(place, running);
+}
+
+void countStart(const InstallPlace& place)
+{
+    if (::access(trialFile(place).c_str(), F_OK) != 0)
+        return;
+    try {
+        const StagingLock lock(place, kCountTakes, StagingLock::Right::Trial);
+        auto trial = trialAt(place);
+        if (!trial || trial->version != versionOf(place.root))
+            return;
+        trial->starts = std::min(trial->starts + 1, Trial::kMostFailedStarts);
+        writeTrial(place, *trial);
+    } catch (const UpdateFailure& failure) {
+        tellFailure(failure.what());
+    }
 }
 
 } // namespace ferrobank::updates

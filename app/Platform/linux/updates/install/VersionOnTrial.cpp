@@ -14,4 +14,9 @@ void settleVersionToRun(char** arguments)
         ::execv(other->c_str(), arguments);
 }
 
+void countStartOnTrial()
+{
+    updates::countStart(updates::InstallPlace::of(Bundle::main().root()));
+}
+
 } // namespace ferrobank

@@ -62,8 +62,8 @@ ProcessRun::ProcessRun(const QString& program, const QString& command, const QJs
                 ended();
         },
         Qt::QueuedConnection);
-    process->setProcessChannelMode(QProcess::SeparateChannels);
-    process->setStandardErrorFile(QProcess::nullDevice());
+    // Its errors go where ours go, and so do those of the version that it starts when we have ended.
+    process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     process->start(program, QStringList{command});
     process->write(QJsonDocument(request).toJson(QJsonDocument::Compact));
     process->closeWriteChannel();

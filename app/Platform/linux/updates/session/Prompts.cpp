@@ -31,7 +31,7 @@ UpdatePrompt asking(const SessionView& view)
         prompt.automatic = view.automatic;
     }
     prompt.buttons = {button(UpdateAction::AllowAutomatic, "Check Automatically"),
-                      button(UpdateAction::DeclineAutomatic, "Don\u2019t Check")};
+                      button(UpdateAction::DeclineAutomatic, "Don’t Check")};
     prompt.dismiss = UpdateAction::Close;
     return prompt;
 }
@@ -39,7 +39,7 @@ UpdatePrompt asking(const SessionView& view)
 UpdatePrompt checking()
 {
     UpdatePrompt prompt;
-    prompt.headline = tr("Checking for updates\u2026");
+    prompt.headline = tr("Checking for updates…");
     prompt.isBusy = true;
     prompt.buttons = {button(UpdateAction::Cancel, "Cancel")};
     prompt.dismiss = UpdateAction::Cancel;
@@ -59,10 +59,18 @@ UpdatePrompt nothingNew(const SessionView& view)
                    : tr("Ferrobank %1 is available, but it does not support a system as new as yours."))
                 .arg(nothing.latest);
         if (!nothing.page.isEmpty())
-            prompt.buttons.append(button(UpdateAction::OpenPage, "Learn More\u2026"));
+            prompt.buttons.append(button(UpdateAction::OpenPage, "Learn More…"));
         return prompt;
     }
-    prompt.headline = tr("You\u2019re up to date!");
+    if (nothing.reason == "takenBack"_L1) {
+        prompt.headline = tr("Ferrobank %1 was taken back").arg(nothing.latest);
+        prompt.text =
+            tr("It was installed here before and did not start, so %1 was put back. Check again to try it "
+               "once more.")
+                .arg(view.installed);
+        return prompt;
+    }
+    prompt.headline = tr("You’re up to date!");
     if (nothing.reason == "newerThanLatest"_L1)
         prompt.text =
             tr("Ferrobank %1 is currently the newest version available. You are running version %2.")
@@ -82,7 +90,7 @@ void addForeignWay(const SessionView& view, UpdatePrompt& prompt)
         prompt.text += u' ' + tr("To update: %1").arg(view.advice);
     prompt.buttons = {button(UpdateAction::Close, "OK")};
     if (!view.offer.link.isEmpty())
-        prompt.buttons.append(button(UpdateAction::OpenPage, "Learn More\u2026"));
+        prompt.buttons.append(button(UpdateAction::OpenPage, "Learn More…"));
 }
 
 UpdatePrompt found(const SessionView& view)
@@ -92,6 +100,8 @@ UpdatePrompt found(const SessionView& view)
     prompt.headline = offer.critical ? tr("An important update for Ferrobank is available")
                                      : tr("A new version of Ferrobank is available");
     prompt.text = tr("Ferrobank %1 is now available; you have %2.").arg(offer.displayVersion, view.installed);
+    if (offer.takenBack)
+        prompt.text += u' ' + tr("It was installed here before, did not start, and was taken back.");
     prompt.notes = offer.notes;
     prompt.dismiss = UpdateAction::RemindLater;
     if (!view.mayReplace) {
@@ -100,7 +110,7 @@ UpdatePrompt found(const SessionView& view)
         return prompt;
     }
     if (offer.informational)
-        prompt.buttons = {button(UpdateAction::OpenPage, "Learn More\u2026")};
+        prompt.buttons = {button(UpdateAction::OpenPage, "Learn More…")};
     else
         prompt.buttons = {button(UpdateAction::Install, "Install Update")};
     prompt.buttons.append(button(UpdateAction::RemindLater, "Remind Me Later"));
@@ -117,7 +127,7 @@ UpdatePrompt downloading(const SessionView& view, const QLocale& locale)
 {
     constexpr auto kFormat = QLocale::DataSizeSIFormat;
     UpdatePrompt prompt;
-    prompt.headline = tr("Downloading update\u2026");
+    prompt.headline = tr("Downloading update…");
     prompt.text = tr("%1 of %2")
                       .arg(locale.formattedDataSize(view.bytes, 1, kFormat),
                            locale.formattedDataSize(view.offer.length, 1, kFormat));
@@ -133,7 +143,7 @@ UpdatePrompt downloading(const SessionView& view, const QLocale& locale)
 UpdatePrompt preparing()
 {
     UpdatePrompt prompt;
-    prompt.headline = tr("Verifying and unpacking the update\u2026");
+    prompt.headline = tr("Verifying and unpacking the update…");
     prompt.isBusy = true;
     return prompt;
 }
@@ -153,7 +163,7 @@ UpdatePrompt ready(const SessionView& view)
 UpdatePrompt installing()
 {
     UpdatePrompt prompt;
-    prompt.headline = tr("Installing update\u2026");
+    prompt.headline = tr("Installing update…");
     prompt.isBusy = true;
     return prompt;
 }
@@ -161,9 +171,13 @@ UpdatePrompt installing()
 UpdatePrompt replaced(const SessionView& view)
 {
     UpdatePrompt prompt;
-    prompt.headline = tr("Ferrobank was updated");
-    prompt.text = tr("Ferrobank %1 is installed; %2 is still running. Relaunch to finish the update.")
-                      .arg(view.replacement, view.installed);
+    prompt.headline =
+        view.replacementIsOlder ? tr("An older Ferrobank is installed") : tr("Ferrobank was updated");
+    prompt.text =
+        (view.replacementIsOlder
+             ? tr("Ferrobank %1 was put in the place of %2, which is still running. Relaunch to use it.")
+             : tr("Ferrobank %1 is installed; %2 is still running. Relaunch to finish the update."))
+            .arg(view.replacement, view.installed);
     prompt.buttons = {button(UpdateAction::Relaunch, "Relaunch"), button(UpdateAction::Close, "Later")};
     return prompt;
 }

@@ -42,7 +42,8 @@ enum class Stage {
 
 /// Why nothing is offered, as the worker tells it, with the release that this is about.
 struct NothingNew {
-    QString reason; ///< "onLatest", "newerThanLatest", "systemTooOld", "systemTooNew", "unknown"
+    QString reason; ///< "onLatest", "newerThanLatest", "systemTooOld", "systemTooNew", "takenBack",
+                    ///< "unknown"
     QString latest; ///< display version
     QUrl page;
     QUrl history;
@@ -53,6 +54,7 @@ struct SessionView {
     Stage stage = Stage::Idle;
     QString installed;
     QString replacement; ///< the version that somebody else has put in the place of the running one
+    bool replacementIsOlder = false;
     Offer offer;
     NothingNew nothingNew;
     bool mayReplace = true;

@@ -2,12 +2,16 @@
 
 #include "Ferrobank/Async/Spawn.h"
 #include "Platform/Clock.h"
+#include "Platform/linux/updates/feed/VersionComparison.h"
 #include "Platform/linux/updates/session/Prompts.h"
 #include "Platform/linux/updates/session/Schedule.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QLocale>
 #include <QtCore/QRandomGenerator>
+#include <QtCore/QTimeZone>
 
+#include <algorithm>
 #include <utility>
 
 namespace ferrobank::updates {
@@ -20,12 +24,15 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds kAfterStart = std::chrono::seconds(5); ///< the start of the program comes first
 constexpr milliseconds kHealthyAfter = std::chrono::seconds(10);
+constexpr milliseconds kFirstHealthPause = std::chrono::minutes(1);
+constexpr milliseconds kLongestHealthPause = std::chrono::hours(1);
 constexpr int kQuitPatience = 3000; ///< milliseconds
 constexpr double kJitterSteps = 1000.0;
 
-double jitter()
+/// A random number as a share from -1 to 1.
+double shareOf(std::uint32_t number)
 {
-    return QRandomGenerator::global()->bounded(-1000, 1001) / kJitterSteps;
+    return (static_cast<double>(number % 2001) - kJitterSteps) / kJitterSteps;
 }
 
 } // namespace
@@ -50,12 +57,23 @@ QDateTime UpdateSession::now() const
 {
     const auto sinceEpoch = _with.clock.wallTime().time_since_epoch();
     return QDateTime::fromMSecsSinceEpoch(std::chrono::duration_cast<milliseconds>(sinceEpoch).count(),
-                                          Qt::UTC);
+                                          QTimeZone::utc());
+}
+
+QDateTime UpdateSession::latestKnown() const
+{
+    const QDateTime seen = QDateTime::fromString(_state.newestDateSeen, Qt::ISODate);
+    return seen.isValid() ? std::max(seen, now()) : now();
+}
+
+std::uint32_t UpdateSession::random() const
+{
+    return _with.random ? _with.random() : QRandomGenerator::global()->generate();
 }
 
 void UpdateSession::save() const
 {
-    if (!_with.stateFile.save(_state))
+    if (!_with.states.save(_state))
         qWarning("The updater's state could not be saved.");
 }
 
@@ -63,14 +81,18 @@ void UpdateSession::save() const
 
 void UpdateSession::start()
 {
-    _state = _with.stateFile.load();
+    _state = _with.states.load();
     ++_state.launches;
     while (_state.group == 0)
-        _state.group = QRandomGenerator::global()->generate();
+        _state.group = random();
+    endAtNow(_state, latestKnown());
+    _state.failedOffers.removeIf([this](const FailedOffer& offer) {
+        return !isNewer(offer.version.toStdString(), _with.configuration.version.toStdString());
+    });
     _view.automatic = downloadsAutomatically(_with.configuration, _state);
     save();
     if (_with.isOnTrial())
-        spawn(this, reportHealthLater());
+        spawn(this, reportHealthAfter(kHealthyAfter));
     if (_with.configuration.isOn())
         spawn(this, runStartUp());
 }
@@ -84,24 +106,34 @@ QCoro::Task<> UpdateSession::runStartUp()
     _run = _with.worker.start(u"status"_s, request(), [this](const QJsonObject& event) { onStatus(event); });
 }
 
-QCoro::Task<> UpdateSession::reportHealthLater()
+QCoro::Task<> UpdateSession::reportHealthAfter(milliseconds delay)
 {
     const auto hold = _lifeline.hold();
-    co_await _with.clock.sleep(kHealthyAfter);
-    if (hold.isCut())
+    co_await _with.clock.sleep(delay);
+    if (hold.isCut() || !_with.isOnTrial())
         co_return;
-    _healthRun = _with.worker.start(u"healthy"_s, request(), [](const QJsonObject&) {});
+    _healthRun = _with.worker.start(u"healthy"_s, request(), [this](const QJsonObject& event) {
+        if (event[u"event"_s] != "failed"_L1)
+            return;
+        // Without the note the next two starts would count against a version that works.
+        _healthRun.reset();
+        _healthPause = std::clamp(2 * _healthPause, kFirstHealthPause, kLongestHealthPause);
+        spawn(this, reportHealthAfter(_healthPause));
+    });
 }
 
 void UpdateSession::onStatus(const QJsonObject& event)
 {
     _run.reset();
-    const QJsonObject place = event[u"place"_s].toObject();
-    _view.mayReplace = place[u"mayReplace"_s].toBool();
-    _view.placeSentence = place[u"sentence"_s].toString();
-    _view.advice = place[u"advice"_s].toString();
-    const bool hasAnswer = event[u"event"_s] == "status"_L1;
-    if (hasAnswer && event.contains(u"staged"_s)) {
+    if (event[u"event"_s] != "status"_L1) {
+        // Nothing is known of the place now, which is no reason never to look for updates again.
+        fail(event);
+        return;
+    }
+    takePlace(event);
+    settleInstallation(event);
+    tellTakenBack(event[u"takenBack"_s].toObject());
+    if (event.contains(u"staged"_s)) {
         _view.offer = offerFromJson(event[u"staged"_s].toObject());
         staged();
         return;
@@ -114,12 +146,58 @@ void UpdateSession::onStatus(const QJsonObject& event)
     planNextCheck();
 }
 
+void UpdateSession::takePlace(const QJsonObject& event)
+{
+    const QJsonObject place = event[u"place"_s].toObject();
+    _view.mayReplace = place[u"mayReplace"_s].toBool();
+    _view.placeSentence = place[u"sentence"_s].toString();
+    _view.advice = place[u"advice"_s].toString();
+    _isFolder = place[u"isFolder"_s].toBool(_view.mayReplace);
+}
+
+void UpdateSession::settleInstallation(const QJsonObject& status)
+{
+    // What was begun when the program ended last time could tell its end to nobody.
+    if (_state.installing.isEmpty())
+        return;
+    Offer offer;
+    offer.version = std::exchange(_state.installing, {});
+    offer.signature = std::exchange(_state.installingSignature, {});
+    const bool isInstalled = !isNewer(offer.version.toStdString(), _with.configuration.version.toStdString());
+    const bool waits = status[u"staged"_s].toObject()[u"version"_s].toString() == offer.version;
+    const bool isTakenBack = status[u"takenBack"_s].toObject()[u"version"_s].toString() == offer.version;
+    if (!isInstalled && !waits && !isTakenBack)
+        noteRefusal(_state, offer, now(), tr("Ferrobank %1 could not be installed.").arg(offer.version));
+    save();
+}
+
+void UpdateSession::tellTakenBack(const QJsonObject& takenBack)
+{
+    const QString version = takenBack[u"version"_s].toString();
+    const QString failure = version + u' ' + QString::number(takenBack[u"times"_s].toInt());
+    if (version.isEmpty() || _state.toldTakenBack == failure)
+        return;
+    _state.toldTakenBack = failure;
+    save();
+    const QDate until =
+        QDateTime::fromString(takenBack[u"until"_s].toString(), Qt::ISODate).toLocalTime().date();
+    _with.surroundings.notify(
+        tr("Ferrobank %1 was taken back").arg(version),
+        tr("It did not start on this computer, so %1 was put back. It is tried again after "
+           "%2, or when you choose “Check for Updates…”.")
+            .arg(_with.configuration.version, QLocale().toString(until, QLocale::ShortFormat)));
+}
+
 void UpdateSession::planNextCheck()
 {
     ++_turn;
     const bool isQuiet = _view.stage == Stage::Idle || _view.stage == Stage::Ready;
-    if (!isQuiet || !_view.mayReplace || !checksAutomatically(_with.configuration, _state))
+    // A copy of the kind that replaces itself, but cannot in its place, looks too, and tells what it finds.
+    const bool isOurs = _view.mayReplace || _isFolder;
+    if (!isQuiet || !isOurs || !checksAutomatically(_with.configuration, _state))
         return;
+    if (endAtNow(_state, latestKnown()))
+        save();
     ScheduleFacts facts;
     facts.now = now();
     facts.lastCheck = _state.lastCheck;
@@ -127,7 +205,8 @@ void UpdateSession::planNextCheck()
     facts.failures = _state.failures;
     facts.hasStaged = _hasStaged;
     facts.needsAnswer = _hasStaged ? _stagedOffer.critical : !_state.announced.isEmpty();
-    facts.jitter = jitter();
+    facts.clockIsBehind = now() < latestKnown();
+    facts.jitter = shareOf(random());
     spawn(this, runScheduledCheck(_turn, untilNextCheck(facts)));
 }
 
@@ -176,10 +255,16 @@ void UpdateSession::bundleChanged()
     if (_view.stage == Stage::Installing || !isReplaced() || _toldReplacement == _view.replacement)
         return;
     _toldReplacement = _view.replacement;
-    _with.surroundings.notify(
-        tr("Ferrobank was updated"),
-        tr("Ferrobank %1 is installed. Choose \u201cCheck for Updates\u2026\u201d to relaunch.")
-            .arg(_view.replacement));
+    if (_view.replacementIsOlder)
+        _with.surroundings.notify(tr("An older Ferrobank is installed"),
+                                  tr("Ferrobank %1 was put in the place of %2, which is still running. The "
+                                     "next start runs the older one.")
+                                      .arg(_view.replacement, _view.installed));
+    else
+        _with.surroundings.notify(
+            tr("Ferrobank was updated"),
+            tr("Ferrobank %1 is installed. Choose “Check for Updates…” to relaunch.")
+                .arg(_view.replacement));
 }
 
 bool UpdateSession::isReplaced()
@@ -188,6 +273,7 @@ bool UpdateSession::isReplaced()
     if (version.isEmpty() || version == _with.configuration.version)
         return false;
     _view.replacement = version;
+    _view.replacementIsOlder = isNewer(_with.configuration.version.toStdString(), version.toStdString());
     return true;
 }
 
@@ -200,6 +286,7 @@ void UpdateSession::applicationQuits()
     }
     if (!_hasStaged || _view.stage == Stage::Installing || isReplaced())
         return;
+    noteInstalling();
     QJsonObject order = request();
     order[u"pid"_s] = qint64{QCoreApplication::applicationPid()};
     const auto run = _with.worker.start(u"install"_s, order, [](const QJsonObject&) {});

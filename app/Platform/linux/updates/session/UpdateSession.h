@@ -30,10 +30,11 @@ struct SessionCollaborators {
     UpdateSurroundings& surroundings;
     UpdateWorker& worker;
     Clock& clock;
-    UpdateStateFile stateFile;
+    UpdateStateStore& states;
     std::function<void()> quit;              ///< asks the application to end
     std::function<bool()> isOnTrial;         ///< whether the running version was just installed
     std::function<QString()> versionInPlace; ///< the version that a start would run now; empty for none
+    std::function<std::uint32_t()> random;   ///< any number; the system's own where it is empty
 };
 
 /// The updater: schedule, consent, one session at a time, and the update that waits. Main thread; lives as
@@ -43,7 +44,8 @@ struct SessionCollaborators {
 /// session brings that one up. A version that was downloaded in the background is offered to the delegate: at
 /// once, after each reconsider(), at each scheduled check and at the next start. What the delegate refuses is
 /// installed when the application quits. Failures of background sessions are silent and only delay the next
-/// check.
+/// check, until a fortnight has passed without anything else: then the user is told, in the words of the
+/// failure. An offer that was refused is not downloaded again before a day, later a week, has passed.
 ///
 /// A copy that somebody else has replaced while it runs, a package manager or a person, is left alone: the
 /// user is told once for each version and offered the relaunch; nothing is checked or installed before it.
@@ -74,7 +76,7 @@ private:
 
     QCoro::Task<> runStartUp();
     QCoro::Task<> runScheduledCheck(int turn, std::chrono::milliseconds delay);
-    QCoro::Task<> reportHealthLater();
+    QCoro::Task<> reportHealthAfter(std::chrono::milliseconds delay);
 
     void planNextCheck();
     void beginCheck(Manner manner);
@@ -95,8 +97,14 @@ private:
     void offerToDelegate();
     void remind();
     [[nodiscard]] bool isReplaced();
-    void fail(const QJsonObject& event);
-    void warnAboutSilence();
+    enum class About { TheWay, TheOffer };
+    void fail(const QJsonObject& event, About about = About::TheWay);
+    void wentWell(); ///< and the user knows what there is to know
+    void countSilence(const QString& title, const QString& sentence); ///< of a session in the background
+    void tellTakenBack(const QJsonObject& takenBack);
+    void takePlace(const QJsonObject& event);
+    void noteInstalling(); ///< before the program ends for an installation
+    void settleInstallation(const QJsonObject& status);
 
     void act(UpdateAction action);
     void skip();
@@ -109,6 +117,8 @@ private:
     void showIfInWindow();
     [[nodiscard]] QJsonObject request() const;
     [[nodiscard]] QDateTime now() const;
+    [[nodiscard]] QDateTime latestKnown() const; ///< now, or a date that is past for certain
+    [[nodiscard]] std::uint32_t random() const;
     void save() const;
 
     SessionCollaborators _with;
@@ -123,6 +133,8 @@ private:
     QString _toldReplacement; ///< the version that the user was told of last
     std::unique_ptr<WorkerRun> _run;
     std::unique_ptr<WorkerRun> _healthRun;
+    std::chrono::milliseconds _healthPause{0}; ///< before the note is tried again
+    bool _isFolder = false;                    ///< this copy is of the kind that replaces itself
     int _turn = 0; ///< of the schedule; a planned check of an earlier turn is void
     Lifeline _lifeline;
 };

@@ -1,11 +1,14 @@
 // The steps of a session: what the worker is told to do and what its answers lead to.
 
+#include "Platform/linux/updates/session/Prompts.h"
 #include "Platform/linux/updates/session/Schedule.h"
 #include "Platform/linux/updates/session/UpdateSession.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QLocale>
 #include <QtCore/QPointer>
-#include <QtCore/QRandomGenerator>
+
+#include <utility>
 
 namespace ferrobank::updates {
 
@@ -13,7 +16,16 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int kSilentDays = 14;
+/// What the user is told when sessions in the background have failed for long.
+QString silenceTitle(Problem problem, bool isAboutOffer)
+{
+    if (isAboutOffer)
+        return UpdateSession::tr("An update could not be installed");
+    const bool isDoubtful =
+        problem == Problem::Stale || problem == Problem::Signature || problem == Problem::Feed;
+    return isDoubtful ? UpdateSession::tr("Updates could not be confirmed")
+                      : UpdateSession::tr("Ferrobank could not look for updates");
+}
 
 } // namespace
 
@@ -26,7 +38,8 @@ QJsonObject UpdateSession::request() const
                                      {u"majorVersion"_s, _state.skippedMajorVersion},
                                      {u"majorVersionRelease"_s, _state.skippedMajorRelease}}},
             {u"highestVersionSeen"_s, _state.highestVersionSeen},
-            {u"newestDateSeen"_s, _state.newestDateSeen}};
+            {u"newestDateSeen"_s, _state.newestDateSeen},
+            {u"validUntilSeen"_s, _state.validUntilSeen}};
 }
 
 // Check
@@ -49,6 +62,9 @@ void UpdateSession::onCheckEvent(const QJsonObject& event)
     if (event[u"event"_s] == "metered"_L1) {
         // Counts like a failure for the next attempt, in an hour or more, and for nothing else.
         ++_state.failures;
+        countSilence(
+            tr("Ferrobank has not looked for updates"),
+            tr("The connection is paid by volume. Choose “Check for Updates…” to look now."));
         save();
         finishSession();
         return;
@@ -58,10 +74,7 @@ void UpdateSession::onCheckEvent(const QJsonObject& event)
         return;
     }
     rememberGenuineFeed(event);
-    const QJsonObject place = event[u"place"_s].toObject();
-    _view.mayReplace = place[u"mayReplace"_s].toBool();
-    _view.placeSentence = place[u"sentence"_s].toString();
-    _view.advice = place[u"advice"_s].toString();
+    takePlace(event);
     if (event.contains(u"offer"_s))
         takeOffer(event);
     else
@@ -70,10 +83,10 @@ void UpdateSession::onCheckEvent(const QJsonObject& event)
 
 void UpdateSession::rememberGenuineFeed(const QJsonObject& event)
 {
-    _state.failures = 0;
     _state.lastGenuine = now();
     _state.highestVersionSeen = event[u"highestVersion"_s].toString();
     _state.newestDateSeen = event[u"newestDate"_s].toString();
+    _state.validUntilSeen = event[u"validUntil"_s].toString();
     const bool isByUser = _manner == Manner::InWindow;
     if (isByUser && event.contains(u"offer"_s)) {
         _state.skippedVersion.clear();
@@ -87,37 +100,61 @@ void UpdateSession::takeOffer(const QJsonObject& event)
 {
     const Offer offer = offerFromJson(event[u"offer"_s].toObject());
     if (_hasStaged && offer.version == _stagedOffer.version) {
+        wentWell();
         _manner == Manner::InWindow ? enter(Stage::Ready) : finishSession();
         return;
     }
     _view.offer = offer;
     _minimumForAutomatic = event[u"minimumForAutomatic"_s].toString();
     if (_manner == Manner::InWindow) {
+        wentWell();
         enter(Stage::Found);
         return;
     }
     const bool isSilent = _view.mayReplace && !offer.major && !offer.informational &&
                           downloadsAutomatically(_with.configuration, _state);
-    if (isSilent)
-        beginFetch(Manner::Background);
-    else
+    if (!isSilent) {
         announceOffer();
+        return;
+    }
+    if (mayFetch(_state, offer, now())) {
+        beginFetch(Manner::Background);
+        return;
+    }
+    _state.failures = 0;
+    countSilence(tr("An update could not be installed"), refusalOf(_state, offer)->sentence);
+    save();
+    finishSession();
 }
 
 void UpdateSession::takeNothing(const QJsonObject& event)
 {
-    if (_manner != Manner::InWindow) {
-        finishSession();
-        return;
-    }
     _view.nothingNew = {event[u"reason"_s].toString(), event[u"latest"_s].toString(),
                         QUrl(event[u"latestLink"_s].toString()), QUrl(event[u"history"_s].toString())};
-    enter(Stage::NothingNew);
+    if (_manner == Manner::InWindow) {
+        wentWell();
+        enter(Stage::NothingNew);
+        return;
+    }
+    const QString& reason = _view.nothingNew.reason;
+    const bool isKeptBack =
+        reason == "systemTooOld"_L1 || reason == "systemTooNew"_L1 || reason == "takenBack"_L1;
+    if (isKeptBack) {
+        _state.failures = 0;
+        SessionView told = _view;
+        told.stage = Stage::NothingNew;
+        const auto prompt = promptFor(told, QLocale());
+        countSilence(prompt->headline, prompt->text);
+        save();
+    } else
+        wentWell();
+    finishSession();
 }
 
 void UpdateSession::announceOffer()
 {
     const Offer& offer = _view.offer;
+    wentWell();
     if (_state.announced != offer.version) {
         _state.announced = offer.version;
         save();
@@ -125,7 +162,7 @@ void UpdateSession::announceOffer()
             offer.critical ? tr("Important update for Ferrobank") : tr("Update for Ferrobank");
         _with.surroundings.notify(
             title,
-            tr("Ferrobank %1 is available. Choose \u201cCheck for Updates\u2026\u201d to see what is new.")
+            tr("Ferrobank %1 is available. Choose “Check for Updates…” to see what is new.")
                 .arg(offer.displayVersion));
     }
     finishSession();
@@ -155,12 +192,12 @@ void UpdateSession::onFetchEvent(const QJsonObject& event)
     else if (name == "staged"_L1) {
         _run.reset();
         if (_view.offer.phased) {
-            _state.group = QRandomGenerator::global()->generate();
+            _state.group = random();
             save();
         }
         staged();
     } else
-        fail(event);
+        fail(event, About::TheOffer);
 }
 
 void UpdateSession::staged()
@@ -169,7 +206,7 @@ void UpdateSession::staged()
     _stagedOffer = _view.offer;
     _waitsForQuit = false;
     _state.announced.clear();
-    save();
+    wentWell();
     enter(Stage::Ready);
     offerToDelegate();
     if (_view.stage != Stage::Ready || _manner == Manner::InWindow)
@@ -228,46 +265,62 @@ void UpdateSession::beginRelaunch()
 void UpdateSession::onInstallEvent(const QJsonObject& event)
 {
     if (event[u"event"_s] == "waiting"_L1) {
+        if (_hasStaged)
+            noteInstalling();
         // From now on it only waits for this process to end.
         _run->release();
         _run.reset();
         _with.quit();
         return;
     }
-    // What cannot be installed is not kept: the next check begins anew.
+    // What cannot be installed is not kept: a later check begins anew.
     const bool isBusy = problemFromWord(event[u"problem"_s].toString().toStdString()) == Problem::Busy;
-    _hasStaged = _hasStaged && isBusy;
-    fail(event);
+    const bool wasStaged = std::exchange(_hasStaged, _hasStaged && isBusy);
+    fail(event, wasStaged ? About::TheOffer : About::TheWay);
+}
+
+void UpdateSession::noteInstalling()
+{
+    _state.installing = _stagedOffer.version;
+    _state.installingSignature = _stagedOffer.signature;
+    save();
 }
 
 // Failure
 
-void UpdateSession::fail(const QJsonObject& event)
+void UpdateSession::fail(const QJsonObject& event, About about)
 {
     _run.reset();
     _view.problem = problemFromWord(event[u"problem"_s].toString().toStdString());
     _view.sentence = event[u"sentence"_s].toString();
-    ++_state.failures;
-    warnAboutSilence();
-    save();
-    if (_manner == Manner::InWindow)
+    if (about == About::TheOffer && isRefusal(_view.problem)) {
+        noteRefusal(_state, _view.offer, now(), _view.sentence);
+        _state.failures = 0;
+    } else
+        ++_state.failures;
+    if (_manner == Manner::InWindow) {
+        save();
         enter(Stage::Failed);
-    else {
-        qInfo("Updates: %s", qUtf8Printable(_view.sentence));
-        finishSession();
+        return;
     }
+    qInfo("Updates: %s", qUtf8Printable(_view.sentence));
+    countSilence(silenceTitle(_view.problem, about == About::TheOffer), _view.sentence);
+    save();
+    finishSession();
 }
 
-void UpdateSession::warnAboutSilence()
+void UpdateSession::wentWell()
 {
-    const bool isHidden = _view.problem == Problem::Stale || _view.problem == Problem::Signature;
-    const bool isLong = _state.lastGenuine.isValid() && _state.lastGenuine.daysTo(now()) >= kSilentDays;
-    if (!isHidden || !isLong || _manner == Manner::InWindow)
+    _state.failures = 0;
+    endSilence(_state);
+    save();
+}
+
+void UpdateSession::countSilence(const QString& title, const QString& sentence)
+{
+    if (!countsAsSilence(_state, latestKnown()))
         return;
-    _state.lastGenuine = now(); // says so once in a fortnight, not at every check
-    _with.surroundings.notify(
-        tr("Updates could not be confirmed"),
-        tr("For two weeks no genuine list of updates could be read. %1").arg(_view.sentence));
+    _with.surroundings.notify(title, tr("It has been so for two weeks. %1").arg(sentence));
 }
 
 } // namespace ferrobank::updates

@@ -3,9 +3,11 @@
 #include "Platform/linux/SmallFile.h"
 #include "Platform/linux/updates/install/Files.h"
 
+#include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 
+#include <algorithm>
 #include <cstdlib>
 #include <utility>
 
@@ -29,6 +31,32 @@ QDateTime readDate(const QJsonValue& value)
     return QDateTime::fromString(value.toString(), Qt::ISODate);
 }
 
+QJsonArray failedOffersJson(const QList<FailedOffer>& offers)
+{
+    QJsonArray array;
+    for (const FailedOffer& offer : offers)
+        array.append(QJsonObject{{u"version"_s, offer.version},
+                                 {u"signature"_s, offer.signature},
+                                 {u"attempts"_s, offer.attempts},
+                                 {u"lastTime"_s, offer.last.toString(Qt::ISODate)},
+                                 {u"sentence"_s, offer.sentence}});
+    return array;
+}
+
+QList<FailedOffer> readFailedOffers(const QJsonArray& array)
+{
+    QList<FailedOffer> offers;
+    for (const QJsonValue& value : array) {
+        const QJsonObject json = value.toObject();
+        const FailedOffer offer{json[u"version"_s].toString(), json[u"signature"_s].toString(),
+                                std::max(json[u"attempts"_s].toInt(), 0), readDate(json[u"lastTime"_s]),
+                                json[u"sentence"_s].toString()};
+        if (!offer.version.isEmpty() && offers.size() < UpdateState::kMostFailedOffers)
+            offers.append(offer);
+    }
+    return offers;
+}
+
 } // namespace
 
 QByteArray stateText(const UpdateState& state)
@@ -45,7 +73,14 @@ QByteArray stateText(const UpdateState& state)
                            {u"groupId"_s, qint64{state.group}},
                            {u"highestVersionSeen"_s, state.highestVersionSeen},
                            {u"newestDateSeen"_s, state.newestDateSeen},
-                           {u"announced"_s, state.announced}};
+                           {u"announced"_s, state.announced},
+                           {u"silentSince"_s, state.silentSince.toString(Qt::ISODate)},
+                           {u"silentSessions"_s, state.silentSessions},
+                           {u"validUntilSeen"_s, state.validUntilSeen},
+                           {u"toldTakenBack"_s, state.toldTakenBack},
+                           {u"installing"_s, state.installing},
+                           {u"installingSignature"_s, state.installingSignature},
+                           {u"failedOffers"_s, failedOffersJson(state.failedOffers)}};
     return QJsonDocument(json).toJson();
 }
 
@@ -56,7 +91,7 @@ UpdateState readState(const QByteArray& text)
     state.launches = json[u"launches"_s].toInt();
     state.lastCheck = readDate(json[u"lastCheckTime"_s]);
     state.lastGenuine = readDate(json[u"lastGenuineTime"_s]);
-    state.failures = json[u"failures"_s].toInt();
+    state.failures = std::max(json[u"failures"_s].toInt(), 0);
     state.automaticChecks = readAnswer(json[u"automaticChecks"_s]);
     state.automaticDownload = readAnswer(json[u"automaticDownload"_s]);
     state.skippedVersion = json[u"skippedVersion"_s].toString();
@@ -66,6 +101,13 @@ UpdateState readState(const QByteArray& text)
     state.highestVersionSeen = json[u"highestVersionSeen"_s].toString();
     state.newestDateSeen = json[u"newestDateSeen"_s].toString();
     state.announced = json[u"announced"_s].toString();
+    state.silentSince = readDate(json[u"silentSince"_s]);
+    state.silentSessions = std::max(json[u"silentSessions"_s].toInt(), 0);
+    state.validUntilSeen = json[u"validUntilSeen"_s].toString();
+    state.toldTakenBack = json[u"toldTakenBack"_s].toString();
+    state.installing = json[u"installing"_s].toString();
+    state.installingSignature = json[u"installingSignature"_s].toString();
+    state.failedOffers = readFailedOffers(json[u"failedOffers"_s].toArray());
     return state;
 }
 
@@ -88,7 +130,7 @@ UpdateState UpdateStateFile::load() const
     return text ? readState(QByteArray::fromStdString(*text)) : UpdateState();
 }
 
-bool UpdateStateFile::save(const UpdateState& state) const
+bool UpdateStateFile::save(const UpdateState& state)
 {
     std::error_code error;
     std::filesystem::create_directories(_file.parent_path(), error);

@@ -18,7 +18,8 @@ QJsonObject offerToJson(const Offer& offer)
             {u"critical"_s, offer.critical},
             {u"major"_s, offer.major},
             {u"informational"_s, offer.informational},
-            {u"phased"_s, offer.phased}};
+            {u"phased"_s, offer.phased},
+            {u"takenBack"_s, offer.takenBack}};
 }
 
 Offer offerFromJson(const QJsonObject& json)
@@ -37,6 +38,7 @@ Offer offerFromJson(const QJsonObject& json)
     offer.major = json[u"major"_s].toBool();
     offer.informational = json[u"informational"_s].toBool();
     offer.phased = json[u"phased"_s].toBool();
+    offer.takenBack = json[u"takenBack"_s].toBool();
     return offer;
 }
 

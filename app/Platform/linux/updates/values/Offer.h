@@ -24,6 +24,7 @@ struct Offer {
     bool major = false;
     bool informational = false;
     bool phased = false;
+    bool takenBack = false; ///< was installed before, did not start, and the version before it was put back
 
     friend bool operator==(const Offer&, const Offer&) = default;
 };

@@ -15,17 +15,19 @@ namespace ferrobank::updates {
 
 /// What the build decided about updates, from the bundle's property list. Plain value.
 ///
-/// | key                             | meaning |
-/// |---------------------------------|-----------------------------------------------------------------------|
-/// | CFBundleIdentifier              | the product | | CFBundleVersion                 | the installed
-/// version                                                 | | SUFeedURL                       | where the
-/// feed is; https                                              | | SUPublicEDKey, SUPublicEDKeys   | one
-/// trusted key, and a list of further ones                           | | SUEnableAutomaticChecks         |
-/// decided here, or absent: the user is asked                            | | SUAutomaticallyUpdate | download
-/// and install without a question                               | | SUAllowsAutomaticUpdates        | false
-/// forbids that altogether                                         | | SUScheduledCheckInterval        |
-/// seconds; at least an hour, 0 for never                                | | FBUpdateChannels | channels
-/// beside the default one                                       |
+// clang-format off
+/// | key                             | meaning                                         |
+/// |---------------------------------|-------------------------------------------------|
+/// | CFBundleIdentifier              | the product                                     |
+/// | CFBundleVersion                 | the installed version                           |
+/// | SUFeedURL                       | where the feed is; https                        |
+/// | SUPublicEDKey, SUPublicEDKeys   | one trusted key, and a list of further ones     |
+/// | SUEnableAutomaticChecks         | decided here, or absent: the user is asked      |
+/// | SUAutomaticallyUpdate           | download and install without a question         |
+/// | SUAllowsAutomaticUpdates        | false forbids that altogether                   |
+/// | SUScheduledCheckInterval        | seconds; at least an hour, 0 for never          |
+/// | FBUpdateChannels                | channels beside the default one                 |
+// clang-format on
 struct UpdateConfiguration {
     QString product;
     QString version;
@@ -37,8 +39,11 @@ struct UpdateConfiguration {
     std::chrono::seconds interval{86'400};
     QStringList channels;
 
-    /// Both are needed; without them the build cannot be updated by itself.
-    [[nodiscard]] bool isOn() const { return feed.scheme() == QLatin1String("https") && !keys.empty(); }
+    /// Both are needed, and a host to ask; without them the build cannot be updated by itself.
+    [[nodiscard]] bool isOn() const
+    {
+        return feed.scheme() == QLatin1String("https") && !feed.host().isEmpty() && !keys.empty();
+    }
 };
 
 /// What is missing or of the wrong kind keeps its default. Pure.

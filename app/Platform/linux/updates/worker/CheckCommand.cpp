@@ -1,12 +1,13 @@
 #include "Platform/linux/updates/UpdateFailure.h"
 #include "Platform/linux/updates/feed/Appcast.h"
+#include "Platform/linux/updates/feed/Freshness.h"
 #include "Platform/linux/updates/feed/ItemChoice.h"
 #include "Platform/linux/updates/feed/ReleaseNotes.h"
 #include "Platform/linux/updates/feed/SignedFeed.h"
-#include "Platform/linux/updates/feed/VersionComparison.h"
 #include "Platform/linux/updates/install/Trial.h"
 #include "Platform/linux/updates/values/Offer.h"
 #include "Platform/linux/updates/worker/Commands.h"
+#include "Platform/linux/updates/worker/Confinement.h"
 #include "Platform/linux/updates/worker/Metered.h"
 #include "Platform/linux/updates/worker/PlaceJson.h"
 
@@ -22,13 +23,14 @@ using namespace Qt::StringLiterals;
 
 constexpr std::int64_t kMostDocumentBytes = std::int64_t{1024} * 1024;
 
-ChoiceFacts choiceFacts(const WorkerContext& context)
+ChoiceFacts choiceFacts(const WorkerContext& context, const std::vector<Ban>& bans)
 {
     const QJsonObject& request = context.request;
     const QJsonObject skips = request[u"skips"_s].toObject();
     ChoiceFacts facts;
     facts.installed = context.configuration.version.toStdString();
     facts.systemVersion = glibcVersion();
+    facts.qtVersion = qVersion();
     facts.systemNames = QStringList{systemName(), u"linux"_s};
     facts.processors = QStringList{QSysInfo::buildCpuArchitecture()};
     facts.channels = context.configuration.channels;
@@ -38,38 +40,20 @@ ChoiceFacts choiceFacts(const WorkerContext& context)
     facts.skips.version = skips[u"version"_s].toString().toStdString();
     facts.skips.majorVersion = skips[u"majorVersion"_s].toString().toStdString();
     facts.skips.majorVersionRelease = skips[u"majorVersionRelease"_s].toString().toStdString();
-    facts.badVersions = badVersionsAt(context.place);
+    for (const Ban& ban : bans) {
+        if (isInForce(ban, facts.now.toSecsSinceEpoch()))
+            facts.bannedVersions.push_back(ban.version);
+    }
     return facts;
 }
 
-/// What a genuine feed shows of the newest release; a later feed must not show less.
-struct Freshness {
-    std::string highest;
-    QDateTime newest;
-};
-
-Freshness freshnessOf(const Appcast& appcast)
+Freshness seenBefore(const QJsonObject& request)
 {
-    Freshness freshness;
-    for (const AppcastItem& item : appcast.items) {
-        if (isNewer(item.version, freshness.highest))
-            freshness.highest = item.version;
-        if (item.date && (!freshness.newest.isValid() || *item.date > freshness.newest))
-            freshness.newest = *item.date;
-    }
-    return freshness;
-}
-
-void expectFresh(const Appcast& appcast, const Freshness& freshness, const QJsonObject& request)
-{
-    const std::string seen = request[u"highestVersionSeen"_s].toString().toStdString();
-    const QDateTime seenDate = QDateTime::fromString(request[u"newestDateSeen"_s].toString(), Qt::ISODate);
-    const bool isExpired = appcast.validUntil && *appcast.validUntil < QDateTime::currentDateTimeUtc();
-    const bool isOlder = !seen.empty() && isNewer(seen, freshness.highest);
-    const bool isEarlier = seenDate.isValid() && (!freshness.newest.isValid() || freshness.newest < seenDate);
-    if (isExpired || isOlder || isEarlier)
-        throw UpdateFailure(Problem::Stale,
-                            "The list of updates is an old one: newer versions may be hidden.");
+    Freshness seen;
+    seen.highest = request[u"highestVersionSeen"_s].toString().toStdString();
+    seen.newest = QDateTime::fromString(request[u"newestDateSeen"_s].toString(), Qt::ISODate);
+    seen.validUntil = QDateTime::fromString(request[u"validUntilSeen"_s].toString(), Qt::ISODate);
+    return seen;
 }
 
 const NotesLink* notesLinkFor(const AppcastItem& item)
@@ -140,6 +124,8 @@ QString reasonWord(NoUpdate reason)
         return u"systemTooOld"_s;
     case NoUpdate::SystemTooNew:
         return u"systemTooNew"_s;
+    case NoUpdate::TakenBack:
+        return u"takenBack"_s;
     case NoUpdate::Unknown:
         break;
     }
@@ -155,21 +141,27 @@ void runCheck(const WorkerContext& context)
         context.tell(QJsonObject{{u"event"_s, u"metered"_s}});
         return;
     }
+    confine({}, Programs::MayNotRun);
     const Document document = fetchDocument(context.configuration.feed, kMostDocumentBytes, context.rules);
     const std::string_view file(document.bytes.constData(), static_cast<std::size_t>(document.bytes.size()));
-    const Appcast appcast = readAppcast(verifiedFeedContent(file, keys), document.address);
-    const Freshness freshness = freshnessOf(appcast);
-    expectFresh(appcast, freshness, context.request);
+    const Appcast appcast = readAppcast(verifiedFeedContent(file, keys), context.configuration.feed);
+    const QDateTime clock = QDateTime::currentDateTimeUtc();
+    expectFresh(appcast, seenBefore(context.request), clock);
+    const Freshness freshness = freshnessOf(appcast, clock);
 
-    const Choice choice = chooseItem(appcast.items, choiceFacts(context));
+    const std::vector<Ban> bans = bansAt(context.place);
+    const Choice choice = chooseItem(appcast.items, choiceFacts(context, bans));
     QJsonObject result{{u"event"_s, u"checked"_s},
                        {u"installed"_s, context.configuration.version},
                        {u"place"_s, placeToJson(context.verdict)},
                        {u"highestVersion"_s, QString::fromStdString(freshness.highest)},
-                       {u"newestDate"_s, freshness.newest.toString(Qt::ISODate)}};
+                       {u"newestDate"_s, freshness.newest.toString(Qt::ISODate)},
+                       {u"validUntil"_s, freshness.validUntil.toString(Qt::ISODate)}};
     if (choice.item) {
         const QString notes = notesOf(*choice.item, context, keys);
-        result[u"offer"_s] = offerToJson(offerOf(choice, notes));
+        Offer offer = offerOf(choice, notes);
+        offer.takenBack = timesBanned(bans, choice.item->version) > 0;
+        result[u"offer"_s] = offerToJson(offer);
         result[u"minimumForAutomatic"_s] = QString::fromStdString(choice.item->minimumForAutomatic);
     } else {
         result[u"reason"_s] = reasonWord(choice.reason);

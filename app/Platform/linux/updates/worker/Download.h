@@ -17,8 +17,8 @@ struct NetworkRules {
     QString userAgent; ///< application and version, nothing about the user
     /// A certificate authority in PEM form that is trusted instead of the system's; empty for the system's.
     QByteArray authority;
-    std::chrono::milliseconds stall{30'000}; ///< without a byte
-    std::chrono::milliseconds total{std::chrono::hours(2)};
+    std::chrono::milliseconds stall{30'000};                ///< without a byte
+    std::chrono::milliseconds total{std::chrono::hours(2)}; ///< over all redirects
     int mostRedirects = 5;
 };
 

@@ -8,6 +8,7 @@
 #include "Platform/linux/updates/install/Unpack.h"
 #include "Platform/linux/updates/values/Offer.h"
 #include "Platform/linux/updates/worker/Commands.h"
+#include "Platform/linux/updates/worker/Confinement.h"
 
 #include <QtCore/QJsonDocument>
 #include <QtCore/QProcess>
@@ -38,6 +39,9 @@ void expectUsable(const Offer& offer)
         throw UpdateFailure(Problem::Feed, "There is nothing to download for this update.");
     if (offer.length <= 0 || offer.length > kLargestArchive)
         throw UpdateFailure(Problem::Feed, "The list of updates gives no usable size for the download.");
+    if (offer.unpackedLength < 0 || offer.unpackedLength > static_cast<std::int64_t>(Manifest::kLargestTotal))
+        throw UpdateFailure(Problem::Feed,
+                            "The list of updates gives no usable size for the unpacked update.");
     if (offer.signature.trimmed().isEmpty())
         throw UpdateFailure(Problem::Signature, "The update carries no signature.");
 }
@@ -119,12 +123,23 @@ Expectation expectationOf(const WorkerContext& context, const Offer& offer)
     return expectation;
 }
 
+/// One to sign with and one that is left when that is lost; a single damaged one would switch its updates
+/// off.
+bool hasUsableKeys(const UpdateConfiguration& configuration)
+{
+    try {
+        return TrustedKeys(configuration.keys).distinct() >= 2;
+    } catch (const UpdateFailure&) {
+        return false;
+    }
+}
+
 /// The new version must be able to receive the one after it.
 void expectUpdatable(const fs::path& bundle, const QString& version)
 {
     const UpdateConfiguration next = configurationOf(bundle);
-    const bool isUpdatable =
-        next.isOn() && next.version == version && installKindOf(bundle).word == InstallKind::Word::Folder;
+    const bool isUpdatable = next.isOn() && hasUsableKeys(next) && next.version == version &&
+                             installKindOf(bundle).word == InstallKind::Word::Folder;
     if (!isUpdatable)
         throw UpdateFailure(Problem::Version, "The update was refused: it could not be updated again.");
 }
@@ -179,6 +194,8 @@ void runFetch(const WorkerContext& context)
     staging.forgetStaged();
     staging.removeLeftovers(context.configuration.version.toStdString());
     expectRoom(offer, place.staging());
+    // From here on bytes of the network are read. The new version is tried below, so programs may run.
+    confine({place.staging()}, Programs::MayRun);
 
     try {
         const auto told = [&context, &offer](std::int64_t bytes) {

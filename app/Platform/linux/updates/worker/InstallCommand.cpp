@@ -39,9 +39,14 @@ StagedUpdate expectStaged(const WorkerContext& context, const Staging& staging)
 void swapAfterQuit(const WorkerContext& context, const StagedUpdate& update, pid_t application)
 {
     const InstallPlace& place = context.place;
-    // From here on a start of the old version waits until it is clear which version is to run.
-    writeTrial(place, {update.version, context.configuration.version.toStdString(), 0});
+    const StagingLock lock(place, kPatience, StagingLock::Right::Trial);
+    const Trial trial{update.version, context.configuration.version.toStdString(), 0};
+    const auto now =
+        std::chrono::duration_cast<std::chrono::seconds>(std::chrono::system_clock::now().time_since_epoch());
     try {
+        prepareTakingBack(place, trial, now.count());
+        // From here on a start of the old version waits until it is clear which version is to run.
+        writeTrial(place, trial);
         context.tell(QJsonObject{{u"event"_s, u"waiting"_s}});
         if (!waitForEnd(application, kQuitTakes))
             throw UpdateFailure(Problem::Busy, "The application did not quit, so the update still waits.");

@@ -77,6 +77,9 @@ int main(int argc, char** argv)
         return 0;
     } catch (const UpdateFailure& failure) {
         failed(failure);
+    } catch (const std::exception& error) {
+        // An answer in words in any case: the application takes silence for an updater that is broken.
+        failed({Problem::Install, std::string("The update stopped on an error: ") + error.what()});
     }
     return 1;
 }

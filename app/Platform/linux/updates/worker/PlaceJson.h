@@ -10,6 +10,7 @@ namespace ferrobank::updates {
 [[nodiscard]] inline QJsonObject placeToJson(const PlaceVerdict& verdict)
 {
     return {{QStringLiteral("mayReplace"), verdict.mayReplace},
+            {QStringLiteral("isFolder"), verdict.kind.word == InstallKind::Word::Folder},
             {QStringLiteral("sentence"), QString::fromStdString(verdict.sentence)},
             {QStringLiteral("advice"), QString::fromStdString(verdict.kind.advice)}};
 }

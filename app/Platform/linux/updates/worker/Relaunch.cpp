@@ -4,7 +4,9 @@
 #include "Platform/linux/updates/UpdateFailure.h"
 #include "Platform/linux/updates/install/StagingLock.h"
 #include "Platform/linux/updates/install/Trial.h"
+#include "Platform/linux/updates/worker/Display.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
 #include <sys/syscall.h>
@@ -12,7 +14,9 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <string_view>
 #include <thread>
 #include <vector>
@@ -53,10 +57,22 @@ pid_t start(const InstallPlace& place, const std::string& previous)
     sigset_t none;
     sigemptyset(&none);
     posix_spawnattr_setsigmask(&attributes, &none);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK);
+    // The worker ignores it, and what is ignored is inherited.
+    sigset_t pipe;
+    sigemptyset(&pipe);
+    sigaddset(&pipe, SIGPIPE);
+    posix_spawnattr_setsigdefault(&attributes, &pipe);
+    posix_spawnattr_setflags(&attributes,
+                             POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    // Standard output is a pipe to the version that has ended; what is written goes where its errors go.
+    posix_spawn_file_actions_t files;
+    posix_spawn_file_actions_init(&files);
+    posix_spawn_file_actions_addopen(&files, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_adddup2(&files, STDERR_FILENO, STDOUT_FILENO);
     pid_t process = 0;
-    const int error = ::posix_spawn(&process, executable.c_str(), nullptr, &attributes, arguments.data(),
+    const int error = ::posix_spawn(&process, executable.c_str(), &files, &attributes, arguments.data(),
                                     environment.data());
+    posix_spawn_file_actions_destroy(&files);
     posix_spawnattr_destroy(&attributes);
     return error == 0 ? process : 0;
 }
@@ -93,17 +109,31 @@ bool waitForEnd(pid_t process, std::chrono::milliseconds limit)
 void relaunchAndWatch(const InstallPlace& place, const std::string& previous)
 {
     for (int failures = 0; failures < Trial::kMostFailedStarts; ++failures) {
+        const auto before = trialAt(place);
         const pid_t process = start(place, previous);
         if (process != 0 && watch(place, process) != Ending::Failed)
             return;
-        if (!trialAt(place))
+        const auto trial = trialAt(place);
+        if (!trial)
             return;
+        // One that failed before it could count itself is counted here, unless there was nothing to show it
+        // on: the session has ended, and the version is judged at its next start.
+        if (before && trial->starts == before->starts) {
+            if (!displayAnswers())
+                return;
+            countStart(place);
+        }
     }
-    {
-        const StagingLock lock(place, kPatience);
+    try {
+        const StagingLock lock(place, kPatience, StagingLock::Right::Trial);
+        const auto now = std::chrono::duration_cast<std::chrono::seconds>(
+            std::chrono::system_clock::now().time_since_epoch());
         if (const auto trial = trialAt(place))
-            takeBack(place, *trial);
+            takeBack(place, *trial, now.count());
+    } catch (const UpdateFailure& failure) {
+        std::fprintf(stderr, "Ferrobank: %s\n", failure.what());
     }
+    // Whichever version is in place: somebody waits for the program.
     start(place, previous);
 }
 

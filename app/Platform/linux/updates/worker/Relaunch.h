@@ -16,7 +16,7 @@ namespace ferrobank::updates {
 /// Starts the installed application at its stable path, in a session of its own and without the library paths
 /// of the old one, telling it which version it follows. Stays until the version on trial has reported healthy
 /// or the user has ended it in an orderly way; a version that fails twice is taken back and the previous one
-/// is started.
+/// is started. Something is started in any case.
 void relaunchAndWatch(const InstallPlace& place, const std::string& previous);
 
 } // namespace ferrobank::updates

@@ -1,11 +1,16 @@
 #include "Platform/linux/updates/UpdateFailure.h"
+#include "Platform/linux/updates/feed/VersionComparison.h"
 #include "Platform/linux/updates/install/Staging.h"
 #include "Platform/linux/updates/install/StagingLock.h"
 #include "Platform/linux/updates/install/Trial.h"
 #include "Platform/linux/updates/worker/Commands.h"
+#include "Platform/linux/updates/worker/Confinement.h"
 #include "Platform/linux/updates/worker/PlaceJson.h"
 
+#include <QtCore/QDateTime>
+#include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
+#include <QtCore/QTimeZone>
 
 #include <thread>
 
@@ -18,6 +23,38 @@ constexpr std::chrono::seconds kPatience{5};
 constexpr std::chrono::seconds kOldProcessesTake{5};
 constexpr std::chrono::milliseconds kBetweenLooks{100};
 
+/// All that cleaning up may touch. A bundle that was moved among versions has left a folder beside them.
+std::vector<std::filesystem::path> ownFolders(const InstallPlace& place)
+{
+    std::vector<std::filesystem::path> folders{place.staging()};
+    if (place.layout == InstallPlace::Layout::Versioned)
+        folders.push_back(place.home);
+    if (const auto former = place.formerRoot())
+        folders.push_back(*former);
+    return folders;
+}
+
+/// A ban that began while the clock was ahead would last that much longer.
+void setBansRight(const InstallPlace& place)
+{
+    const std::vector<Ban> bans = bansAt(place);
+    const std::vector<Ban> right = startedInTime(bans, QDateTime::currentSecsSinceEpoch());
+    if (right != bans)
+        writeBans(place, right);
+}
+
+/// The version above the installed one that was taken back last, if there is one.
+QJsonObject takenBackAt(const WorkerContext& context)
+{
+    for (const Ban& ban : bansAt(context.place)) {
+        if (isNewer(ban.version, context.configuration.version.toStdString()))
+            return {{u"version"_s, QString::fromStdString(ban.version)},
+                    {u"times"_s, ban.times},
+                    {u"until"_s, QDateTime::fromSecsSinceEpoch(endOf(ban), QTimeZone::utc()).toString(Qt::ISODate)}};
+    }
+    return {};
+}
+
 void cleanUp(const WorkerContext& context)
 {
     std::error_code ignored;
@@ -26,8 +63,10 @@ void cleanUp(const WorkerContext& context)
     try {
         const StagingLock lock(context.place, std::chrono::milliseconds(0));
         Staging(context.place).removeLeftovers(context.configuration.version.toStdString());
+        setBansRight(context.place);
     } catch (const UpdateFailure& failure) {
-        if (failure.problem() != Problem::Busy)
+        // Neither a worker that is busy nor a full disk keeps the application from hearing what is there.
+        if (failure.problem() != Problem::Busy && failure.problem() != Problem::Space)
             throw;
     }
 }
@@ -36,6 +75,7 @@ void cleanUp(const WorkerContext& context)
 
 void runStatus(const WorkerContext& context)
 {
+    confine(ownFolders(context.place), Programs::MayNotRun);
     cleanUp(context);
     const auto trial = trialAt(context.place);
     QJsonObject result{{u"event"_s, u"status"_s},
@@ -43,6 +83,8 @@ void runStatus(const WorkerContext& context)
                        {u"installed"_s, context.configuration.version},
                        {u"place"_s, placeToJson(context.verdict)},
                        {u"trial"_s, trial.has_value()}};
+    if (const QJsonObject takenBack = takenBackAt(context); !takenBack.isEmpty())
+        result[u"takenBack"_s] = takenBack;
     if (context.verdict.mayReplace) {
         if (const auto staged = Staging(context.place).staged())
             result[u"staged"_s] = QJsonDocument::fromJson(QByteArray::fromStdString(staged->item)).object();
@@ -52,10 +94,15 @@ void runStatus(const WorkerContext& context)
 
 void runHealthy(const WorkerContext& context)
 {
+    confine(ownFolders(context.place), Programs::MayNotRun);
+    {
+        // Not behind a download that holds the other right for hours: the version works now.
+        const StagingLock lock(context.place, kPatience, StagingLock::Right::Trial);
+        const auto trial = trialAt(context.place);
+        if (trial && trial->version == context.configuration.version.toStdString())
+            forgetTrial(context.place);
+    }
     const StagingLock lock(context.place, kPatience);
-    const auto trial = trialAt(context.place);
-    if (trial && trial->version == context.configuration.version.toStdString())
-        forgetTrial(context.place);
     // The worker that installed this version still runs from the old one for a moment.
     Staging staging(context.place);
     const auto deadline = std::chrono::steady_clock::now() + kOldProcessesTake;

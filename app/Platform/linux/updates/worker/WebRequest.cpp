@@ -28,6 +28,8 @@ QNetworkRequest makeRequest(const QUrl& url, const QList<QPair<QByteArray, QByte
     request.setRawHeader("Cache-Control", "no-cache");
     // The bytes that were signed are the bytes that travel: no transparent decompression.
     request.setRawHeader("Accept-Encoding", "identity");
+    // Else the toolkit tells the user's languages.
+    request.setRawHeader("Accept-Language", "*");
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
     request.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
     request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
@@ -96,6 +98,8 @@ void Hop::readHead()
     const QVariant target = _reply->attribute(QNetworkRequest::RedirectionTargetAttribute);
     if (target.isValid()) {
         _redirect = _reply->url().resolved(target.toUrl());
+        // Its body says nothing to us and may have no end.
+        _reply->abort();
         return;
     }
     AnswerHead head;
@@ -120,6 +124,8 @@ void Hop::readBody()
 
 void Hop::judgeEnd()
 {
+    if (!_redirect.isEmpty())
+        return;
     readBody();
     const int status = _reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
     if (status >= 400)
@@ -169,11 +175,16 @@ void get(const QUrl& url, const QList<QPair<QByteArray, QByteArray>>& headers, c
 {
     QNetworkAccessManager network;
     QUrl address = url;
+    const auto deadline = std::chrono::steady_clock::now() + rules.total; // for all hops together
     for (int hop = 0; hop <= rules.mostRedirects; ++hop) {
         if (!isSecure(address))
             throw unreachable(u"it leads to an address that is not secure"_s);
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+            deadline - std::chrono::steady_clock::now());
+        if (left.count() <= 0)
+            throw unreachable(u"it was too slow"_s);
         std::unique_ptr<QNetworkReply> reply(network.get(makeRequest(address, headers, rules)));
-        const QUrl next = Hop(std::move(reply), begin, body).run(rules.stall, rules.total);
+        const QUrl next = Hop(std::move(reply), begin, body).run(rules.stall, left);
         if (next.isEmpty())
             return;
         address = next;

@@ -61,6 +61,9 @@ WorkerContext WorkerContext::of(const QJsonObject& request, std::function<void(c
     const qint64 stall = context.request[u"stall"_s].toInteger();
     if (stall > 0)
         context.rules.stall = std::chrono::milliseconds(stall);
+    const qint64 total = context.request[u"total"_s].toInteger();
+    if (total > 0)
+        context.rules.total = std::chrono::milliseconds(total);
     return context;
 }
 

@@ -1,0 +1,24 @@
+#include "Platform/linux/updates/install/RunningPrograms.h"
+
+#include <string>
+#include <system_error>
+
+namespace ferrobank::updates {
+
+namespace fs = std::filesystem;
+
+bool isRunningFrom(const fs::path& folder, pid_t except)
+{
+    const std::string prefix = folder.string() + "/";
+    const std::string left = std::to_string(except);
+    std::error_code error;
+    for (fs::directory_iterator it("/proc", error), end; !error && it != end; it.increment(error)) {
+        std::error_code unreadable; // not ours, or gone meanwhile
+        const fs::path executable = fs::read_symlink(it->path() / "exe", unreadable);
+        if (!unreadable && executable.string().starts_with(prefix) && it->path().filename() != left)
+            return true;
+    }
+    return false;
+}
+
+} // namespace ferrobank::updates
