@@ -22,18 +22,6 @@ const char* word(CheckRow::State state)
     return "";
 }
 
-/// The application has a button for each remedy; at a terminal it is a command.
-std::optional<std::string> adviceForPeople(const CheckRow& row)
-{
-    if (row.action == "restart" && row.fix == kRestartAdvice) {
-        return "Run: ferrobank restart";
-    }
-    if (row.action == "login-items") {
-        return "Turn it on in the Ferrobank application.";
-    }
-    return row.fix;
-}
-
 } // namespace
 
 std::string CheckRow::toJson() const
@@ -48,7 +36,10 @@ std::string CheckRow::toJson() const
         }
     };
     add("detail", detail);
-    add("fix", fix);
+    // Beside a button that says the same, the words would only repeat it.
+    if (!onlyNamesItsAction()) {
+        add("fix", fix);
+    }
     add("action", action);
     return root.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 }
@@ -57,12 +48,28 @@ std::string CheckRow::toText(bool colours) const
 {
     const bool good = state == State::Pass;
     std::string text = toned(good ? "passed  " : "failed  ", good ? Tone::Good : Tone::Bad, colours) + title;
-    for (const std::optional<std::string>& more : {detail, adviceForPeople(*this)}) {
+    for (const std::optional<std::string>& more : {detail, fix}) {
         if (more) {
             text += "\n        " + toned(*more, Tone::Quiet, colours);
         }
     }
     return text;
+}
+
+bool CheckRow::onlyNamesItsAction() const
+{
+    return action == "restart" && fix == kRestartAdvice;
+}
+
+CheckRow CheckRow::forTerminal() const
+{
+    CheckRow result = *this;
+    if (action == "restart" && fix == kRestartAdvice) {
+        result.fix = "Run: ferrobank restart";
+    } else if (action == "login-items") {
+        result.fix = "Turn it on in the Ferrobank application.";
+    }
+    return result;
 }
 
 CheckRow CheckRow::passed(std::optional<std::string> words) const

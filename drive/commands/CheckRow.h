@@ -23,9 +23,15 @@ struct CheckRow {
     [[nodiscard]] std::string toJson() const;
     [[nodiscard]] std::string toText(bool colours) const;
 
+    /// The application has a button for each remedy; at a terminal it is a command.
+    [[nodiscard]] CheckRow forTerminal() const;
+
     [[nodiscard]] CheckRow passed(std::optional<std::string> words = std::nullopt) const;
     [[nodiscard]] CheckRow failed(std::string words, std::string advice,
                                   std::optional<std::string> remedy = std::nullopt) const;
+
+private:
+    [[nodiscard]] bool onlyNamesItsAction() const;
 };
 
 } // namespace ferrobank::drive

@@ -11,6 +11,7 @@
 #include "commands/StatusReport.h"
 #include "commands/StatusText.h"
 #include "commands/UninstallCommand.h"
+#include "commands/Wording.h"
 #include "commands/Words.h"
 #include "figures/DisplayText.h"
 #include "platform/Failure.h"
@@ -80,7 +81,7 @@ int runCheckForPeople(const Paths& paths, const Log& log, CheckRun run)
     const bool bar = ::isatty(STDOUT_FILENO) == 1;
     run.report = [colours, bar](const CheckRow& row) {
         if (row.state != CheckRow::State::Running) {
-            print((bar ? "\r\033[K" : "") + row.toText(colours));
+            print((bar ? "\r\033[K" : "") + worded(row.forTerminal()).toText(colours));
         }
     };
     run.progress = [bar](std::uint64_t done, std::uint64_t total) {
@@ -102,12 +103,12 @@ int runCheckForPrograms(const Paths& paths, const Log& log, CheckRun run)
     CheckRow atWork;
     run.report = [&atWork](const CheckRow& row) {
         atWork = row;
-        print(row.toJson());
+        print(worded(row).toJson());
     };
     run.progress = [&atWork](std::uint64_t done, std::uint64_t total) {
         CheckRow row = atWork;
         row.detail = displayBytes(done) + " of " + displayBytes(total) + " read";
-        print(row.toJson());
+        print(worded(row).toJson());
     };
     runChecks(paths, log, run);
     return EXIT_SUCCESS;
@@ -260,7 +261,7 @@ int runCommandLine(int argumentCount, const char* const* arguments)
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? EXIT_SUCCESS : kWrongArguments;
     } catch (const std::exception& failure) {
-        std::fprintf(stderr, "%s\n", failure.what());
+        std::fprintf(stderr, "%s\n", worded(failure.what()).c_str());
         return EXIT_FAILURE;
     }
 }

@@ -1,5 +1,6 @@
 #include "commands/StatusText.h"
 
+#include "commands/Wording.h"
 #include "commands/Words.h"
 #include "figures/DisplayText.h"
 #include "platform/Failure.h"
@@ -156,7 +157,7 @@ std::string statusText(const StatusReport& report, const StatusDetails& details)
 {
     std::string text = row("Drive", driveLine(report));
     if (report.attach_error) {
-        text += row("", *report.attach_error);
+        text += row("", worded(*report.attach_error));
     }
     text += nextStep(report);
     if (report.installed) {

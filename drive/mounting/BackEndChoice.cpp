@@ -5,6 +5,7 @@
 #include "mounting/MountHelper.h"
 #include "mounting/SystemBus.h"
 #include "mounting/UdisksBackEnd.h"
+#include "platform/Program.h"
 
 #include <unistd.h>
 
@@ -40,7 +41,7 @@ std::unique_ptr<BackEnd> chooseBackEnd(const Paths& paths, int storeLock)
     if (::geteuid() == 0) {
         return std::make_unique<DirectBackEnd>(paths.image, paths.drive, paths.runtime / "top-level");
     }
-    if (mayUseMountHelper(paths)) {
+    if (mayUseMountHelper(paths) && !findSystemProgram("pkexec").empty()) {
         return std::make_unique<HelperBackEnd>(paths, storeLock);
     }
     if (isNameAvailable(openSystemBus(), UdisksBackEnd::kService)) {

@@ -111,7 +111,7 @@ void HelperBackEnd::detach(const Volume& volume)
 
 void forgetMountHelper(const Paths& paths)
 {
-    if (!mayUseMountHelper(paths)) {
+    if (!hasSomethingToForget(paths)) {
         return;
     }
     const ProgramOutcome outcome = runHelper("forget", -1);

@@ -5,6 +5,8 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+
 namespace ferrobank::drive {
 
 namespace {
@@ -12,6 +14,17 @@ namespace {
 bool isInstalled()
 {
     return ::access(kMountHelper, X_OK) == 0;
+}
+
+bool isApproved()
+{
+    const std::filesystem::path approval = std::filesystem::path(kApprovals) / std::to_string(::geteuid());
+    return ::access(approval.c_str(), F_OK) == 0;
+}
+
+std::vector<OldFstabLine> oldLines()
+{
+    return oldFstabLines(readSmallFile(kFstab).value_or(std::string()));
 }
 
 } // namespace
@@ -26,17 +39,23 @@ bool mayUseMountHelper(const Paths& paths)
     if (!isInstalled()) {
         return false;
     }
-    const uid_t user = ::geteuid();
-    const std::filesystem::path approval = std::filesystem::path(kApprovals) / std::to_string(user);
-    if (::access(approval.c_str(), F_OK) == 0) {
-        return true;
+    const std::vector<OldFstabLine> lines = oldLines();
+    const auto isApproval = [&](const OldFstabLine& line) {
+        return line.user == ::geteuid() && line.image == paths.image;
+    };
+    return isApproved() || std::any_of(lines.begin(), lines.end(), isApproval);
+}
+
+bool hasSomethingToForget(const Paths& paths)
+{
+    if (!isInstalled()) {
+        return false;
     }
-    for (const OldFstabLine& line : oldFstabLines(readSmallFile(kFstab).value_or(std::string()))) {
-        if (line.user == user && line.image == paths.image) {
-            return true;
-        }
-    }
-    return false;
+    const std::vector<OldFstabLine> lines = oldLines();
+    const auto isOwn = [&](const OldFstabLine& line) {
+        return line.user == ::geteuid() || line.image == paths.image;
+    };
+    return isApproved() || std::any_of(lines.begin(), lines.end(), isOwn);
 }
 
 std::string mountingAdvice()

@@ -39,6 +39,10 @@ enum HelperExit : int {
 /// which the helper turns into an approval.
 [[nodiscard]] bool mayUseMountHelper(const Paths& paths);
 
+/// Whether there is anything of this user's that the helper would have to take back: an approval, or a line
+/// of former versions, whole or not.
+[[nodiscard]] bool hasSomethingToForget(const Paths& paths);
+
 /// How somebody who may not mount gets to, after an "or": what an administrator can do, with the full path of
 /// the helper where it is installed.
 [[nodiscard]] std::string mountingAdvice();

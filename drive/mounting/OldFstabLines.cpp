@@ -68,7 +68,7 @@ std::optional<std::filesystem::path> imageIn(std::string_view line)
     if (fields.size() < 4 || fields[0].starts_with('#')) {
         return std::nullopt;
     }
-    const std::string image = withoutEscapes(fields[0]);
+    std::string image = withoutEscapes(fields[0]);
     if (!image.starts_with('/') || !image.ends_with(kImageBelowHome)) {
         return std::nullopt;
     }

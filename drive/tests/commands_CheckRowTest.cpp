@@ -13,6 +13,18 @@ namespace {
 const CheckRow kRow{
     .id = "drive", .title = "Drive is mounted and writable", .detail = {}, .fix = {}, .action = {}};
 
+TEST(CheckRow, doesNotSayBesideAButtonWhatTheButtonSays)
+{
+    const CheckRow row{.id = "running", .title = "Runs", .detail = {}, .fix = {}, .action = {}};
+    const CheckRow failed = row.failed("It does not.", "Restart Ferrobank.", "restart");
+    EXPECT_EQ(failed.toJson().find("\"fix\""), std::string::npos);
+    // In a terminal there is no button, but a command.
+    EXPECT_NE(failed.forTerminal().toText(false).find("restart"), std::string::npos);
+    EXPECT_NE(row.failed("It does not.", "Restart Ferrobank.").toJson().find("\"fix\""), std::string::npos);
+    EXPECT_NE(row.failed("It does not.", "Free some space.", "restart").toJson().find("\"fix\""),
+              std::string::npos);
+}
+
 TEST(CheckRow, runningAndPassedHaveOnlyWhatTheyNeed)
 {
     EXPECT_EQ(kRow.toJson(), R"({"id":"drive","title":"Drive is mounted and writable","state":"running"})");
@@ -43,9 +55,10 @@ TEST(CheckRow, peopleSeeColoursOnlyWhereTheyAreWanted)
 
 TEST(CheckRow, peopleAreToldCommandsAndNoWordsOfAnotherSystem)
 {
-    EXPECT_EQ(kRow.failed("No.", kRestartAdvice, "restart").toText(false),
+    EXPECT_EQ(kRow.failed("No.", kRestartAdvice, "restart").forTerminal().toText(false),
               "failed  Drive is mounted and writable\n        No.\n        Run: ferrobank restart");
     EXPECT_EQ(kRow.failed("No.", "Turn on Ferrobank in the login items.", "login-items")
+                  .forTerminal()
                   .toText(false)
                   .find("items"),
               std::string::npos);

@@ -15,6 +15,7 @@
 #include <sys/mount.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -94,9 +95,18 @@ TEST_F(Serve, firstStartMakesTheDriveAndMountsIt)
     EXPECT_EQ(root["mounted"], true);
     EXPECT_FALSE(root.contains("attach_error"));
     EXPECT_LT(root["store_bytes"].get<std::uint64_t>(), 32U << 20U);
-    EXPECT_EQ(std::filesystem::file_size(host->paths().image), std::uint64_t{8} << 40U);
+    EXPECT_EQ(std::filesystem::file_size(host->paths().image), std::uint64_t{16} << 30U);
     std::ofstream(host->paths().drive / "file") << "text";
     EXPECT_TRUE(std::filesystem::exists(host->paths().drive / "file"));
+}
+
+TEST_F(Serve, driveOfRootIsMountedWithoutSetuidAndDevices)
+{
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
+    struct statvfs drive{};
+    ASSERT_EQ(::statvfs(host->paths().drive.c_str(), &drive), 0);
+    EXPECT_NE(drive.f_flag & ST_NOSUID, 0U);
+    EXPECT_NE(drive.f_flag & ST_NODEV, 0U);
 }
 
 TEST_F(Serve, imageIsReadOnlyWhileAttachedAndWritableAfterwards)

@@ -26,3 +26,4 @@ drive_test(NAME serving_on_drive
 drive_test(NAME space_on_drive
     SOURCES space_GuardFileTest.cpp space_SpaceKeeperTest.cpp testing/ScanVolume.cpp
     LINK drive_space drive_sharing LABELS component)
+drive_test(NAME unit_words SOURCES words_SentencesTest.cpp LINK ferrobank-base LABELS unit)

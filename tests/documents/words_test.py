@@ -107,6 +107,30 @@ class Words(unittest.TestCase):
             for source in self.sources:
                 self.assertNotRegex(self.shown(language, source), FOREIGN, f"{language}: {source}")
 
+    def test_programs_without_the_toolkit_have_the_same_sentences_in_every_language(self):
+        english = None
+        for name in LANGUAGES:
+            lines = [line for line in (ROOT / f"base/words/sentences_{name}.txt").read_text().split("\n")
+                     if line and not line.startswith("#")]  # fmt: skip
+            pairs = list(zip(lines[::2], lines[1::2]))
+            self.assertEqual(len(lines) % 2, 0, name)
+            self.assertEqual(len({pattern for pattern, _ in pairs}), len(pairs), f"a sentence stands twice in {name}")
+            english = english or [pattern for pattern, _ in pairs]
+            self.assertEqual([pattern for pattern, _ in pairs], english, name)
+            for pattern, words in pairs:
+                self.assertEqual(words.count("{"), pattern.count("{"), f"{name}: {pattern}")
+                self.assertNotEqual(words, pattern, name)
+                self.assertNotRegex(words, FOREIGN, name)
+
+    def test_every_title_and_advice_of_the_checks_has_its_words(self):
+        checks = (ROOT / "drive/commands/Checks.cpp").read_text()
+        titles = re.findall(r'^    \{"[a-z]+", "([^"]+)", \w+\},$', checks, re.MULTILINE)
+        details = re.findall(r'row\.(?:failed|passed)\(\s*"((?:[^"\\]|\\.)*)"\s*[,)]', checks)
+        self.assertGreater(len(titles), 6)
+        self.assertGreater(len(details), 10)
+        known = (ROOT / f"base/words/sentences_{LANGUAGES[0]}.txt").read_text().split("\n")
+        self.assertEqual([text for text in titles + details if text not in known], [])
+
     def test_the_drive_tool_does_not_speak_of_another_system(self):
         for path in sorted((ROOT / "drive").rglob("*.cpp")):
             if "tests" not in path.parts:

@@ -5,10 +5,13 @@
 #include "Ferrobank/Model/AppModel.h"
 #include "Ferrobank/Model/ByteCount.h"
 #include "Ferrobank/Model/DriveState.h"
+#include "Ferrobank/Model/FailureText.h"
 #include "Ferrobank/Model/Footprint.h"
 #include "Ferrobank/Model/HealthSummary.h"
 #include "Ferrobank/Model/TildePath.h"
 #include "Platform/Workspace.h"
+
+#include <QtCore/QFileInfo>
 
 namespace ferrobank {
 
@@ -64,7 +67,7 @@ DashboardPresenter::Figures DashboardPresenter::readFigures() const
     figures.stateTint = tintOf(state.colour());
     figures.mountpoint = abbreviatedWithTilde(status->mountpoint, _with.home);
     if (state.kind() == DriveState::NeedsAttention) {
-        figures.attachError = status->attach_error.value_or(QString());
+        figures.attachError = said(status->attach_error.value_or(QString()));
     }
 
     const Footprint footprint = Footprint::of(*status);
@@ -224,7 +227,7 @@ QCoro::Task<> DashboardPresenter::install()
     } catch (const CommandLineTool::Cancelled&) {
         words.clear();
     } catch (const std::exception& error) {
-        words = QString::fromUtf8(error.what());
+        words = failureText(error);
     }
     if (!hold.isCut()) {
         _cliInstalling = false;
@@ -239,8 +242,15 @@ QCoro::Task<> DashboardPresenter::install()
 void DashboardPresenter::showLog()
 {
     const auto& status = _with.model.status();
-    if (status && !status->log.isEmpty()) {
+    // In the user's own folders, which answer.
+    const bool exists = status && !status->log.isEmpty() && QFileInfo::exists(status->log);
+    if (exists) {
         _with.workspace.openPath(status->log);
+    }
+    const QString note = exists ? QString() : tr("There is no log yet.");
+    if (_logNote != note) {
+        _logNote = note;
+        Q_EMIT logNoteChanged();
     }
 }
 

@@ -1,8 +1,10 @@
 #include "Ferrobank/FerrobankApp/FerrobankApp.h"
 
 #include "Ferrobank/FerrobankApp/LaunchRule.h"
+#include "Ferrobank/Words/Said.h"
 #include "Platform/Bundle.h"
 #include "Platform/Memory.h"
+#include "Platform/Notification.h"
 #include "Platform/UpdateController.h"
 
 #include <QtCore/QCoreApplication>
@@ -31,8 +33,8 @@ FerrobankApp::FerrobankApp(DesktopSession& session)
     : _statusItem(session.makeStatusItem()),
       _system(System::make({
           .openLoginItems = [this] { _windows->openLoginItems(); },
-          .tell = [this](const QString& words) { _windows->showAlert(words); },
-          .explain = [this](const QString& words) { return _windows->askToGoOn(words); },
+          .tell = [this](const QString& words) { _windows->showAlert(said(words)); },
+          .explain = [this](const QString& words) { return _windows->askToGoOn(said(words)); },
           .activationToken = [this] { return _menu->takeActivationToken(); },
           .quit = [this] { _windows->quit(); },
       })),
@@ -90,13 +92,14 @@ FerrobankApp::FerrobankApp(DesktopSession& session)
           .systemChanges = *_systemChanges,
           .openWindow = [this](const QString& token) { _windows->openMain(token); },
           .checkForUpdates = [this] { _updater->checkForUpdates(); },
-          .showAlert = [this](const QString& words) { _windows->showAlert(words); },
+          .showAlert = [this](const QString& words) { _windows->showAlert(said(words)); },
           .quit = [this] { _windows->quit(); },
       })),
       _terminationSignals(TerminationSignals::watch([] { QCoreApplication::quit(); }))
 {
     connect(_statusItem.get(), &StatusItem::activated, this, &FerrobankApp::openWindow);
     connect(_windows.get(), &Windows::closed, this, [this] { _updater->reconsider(); });
+    connect(_windows.get(), &Windows::mainClosed, this, &FerrobankApp::tellOfBackground);
     connect(_model.get(), &AppModel::setupCompleteChanged, this, [this] { _updater->reconsider(); });
     session.instance().serve([this](const InstanceRequest& request) { return carryOut(request); });
 
@@ -110,13 +113,15 @@ FerrobankApp::FerrobankApp(DesktopSession& session)
 
 FerrobankApp::~FerrobankApp() = default;
 
-void FerrobankApp::launch(const QString& activationToken)
+void FerrobankApp::launch(const InstanceRequest& request)
 {
-    if (_model->isSetupKnown()) {
-        openWindowUnlessSetUp(activationToken);
+    if (!request.action.isEmpty() && carryOut(request)) {
+        // The command has brought up what it is about.
+    } else if (_model->isSetupKnown()) {
+        openWindowUnlessSetUp(request.activationToken);
     } else {
         connect(_model.get(), &AppModel::setupKnown, this,
-                [this, activationToken] { openWindowUnlessSetUp(activationToken); });
+                [this, token = request.activationToken] { openWindowUnlessSetUp(token); });
     }
     QTimer::singleShot(kStarted, &returnIdleMemory);
 }
@@ -140,6 +145,18 @@ bool FerrobankApp::carryOut(const InstanceRequest& request)
         openWindow(request.activationToken);
     }
     return item.has_value();
+}
+
+void FerrobankApp::tellOfBackground()
+{
+    if (_toldOfBackground || _statusItem->isSeen()) {
+        return;
+    }
+    _toldOfBackground = true;
+    notifyUser(
+        tr("Ferrobank goes on in the background"),
+        tr("This desktop shows no icon for it. Open Ferrobank again to see your drive; the menu of its icon "
+           "among your applications has Run Checks and Quit."));
 }
 
 void FerrobankApp::openWindow(const QString& activationToken)

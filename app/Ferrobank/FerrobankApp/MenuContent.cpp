@@ -2,6 +2,7 @@
 
 #include "Ferrobank/Model/ByteCount.h"
 #include "Ferrobank/Model/DriveState.h"
+#include "Ferrobank/Words/Said.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QHash>
@@ -77,7 +78,7 @@ StatusItemFace menuFace(const MenuFacts& facts)
     face.needsAttention = state.kind() == DriveState::NeedsAttention;
     if (face.needsAttention) {
         face.title = tr("Ferrobank · %1").arg(state.word());
-        face.toolTip = facts.status->attach_error.value_or(QString());
+        face.toolTip = said(facts.status->attach_error.value_or(QString()));
     } else {
         face.toolTip = showsUsage(*facts.status) ? usage(*facts.status) : state.word();
     }

@@ -3,6 +3,7 @@
 #include "Ferrobank/Async/Spawn.h"
 #include "Ferrobank/CLI/CommandLineTool.h"
 #include "Ferrobank/Model/AppModel.h"
+#include "Ferrobank/Model/FailureText.h"
 #include "Platform/StatusItem.h"
 #include "Platform/SystemChanges.h"
 #include "Platform/Workspace.h"
@@ -140,7 +141,7 @@ QCoro::Task<> TrayMenu::installCommand()
     } catch (const CommandLineTool::Cancelled&) {
         // The user has just said so; there is nothing to tell.
     } catch (const std::exception& error) {
-        failure = QString::fromUtf8(error.what());
+        failure = failureText(error);
     }
     if (life.isCut()) {
         co_return;

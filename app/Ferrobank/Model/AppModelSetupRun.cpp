@@ -1,6 +1,7 @@
 #include "Ferrobank/LoginServices.h"
 #include "Ferrobank/Model/AppModel.h"
 #include "Ferrobank/Model/FailureText.h"
+#include "Ferrobank/Words/Said.h"
 #include "Platform/Clock.h"
 
 using namespace Qt::StringLiterals;
@@ -143,7 +144,7 @@ AppModel::MountWait AppModel::lookAtMount(std::chrono::system_clock::duration wa
     }
     if (_status && _status->attach_error) {
         updateSetupTask(row, CheckItem::State::Fail,
-                        tr("The drive could not be attached: %1").arg(*_status->attach_error),
+                        tr("The drive could not be attached: %1").arg(said(*_status->attach_error)),
                         tr("If you clicked Don't Allow, open Privacy & Security › Files & Folders, turn on "
                            "Network Volumes for Ferrobank, then click Try Again."));
         return MountWait::Failed;

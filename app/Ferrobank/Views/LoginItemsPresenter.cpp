@@ -3,6 +3,7 @@
 #include "Ferrobank/Async/Spawn.h"
 #include "Ferrobank/LoginServices.h"
 #include "Ferrobank/Model/AppModel.h"
+#include "Ferrobank/Model/FailureText.h"
 
 namespace ferrobank {
 
@@ -77,7 +78,7 @@ QCoro::Task<> LoginItemRow::carryOut(bool on)
     try {
         co_await _services.setOn(_service, on);
     } catch (const std::exception& error) {
-        failure = QString::fromUtf8(error.what());
+        failure = failureText(error);
     }
     if (life.isCut()) {
         co_return;

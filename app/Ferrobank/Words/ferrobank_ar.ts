@@ -755,5 +755,69 @@
         <source>Your system has not answered yet.</source>
         <translation>لم يجب نظامك بعد.</translation>
     </message>
+    <message>
+        <source>There is no log yet.</source>
+        <translation>لا يوجد سجل بعد.</translation>
+    </message>
+    <message>
+        <source>Ferrobank goes on in the background</source>
+        <translation>يواصل Ferrobank العمل في الخلفية</translation>
+    </message>
+    <message>
+        <source>This desktop shows no icon for it. Open Ferrobank again to see your drive; the menu of its icon among your applications has Run Checks and Quit.</source>
+        <translation>لا يعرض سطح المكتب هذا أيقونة له. افتح Ferrobank مرة أخرى لرؤية محرك الأقراص؛ وتتيح قائمة أيقونته بين تطبيقاتك تشغيل الفحوص والإنهاء.</translation>
+    </message>
+    <message>
+        <source>Ferrobank is in the Trash. The command %1 is still there, because removing it needs an administrator's password. To remove it: sudo rm %1</source>
+        <translation>Ferrobank في سلة المهملات. ما زال الأمر %1 موجودًا لأن إزالته تتطلب كلمة مرور المسؤول. لإزالته: sudo rm %1</translation>
+    </message>
+    <message>
+        <source>Check Automatically</source>
+        <translation>البحث تلقائيًا</translation>
+    </message>
+    <message>
+        <source>Don’t Check</source>
+        <translation>عدم البحث</translation>
+    </message>
+    <message>
+        <source>Install Update</source>
+        <translation>تثبيت التحديث</translation>
+    </message>
+    <message>
+        <source>Install and Relaunch</source>
+        <translation>تثبيت وإعادة تشغيل</translation>
+    </message>
+    <message>
+        <source>Install on Quit</source>
+        <translation>التثبيت عند الإنهاء</translation>
+    </message>
+    <message>
+        <source>Later</source>
+        <translation>لاحقًا</translation>
+    </message>
+    <message>
+        <source>Learn More…</source>
+        <translation>معرفة المزيد…</translation>
+    </message>
+    <message>
+        <source>Relaunch</source>
+        <translation>إعادة تشغيل</translation>
+    </message>
+    <message>
+        <source>Remind Me Later</source>
+        <translation>ذكّرني لاحقًا</translation>
+    </message>
+    <message>
+        <source>Skip This Version</source>
+        <translation>تخطي هذا الإصدار</translation>
+    </message>
+    <message>
+        <source>Version History</source>
+        <translation>سجل الإصدارات</translation>
+    </message>
+    <message>
+        <source>This copy of Ferrobank can be changed without a password, and everybody on this computer would run it by typing ferrobank, its administrator too. A copy that was installed as a package is safe from that.</source>
+        <translation>يمكن تغيير هذه النسخة من Ferrobank دون كلمة سر، وسيشغّلها كل من على هذا الحاسوب عند كتابة ferrobank، ومنهم المدير. أما النسخة المثبتة كحزمة فهي في مأمن من ذلك.</translation>
+    </message>
 </context>
 </TS>

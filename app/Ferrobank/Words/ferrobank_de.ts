@@ -755,5 +755,69 @@
         <source>Your system has not answered yet.</source>
         <translation>Ihr System hat noch nicht geantwortet.</translation>
     </message>
+    <message>
+        <source>There is no log yet.</source>
+        <translation>Es gibt noch kein Protokoll.</translation>
+    </message>
+    <message>
+        <source>Ferrobank goes on in the background</source>
+        <translation>Ferrobank läuft im Hintergrund weiter</translation>
+    </message>
+    <message>
+        <source>This desktop shows no icon for it. Open Ferrobank again to see your drive; the menu of its icon among your applications has Run Checks and Quit.</source>
+        <translation>Dieser Desktop zeigt dafür kein Symbol. Öffnen Sie Ferrobank erneut, um Ihr Laufwerk zu sehen; das Menü seines Symbols unter Ihren Anwendungen bietet Prüfungen und Beenden.</translation>
+    </message>
+    <message>
+        <source>Ferrobank is in the Trash. The command %1 is still there, because removing it needs an administrator's password. To remove it: sudo rm %1</source>
+        <translation>Ferrobank ist im Papierkorb. Der Befehl %1 ist noch da, weil zum Entfernen ein Administratorpasswort nötig ist. So entfernen Sie ihn: sudo rm %1</translation>
+    </message>
+    <message>
+        <source>Check Automatically</source>
+        <translation>Automatisch suchen</translation>
+    </message>
+    <message>
+        <source>Don’t Check</source>
+        <translation>Nicht suchen</translation>
+    </message>
+    <message>
+        <source>Install Update</source>
+        <translation>Update installieren</translation>
+    </message>
+    <message>
+        <source>Install and Relaunch</source>
+        <translation>Installieren und neu starten</translation>
+    </message>
+    <message>
+        <source>Install on Quit</source>
+        <translation>Beim Beenden installieren</translation>
+    </message>
+    <message>
+        <source>Later</source>
+        <translation>Später</translation>
+    </message>
+    <message>
+        <source>Learn More…</source>
+        <translation>Mehr erfahren …</translation>
+    </message>
+    <message>
+        <source>Relaunch</source>
+        <translation>Neu starten</translation>
+    </message>
+    <message>
+        <source>Remind Me Later</source>
+        <translation>Später erinnern</translation>
+    </message>
+    <message>
+        <source>Skip This Version</source>
+        <translation>Diese Version überspringen</translation>
+    </message>
+    <message>
+        <source>Version History</source>
+        <translation>Versionsverlauf</translation>
+    </message>
+    <message>
+        <source>This copy of Ferrobank can be changed without a password, and everybody on this computer would run it by typing ferrobank, its administrator too. A copy that was installed as a package is safe from that.</source>
+        <translation>Diese Kopie von Ferrobank lässt sich ohne Passwort verändern, und alle auf diesem Computer würden sie mit dem Befehl ferrobank ausführen, auch der Administrator. Eine als Paket installierte Kopie ist davor geschützt.</translation>
+    </message>
 </context>
 </TS>

@@ -755,5 +755,69 @@
         <source>Your system has not answered yet.</source>
         <translation>Su sistema aún no ha respondido.</translation>
     </message>
+    <message>
+        <source>There is no log yet.</source>
+        <translation>Todavía no hay ningún registro.</translation>
+    </message>
+    <message>
+        <source>Ferrobank goes on in the background</source>
+        <translation>Ferrobank sigue en segundo plano</translation>
+    </message>
+    <message>
+        <source>This desktop shows no icon for it. Open Ferrobank again to see your drive; the menu of its icon among your applications has Run Checks and Quit.</source>
+        <translation>Este escritorio no muestra ningún icono. Abra Ferrobank de nuevo para ver su unidad; el menú de su icono entre las aplicaciones permite ejecutar las comprobaciones y salir.</translation>
+    </message>
+    <message>
+        <source>Ferrobank is in the Trash. The command %1 is still there, because removing it needs an administrator's password. To remove it: sudo rm %1</source>
+        <translation>Ferrobank está en la papelera. La orden %1 sigue ahí, porque eliminarla requiere la contraseña de un administrador. Para eliminarla: sudo rm %1</translation>
+    </message>
+    <message>
+        <source>Check Automatically</source>
+        <translation>Buscar automáticamente</translation>
+    </message>
+    <message>
+        <source>Don’t Check</source>
+        <translation>No buscar</translation>
+    </message>
+    <message>
+        <source>Install Update</source>
+        <translation>Instalar actualización</translation>
+    </message>
+    <message>
+        <source>Install and Relaunch</source>
+        <translation>Instalar y reiniciar</translation>
+    </message>
+    <message>
+        <source>Install on Quit</source>
+        <translation>Instalar al salir</translation>
+    </message>
+    <message>
+        <source>Later</source>
+        <translation>Más tarde</translation>
+    </message>
+    <message>
+        <source>Learn More…</source>
+        <translation>Más información…</translation>
+    </message>
+    <message>
+        <source>Relaunch</source>
+        <translation>Reiniciar</translation>
+    </message>
+    <message>
+        <source>Remind Me Later</source>
+        <translation>Recordármelo más tarde</translation>
+    </message>
+    <message>
+        <source>Skip This Version</source>
+        <translation>Omitir esta versión</translation>
+    </message>
+    <message>
+        <source>Version History</source>
+        <translation>Historial de versiones</translation>
+    </message>
+    <message>
+        <source>This copy of Ferrobank can be changed without a password, and everybody on this computer would run it by typing ferrobank, its administrator too. A copy that was installed as a package is safe from that.</source>
+        <translation>Esta copia de Ferrobank se puede modificar sin contraseña, y todos en este equipo la ejecutarían al escribir ferrobank, también el administrador. Una copia instalada como paquete está a salvo de ello.</translation>
+    </message>
 </context>
 </TS>

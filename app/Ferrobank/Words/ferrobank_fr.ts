@@ -755,5 +755,69 @@
         <source>Your system has not answered yet.</source>
         <translation>Votre système n’a pas encore répondu.</translation>
     </message>
+    <message>
+        <source>There is no log yet.</source>
+        <translation>Il n'y a pas encore de journal.</translation>
+    </message>
+    <message>
+        <source>Ferrobank goes on in the background</source>
+        <translation>Ferrobank continue en arrière-plan</translation>
+    </message>
+    <message>
+        <source>This desktop shows no icon for it. Open Ferrobank again to see your drive; the menu of its icon among your applications has Run Checks and Quit.</source>
+        <translation>Ce bureau n'affiche pas d'icône pour lui. Ouvrez de nouveau Ferrobank pour voir votre disque ; le menu de son icône parmi vos applications permet de lancer les vérifications et de quitter.</translation>
+    </message>
+    <message>
+        <source>Ferrobank is in the Trash. The command %1 is still there, because removing it needs an administrator's password. To remove it: sudo rm %1</source>
+        <translation>Ferrobank est dans la corbeille. La commande %1 est toujours là, car sa suppression demande un mot de passe d'administrateur. Pour la supprimer : sudo rm %1</translation>
+    </message>
+    <message>
+        <source>Check Automatically</source>
+        <translation>Rechercher automatiquement</translation>
+    </message>
+    <message>
+        <source>Don’t Check</source>
+        <translation>Ne pas rechercher</translation>
+    </message>
+    <message>
+        <source>Install Update</source>
+        <translation>Installer la mise à jour</translation>
+    </message>
+    <message>
+        <source>Install and Relaunch</source>
+        <translation>Installer et relancer</translation>
+    </message>
+    <message>
+        <source>Install on Quit</source>
+        <translation>Installer en quittant</translation>
+    </message>
+    <message>
+        <source>Later</source>
+        <translation>Plus tard</translation>
+    </message>
+    <message>
+        <source>Learn More…</source>
+        <translation>En savoir plus…</translation>
+    </message>
+    <message>
+        <source>Relaunch</source>
+        <translation>Relancer</translation>
+    </message>
+    <message>
+        <source>Remind Me Later</source>
+        <translation>Me le rappeler plus tard</translation>
+    </message>
+    <message>
+        <source>Skip This Version</source>
+        <translation>Ignorer cette version</translation>
+    </message>
+    <message>
+        <source>Version History</source>
+        <translation>Historique des versions</translation>
+    </message>
+    <message>
+        <source>This copy of Ferrobank can be changed without a password, and everybody on this computer would run it by typing ferrobank, its administrator too. A copy that was installed as a package is safe from that.</source>
+        <translation>Cette copie de Ferrobank peut être modifiée sans mot de passe, et tout le monde sur cet ordinateur l’exécuterait en tapant ferrobank, l’administrateur aussi. Une copie installée comme paquet en est protégée.</translation>
+    </message>
 </context>
 </TS>

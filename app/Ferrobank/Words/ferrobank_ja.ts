@@ -755,5 +755,69 @@
         <source>Your system has not answered yet.</source>
         <translation>システムからまだ応答がありません。</translation>
     </message>
+    <message>
+        <source>There is no log yet.</source>
+        <translation>ログはまだありません。</translation>
+    </message>
+    <message>
+        <source>Ferrobank goes on in the background</source>
+        <translation>Ferrobankはバックグラウンドで動作し続けます</translation>
+    </message>
+    <message>
+        <source>This desktop shows no icon for it. Open Ferrobank again to see your drive; the menu of its icon among your applications has Run Checks and Quit.</source>
+        <translation>このデスクトップにはアイコンが表示されません。ドライブを見るにはFerrobankをもう一度開いてください。アプリケーション一覧のアイコンのメニューから、チェックの実行と終了ができます。</translation>
+    </message>
+    <message>
+        <source>Ferrobank is in the Trash. The command %1 is still there, because removing it needs an administrator's password. To remove it: sudo rm %1</source>
+        <translation>Ferrobankはゴミ箱に移動しました。削除に管理者のパスワードが必要なため、コマンド%1は残っています。削除するには: sudo rm %1</translation>
+    </message>
+    <message>
+        <source>Check Automatically</source>
+        <translation>自動的に確認</translation>
+    </message>
+    <message>
+        <source>Don’t Check</source>
+        <translation>確認しない</translation>
+    </message>
+    <message>
+        <source>Install Update</source>
+        <translation>アップデートをインストール</translation>
+    </message>
+    <message>
+        <source>Install and Relaunch</source>
+        <translation>インストールして再起動</translation>
+    </message>
+    <message>
+        <source>Install on Quit</source>
+        <translation>終了時にインストール</translation>
+    </message>
+    <message>
+        <source>Later</source>
+        <translation>後で</translation>
+    </message>
+    <message>
+        <source>Learn More…</source>
+        <translation>詳しい情報…</translation>
+    </message>
+    <message>
+        <source>Relaunch</source>
+        <translation>再起動</translation>
+    </message>
+    <message>
+        <source>Remind Me Later</source>
+        <translation>後で通知</translation>
+    </message>
+    <message>
+        <source>Skip This Version</source>
+        <translation>このバージョンを飛ばす</translation>
+    </message>
+    <message>
+        <source>Version History</source>
+        <translation>バージョン履歴</translation>
+    </message>
+    <message>
+        <source>This copy of Ferrobank can be changed without a password, and everybody on this computer would run it by typing ferrobank, its administrator too. A copy that was installed as a package is safe from that.</source>
+        <translation>このFerrobankのコピーはパスワードなしで変更でき、ferrobankと入力すると、管理者を含むこのコンピュータの全員がこれを実行することになります。パッケージとしてインストールしたコピーなら安全です。</translation>
+    </message>
 </context>
 </TS>

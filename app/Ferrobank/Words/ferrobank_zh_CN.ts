@@ -755,5 +755,69 @@
         <source>Your system has not answered yet.</source>
         <translation>您的系统尚未响应。</translation>
     </message>
+    <message>
+        <source>There is no log yet.</source>
+        <translation>还没有日志。</translation>
+    </message>
+    <message>
+        <source>Ferrobank goes on in the background</source>
+        <translation>Ferrobank 继续在后台运行</translation>
+    </message>
+    <message>
+        <source>This desktop shows no icon for it. Open Ferrobank again to see your drive; the menu of its icon among your applications has Run Checks and Quit.</source>
+        <translation>此桌面不显示它的图标。再次打开 Ferrobank 即可查看您的驱动器；应用程序中其图标的菜单提供运行检查和退出。</translation>
+    </message>
+    <message>
+        <source>Ferrobank is in the Trash. The command %1 is still there, because removing it needs an administrator's password. To remove it: sudo rm %1</source>
+        <translation>Ferrobank 已在回收站中。命令 %1 仍然存在，因为移除它需要管理员密码。移除方法：sudo rm %1</translation>
+    </message>
+    <message>
+        <source>Check Automatically</source>
+        <translation>自动检查</translation>
+    </message>
+    <message>
+        <source>Don’t Check</source>
+        <translation>不检查</translation>
+    </message>
+    <message>
+        <source>Install Update</source>
+        <translation>安装更新</translation>
+    </message>
+    <message>
+        <source>Install and Relaunch</source>
+        <translation>安装并重新启动</translation>
+    </message>
+    <message>
+        <source>Install on Quit</source>
+        <translation>退出时安装</translation>
+    </message>
+    <message>
+        <source>Later</source>
+        <translation>稍后</translation>
+    </message>
+    <message>
+        <source>Learn More…</source>
+        <translation>了解更多…</translation>
+    </message>
+    <message>
+        <source>Relaunch</source>
+        <translation>重新启动</translation>
+    </message>
+    <message>
+        <source>Remind Me Later</source>
+        <translation>稍后提醒我</translation>
+    </message>
+    <message>
+        <source>Skip This Version</source>
+        <translation>跳过此版本</translation>
+    </message>
+    <message>
+        <source>Version History</source>
+        <translation>版本历史</translation>
+    </message>
+    <message>
+        <source>This copy of Ferrobank can be changed without a password, and everybody on this computer would run it by typing ferrobank, its administrator too. A copy that was installed as a package is safe from that.</source>
+        <translation>此 Ferrobank 副本无需密码即可被更改，而此电脑上的所有人（包括管理员）输入 ferrobank 时都会运行它。以软件包安装的副本不存在此问题。</translation>
+    </message>
 </context>
 </TS>

@@ -7,6 +7,9 @@ store="$HOME/Library/Application Support/Ferrobank/store"
 
 expect "restart makes and mounts the drive" "$tool" restart
 expect "a link leads to the mount" test "$(readlink ~/Ferrobank)" = /media/ferrotest/Ferrobank
+for flag in nosuid nodev noatime; do
+    expectText "the mount is $flag" ",$flag," sh -c "echo ,\$(findmnt -no VFS-OPTIONS /media/ferrotest/Ferrobank),"
+done
 expectText "status says mounted" '"mounted":true' "$tool" status --json
 expect "a file can be written" sh -c 'echo kept >~/Ferrobank/file'
 expect "the volume belongs to the user" test "$(stat -c '%U %a' ~/Ferrobank/)" = "ferrotest 700"

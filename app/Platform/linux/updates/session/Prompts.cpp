@@ -14,9 +14,9 @@ QString tr(const char* text)
     return QCoreApplication::translate("Updates", text);
 }
 
-UpdateButton button(UpdateAction action, const char* text)
+UpdateButton button(UpdateAction action, const QString& text)
 {
-    return {action, tr(text)};
+    return {action, text};
 }
 
 UpdatePrompt asking(const SessionView& view)
@@ -30,8 +30,8 @@ UpdatePrompt asking(const SessionView& view)
         prompt.automaticTitle = tr("Automatically download and install updates");
         prompt.automatic = view.automatic;
     }
-    prompt.buttons = {button(UpdateAction::AllowAutomatic, "Check Automatically"),
-                      button(UpdateAction::DeclineAutomatic, "Don’t Check")};
+    prompt.buttons = {button(UpdateAction::AllowAutomatic, tr("Check Automatically")),
+                      button(UpdateAction::DeclineAutomatic, tr("Don’t Check"))};
     prompt.dismiss = UpdateAction::Close;
     return prompt;
 }
@@ -41,7 +41,7 @@ UpdatePrompt checking()
     UpdatePrompt prompt;
     prompt.headline = tr("Checking for updates…");
     prompt.isBusy = true;
-    prompt.buttons = {button(UpdateAction::Cancel, "Cancel")};
+    prompt.buttons = {button(UpdateAction::Cancel, tr("Cancel"))};
     prompt.dismiss = UpdateAction::Cancel;
     return prompt;
 }
@@ -50,7 +50,7 @@ UpdatePrompt nothingNew(const SessionView& view)
 {
     const NothingNew& nothing = view.nothingNew;
     UpdatePrompt prompt;
-    prompt.buttons = {button(UpdateAction::Close, "OK")};
+    prompt.buttons = {button(UpdateAction::Close, tr("OK"))};
     if (nothing.reason == "systemTooOld"_L1 || nothing.reason == "systemTooNew"_L1) {
         const bool isOld = nothing.reason == "systemTooOld"_L1;
         prompt.headline = tr("Your system is not supported");
@@ -59,7 +59,7 @@ UpdatePrompt nothingNew(const SessionView& view)
                    : tr("Ferrobank %1 is available, but it does not support a system as new as yours."))
                 .arg(nothing.latest);
         if (!nothing.page.isEmpty())
-            prompt.buttons.append(button(UpdateAction::OpenPage, "Learn More…"));
+            prompt.buttons.append(button(UpdateAction::OpenPage, tr("Learn More…")));
         return prompt;
     }
     if (nothing.reason == "takenBack"_L1) {
@@ -78,7 +78,7 @@ UpdatePrompt nothingNew(const SessionView& view)
     else
         prompt.text = tr("Ferrobank %1 is currently the newest version available.").arg(view.installed);
     if (!nothing.history.isEmpty())
-        prompt.buttons.append(button(UpdateAction::ShowHistory, "Version History"));
+        prompt.buttons.append(button(UpdateAction::ShowHistory, tr("Version History")));
     return prompt;
 }
 
@@ -88,9 +88,9 @@ void addForeignWay(const SessionView& view, UpdatePrompt& prompt)
     prompt.text += u' ' + view.placeSentence;
     if (!view.advice.isEmpty())
         prompt.text += u' ' + tr("To update: %1").arg(view.advice);
-    prompt.buttons = {button(UpdateAction::Close, "OK")};
+    prompt.buttons = {button(UpdateAction::Close, tr("OK"))};
     if (!view.offer.link.isEmpty())
-        prompt.buttons.append(button(UpdateAction::OpenPage, "Learn More…"));
+        prompt.buttons.append(button(UpdateAction::OpenPage, tr("Learn More…")));
 }
 
 UpdatePrompt found(const SessionView& view)
@@ -110,12 +110,12 @@ UpdatePrompt found(const SessionView& view)
         return prompt;
     }
     if (offer.informational)
-        prompt.buttons = {button(UpdateAction::OpenPage, "Learn More…")};
+        prompt.buttons = {button(UpdateAction::OpenPage, tr("Learn More…"))};
     else
-        prompt.buttons = {button(UpdateAction::Install, "Install Update")};
-    prompt.buttons.append(button(UpdateAction::RemindLater, "Remind Me Later"));
+        prompt.buttons = {button(UpdateAction::Install, tr("Install Update"))};
+    prompt.buttons.append(button(UpdateAction::RemindLater, tr("Remind Me Later")));
     if (!offer.critical)
-        prompt.buttons.append(button(UpdateAction::Skip, "Skip This Version"));
+        prompt.buttons.append(button(UpdateAction::Skip, tr("Skip This Version")));
     if (view.allowsAutomatic && !offer.informational) {
         prompt.automaticTitle = tr("Automatically download and install updates in the future");
         prompt.automatic = view.automatic;
@@ -135,7 +135,7 @@ UpdatePrompt downloading(const SessionView& view, const QLocale& locale)
     if (view.offer.length > 0)
         prompt.progress =
             std::clamp(static_cast<double>(view.bytes) / static_cast<double>(view.offer.length), 0.0, 1.0);
-    prompt.buttons = {button(UpdateAction::Cancel, "Cancel")};
+    prompt.buttons = {button(UpdateAction::Cancel, tr("Cancel"))};
     prompt.dismiss = UpdateAction::Cancel;
     return prompt;
 }
@@ -155,8 +155,8 @@ UpdatePrompt ready(const SessionView& view)
     prompt.text = tr("Ferrobank %1 has been downloaded. It is installed when you quit, or now.")
                       .arg(view.offer.displayVersion);
     prompt.notes = view.offer.notes;
-    prompt.buttons = {button(UpdateAction::InstallAndRelaunch, "Install and Relaunch"),
-                      button(UpdateAction::Close, "Install on Quit")};
+    prompt.buttons = {button(UpdateAction::InstallAndRelaunch, tr("Install and Relaunch")),
+                      button(UpdateAction::Close, tr("Install on Quit"))};
     return prompt;
 }
 
@@ -178,7 +178,8 @@ UpdatePrompt replaced(const SessionView& view)
              ? tr("Ferrobank %1 was put in the place of %2, which is still running. Relaunch to use it.")
              : tr("Ferrobank %1 is installed; %2 is still running. Relaunch to finish the update."))
             .arg(view.replacement, view.installed);
-    prompt.buttons = {button(UpdateAction::Relaunch, "Relaunch"), button(UpdateAction::Close, "Later")};
+    prompt.buttons = {button(UpdateAction::Relaunch, tr("Relaunch")),
+                      button(UpdateAction::Close, tr("Later"))};
     return prompt;
 }
 
@@ -190,8 +191,8 @@ UpdatePrompt failed(const SessionView& view)
     prompt.text = view.sentence;
     if (isOff && !view.advice.isEmpty())
         prompt.text += u' ' + tr("To update: %1").arg(view.advice);
-    prompt.buttons = {isOff ? button(UpdateAction::Close, "OK")
-                            : button(UpdateAction::Close, "Cancel Update")};
+    // It is over: there is nothing left to cancel.
+    prompt.buttons = {button(UpdateAction::Close, tr("OK"))};
     return prompt;
 }
 

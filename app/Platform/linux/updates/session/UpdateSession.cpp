@@ -1,6 +1,7 @@
 #include "Platform/linux/updates/session/UpdateSession.h"
 
 #include "Ferrobank/Async/Spawn.h"
+#include "Ferrobank/Words/Said.h"
 #include "Platform/Clock.h"
 #include "Platform/linux/updates/feed/VersionComparison.h"
 #include "Platform/linux/updates/session/Prompts.h"
@@ -150,7 +151,7 @@ void UpdateSession::takePlace(const QJsonObject& event)
 {
     const QJsonObject place = event[u"place"_s].toObject();
     _view.mayReplace = place[u"mayReplace"_s].toBool();
-    _view.placeSentence = place[u"sentence"_s].toString();
+    _view.placeSentence = said(place[u"sentence"_s].toString());
     _view.advice = place[u"advice"_s].toString();
     _isFolder = place[u"isFolder"_s].toBool(_view.mayReplace);
 }
@@ -263,8 +264,7 @@ void UpdateSession::bundleChanged()
     else
         _with.surroundings.notify(
             tr("Ferrobank was updated"),
-            tr("Ferrobank %1 is installed. Choose “Check for Updates…” to relaunch.")
-                .arg(_view.replacement));
+            tr("Ferrobank %1 is installed. Choose “Check for Updates…” to relaunch.").arg(_view.replacement));
 }
 
 bool UpdateSession::isReplaced()

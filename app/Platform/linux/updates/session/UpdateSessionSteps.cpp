@@ -1,5 +1,6 @@
 // The steps of a session: what the worker is told to do and what its answers lead to.
 
+#include "Ferrobank/Words/Said.h"
 #include "Platform/linux/updates/session/Prompts.h"
 #include "Platform/linux/updates/session/Schedule.h"
 #include "Platform/linux/updates/session/UpdateSession.h"
@@ -62,9 +63,8 @@ void UpdateSession::onCheckEvent(const QJsonObject& event)
     if (event[u"event"_s] == "metered"_L1) {
         // Counts like a failure for the next attempt, in an hour or more, and for nothing else.
         ++_state.failures;
-        countSilence(
-            tr("Ferrobank has not looked for updates"),
-            tr("The connection is paid by volume. Choose “Check for Updates…” to look now."));
+        countSilence(tr("Ferrobank has not looked for updates"),
+                     tr("The connection is paid by volume. Choose “Check for Updates…” to look now."));
         save();
         finishSession();
         return;
@@ -161,9 +161,8 @@ void UpdateSession::announceOffer()
         const QString title =
             offer.critical ? tr("Important update for Ferrobank") : tr("Update for Ferrobank");
         _with.surroundings.notify(
-            title,
-            tr("Ferrobank %1 is available. Choose “Check for Updates…” to see what is new.")
-                .arg(offer.displayVersion));
+            title, tr("Ferrobank %1 is available. Choose “Check for Updates…” to see what is new.")
+                       .arg(offer.displayVersion));
     }
     finishSession();
 }
@@ -292,7 +291,7 @@ void UpdateSession::fail(const QJsonObject& event, About about)
 {
     _run.reset();
     _view.problem = problemFromWord(event[u"problem"_s].toString().toStdString());
-    _view.sentence = event[u"sentence"_s].toString();
+    _view.sentence = said(event[u"sentence"_s].toString());
     if (about == About::TheOffer && isRefusal(_view.problem)) {
         noteRefusal(_state, _view.offer, now(), _view.sentence);
         _state.failures = 0;
