@@ -170,7 +170,7 @@ private Q_SLOTS:
         const QRectF outside = inScene(pill);
         QCOMPARE(words.left() - outside.left(), 10.0);
         QCOMPARE(outside.right() - words.right(), 10.0);
-        QCOMPARE(outside.height() - words.height(), 6.0);
+        QCOMPARE(qRound(outside.height() - words.height()), 6);
         QCOMPARE(pill.property("radius").toReal(), pill.height() / 2);
     }
 
