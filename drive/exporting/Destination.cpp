@@ -1,6 +1,5 @@
 #include "exporting/Destination.h"
 
-#include "exporting/IncompleteMark.h"
 #include "exporting/Survey.h"
 #include "figures/DeviceCounters.h"
 #include "figures/DisplayText.h"
@@ -12,19 +11,13 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <optional>
 
 namespace ferrobank::drive {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string uuidAt(const fs::path& folder)
-{
-    const FileDescriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    const auto volume = opened ? volumeState(opened.get()) : std::nullopt;
-    return volume ? volume->uuid : std::string();
-}
 
 bool liesIn(const fs::path& path, const fs::path& folder)
 {
@@ -44,23 +37,44 @@ std::uint64_t freeBytes(const fs::path& folder)
     return std::uint64_t{space.f_bavail} * space.f_frsize;
 }
 
-ExportStart startIn(const fs::path& folder, const std::string& shown, const std::string& driveUuid)
+ExportStart startIn(const ExportRequest& request, const fs::path& folder, const std::string& shown,
+                    const std::string& driveUuid)
 {
-    std::error_code error;
-    const fs::directory_iterator entries(folder, error);
-    if (error) {
-        throw systemFailure(shown + " cannot be read", error.value());
+    const EarlierExport earlier = EarlierExport::lookIn(folder, driveUuid);
+    if (earlier.found == EarlierExport::Found::Foreign) {
+        throw Failure(shown + " already holds files. Choose an empty folder.", "not-empty");
     }
-    if (entries == fs::directory_iterator()) {
+    if (earlier.found == EarlierExport::Found::Nothing) {
         return ExportStart::Fresh;
     }
-    if (hasIncompleteMark(folder, driveUuid)) {
-        return ExportStart::Continue;
+    if (const std::optional<std::string> name = earlier.conflictWith(request.drive, folder)) {
+        throw Failure("“" + displayName(*name) + "” in " + shown +
+                          " is not from the drive. Move it away or choose another folder.",
+                      "in-the-way");
     }
-    throw Failure(shown + " already holds files. Choose an empty folder.", "not-empty");
+    if (const std::optional<std::string> path = earlier.changedSince(folder)) {
+        throw Failure("“" + displayName(*path) + "” in " + shown +
+                          " was changed after it was copied there. Choose another folder.",
+                      "changed-copy");
+    }
+    return ExportStart::Continue;
 }
 
 } // namespace
+
+timespec wallClockNow()
+{
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    return now;
+}
+
+std::string volumeUuid(const fs::path& folder)
+{
+    const FileDescriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const auto volume = opened ? volumeState(opened.get()) : std::nullopt;
+    return volume ? volume->uuid : std::string();
+}
 
 ExportStart checkDestination(const ExportRequest& request, const std::stop_token& stop)
 {
@@ -77,18 +91,18 @@ ExportStart checkDestination(const ExportRequest& request, const std::stop_token
     if (!fs::is_directory(existing)) {
         throw Failure(shown + " is not a folder. Choose an empty folder.", "no-folder");
     }
-    const std::string driveUuid = uuidAt(request.drive);
+    const std::string driveUuid = volumeUuid(request.drive);
     if (driveUuid.empty()) {
         throw Failure("The drive at " + displayName(request.drive.string()) + " is not mounted.",
                       "not-mounted");
     }
-    if (liesIn(destination, request.drive) || uuidAt(existing) == driveUuid) {
+    if (liesIn(destination, request.drive) || volumeUuid(existing) == driveUuid) {
         throw Failure(shown + " lies on the drive itself. Choose a folder on another disk.", "on-drive");
     }
     if (liesIn(destination, request.store)) {
         throw Failure(shown + " lies in the drive's own store. Choose another folder.", "in-store");
     }
-    const ExportStart start = missing ? ExportStart::Fresh : startIn(destination, shown, driveUuid);
+    const ExportStart start = missing ? ExportStart::Fresh : startIn(request, destination, shown, driveUuid);
     const Abilities abilities = tryAbilities(existing, request.destination);
     const ExportSize size = surveyDrive(request.drive, abilities, request.destination, stop);
     if (size.unfit) {

@@ -1,5 +1,4 @@
 #include "exporting/Differences.h"
-#include "exporting/IncompleteMark.h"
 #include "exporting/Progress.h"
 #include "exporting/Survey.h"
 #include "testing/DriveFiles.h"
@@ -36,41 +35,6 @@ TEST(PlainName, refusesWhatFatCannotHold)
     EXPECT_FALSE(isPlainName("ends with."));
     EXPECT_FALSE(isPlainName("ends with "));
     EXPECT_FALSE(isPlainName("back\\slash"));
-}
-
-constexpr const char* kDrive = "0d3adc11-1111-2222-3333-444455556666";
-
-TEST(IncompleteMark, isThisDrivesAndNothingElse)
-{
-    const TemporaryFolder folder;
-    EXPECT_FALSE(hasIncompleteMark(folder.path(), kDrive));
-    const fs::path mark = folder.path() / kIncompleteMark;
-    writeFile(mark, incompleteMark(kDrive));
-    EXPECT_TRUE(hasIncompleteMark(folder.path(), kDrive));
-    EXPECT_FALSE(hasIncompleteMark(folder.path(), "another"));
-    writeFile(mark, incompleteMark(kDrive) + "more");
-    EXPECT_FALSE(hasIncompleteMark(folder.path(), kDrive));
-    std::string shorter = incompleteMark(kDrive);
-    shorter.pop_back();
-    writeFile(mark, shorter);
-    EXPECT_FALSE(hasIncompleteMark(folder.path(), kDrive));
-}
-
-TEST(IncompleteMark, thatIsHugeOrALinkOrAPipeIsNone)
-{
-    const TemporaryFolder folder;
-    const fs::path mark = folder.path() / kIncompleteMark;
-    writeFile(mark, incompleteMark(kDrive));
-    fs::resize_file(mark,
-                    std::uintmax_t{1} << 42U); // more than any memory; read whole, it would end the export
-    EXPECT_FALSE(hasIncompleteMark(folder.path(), kDrive));
-    fs::remove(mark);
-    writeFile(folder.path() / "elsewhere", incompleteMark(kDrive));
-    fs::create_symlink("elsewhere", mark);
-    EXPECT_FALSE(hasIncompleteMark(folder.path(), kDrive));
-    fs::remove(mark);
-    ASSERT_EQ(::mkfifo(mark.c_str(), 0600), 0);
-    EXPECT_FALSE(hasIncompleteMark(folder.path(), kDrive));
 }
 
 TEST(Differences, nameTheFirstThreeAndCountAll)
