@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QtCore/QObject>
+#include <QtCore/QString>
 #include <QtGui/QColor>
 
 #include <memory>
@@ -18,6 +19,9 @@ public:
         std::optional<bool> dark;
         std::optional<QColor> accent;
         bool reducedMotion = false;
+        bool highContrast = false;
+        std::optional<QString> fontFamily;
+        std::optional<double> fontSize; ///< in points, with the desktop's factor for text in it
 
         friend bool operator==(const Wishes&, const Wishes&) = default;
     };
@@ -26,7 +30,7 @@ public:
     static std::unique_ptr<DesktopAppearance> make();
 
     /// Waits a moment for the first answer, if it is still on its way, so that a window does not open in the
-    /// wrong colours.
+    /// wrong colours. The moment is longer, but once only, where who answers has to be started first.
     virtual void settle() = 0;
 
     [[nodiscard]] const Wishes& wishes() const { return _wishes; }

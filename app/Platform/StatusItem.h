@@ -34,6 +34,9 @@ public:
     /// by themselves when it is chosen.
     virtual void repeatMenu() = 0;
 
+    /// Whether the desktop has a place for it at the moment, as far as one can know.
+    [[nodiscard]] virtual bool isSeen() const { return true; }
+
 Q_SIGNALS:
     /// The icon itself was clicked. The token lets a window take the focus on Wayland; empty where there is
     /// none.

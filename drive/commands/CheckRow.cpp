@@ -36,7 +36,10 @@ std::string CheckRow::toJson() const
         }
     };
     add("detail", detail);
-    add("fix", fix);
+    // Beside a button that says the same, the words would only repeat it.
+    if (!onlyNamesItsAction()) {
+        add("fix", fix);
+    }
     add("action", action);
     return root.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 }
@@ -51,6 +54,11 @@ std::string CheckRow::toText(bool colours) const
         }
     }
     return text;
+}
+
+bool CheckRow::onlyNamesItsAction() const
+{
+    return action == "restart" && fix == kRestartAdvice;
 }
 
 CheckRow CheckRow::forTerminal() const

@@ -29,6 +29,9 @@ struct CheckRow {
     [[nodiscard]] CheckRow passed(std::optional<std::string> words = std::nullopt) const;
     [[nodiscard]] CheckRow failed(std::string words, std::string advice,
                                   std::optional<std::string> remedy = std::nullopt) const;
+
+private:
+    [[nodiscard]] bool onlyNamesItsAction() const;
 };
 
 } // namespace ferrobank::drive

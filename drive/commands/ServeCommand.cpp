@@ -4,6 +4,7 @@
 #include "platform/Failure.h"
 #include "platform/Files.h"
 #include "platform/ToolPrograms.h"
+#include "serving/DescriptorStore.h"
 #include "serving/Server.h"
 
 #include <signal.h>
@@ -60,8 +61,10 @@ int serve(const Paths& paths, const Log& log)
     }
     std::optional<Locks> locks;
     FileDescriptor waiting;
+    FileDescriptor guard = takeKeptGuard();
     if (inheritance && (locks = Locks::inherit(*inheritance, paths))) {
         waiting = inheritance->takeReply();
+        guard = inheritance->takeGuard();
     }
     if (!locks && !(locks = Locks::take(paths))) {
         log.write("The drive is served already by another process.");
@@ -75,6 +78,7 @@ int serve(const Paths& paths, const Log& log)
     try {
         std::unique_ptr<BackEnd> backEnd = chooseBackEnd(paths, locks->store.descriptor());
         Server server(paths, log, program, std::move(*locks), std::move(backEnd));
+        server.adoptGuard(std::move(guard));
         return server.run(std::move(waiting));
     } catch (const std::exception& error) {
         // Whoever started it reads its words nowhere else.

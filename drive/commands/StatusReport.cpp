@@ -30,27 +30,23 @@ StatusReport StatusReport::gather(const Paths& paths)
     report.store_bytes = allocatedBytes(paths.image);
 
     const std::optional<Figures> figures = Figures::read(paths.figures);
-    std::uint64_t guard = figures ? figures->guard : 0;
     if (figures && report.installed) {
         report.volume_used = figures->volumeUsed;
+        report.saved = figures->saved;
     }
     if (server.state) {
         if (server.state->volumeUsed) {
             report.volume_used = server.state->volumeUsed;
+            report.saved = server.state->saved;
         }
         if (!report.mounted && server.state->attachError) {
             report.attach_error = server.state->attachError->text;
         }
-        guard = server.state->space.guard;
         report.update_pending = isReplaced(*server.state);
     }
-    if (report.volume_used && superblock) {
-        // The guard costs the host nothing, so without a mount the file's own size says what is in use.
-        const std::optional<std::uint64_t> inUse =
-            volume ? bytesInUse(superblock->uuid, guard) : report.store_bytes;
-        if (inUse) {
-            report.saved = savedBytes(*report.volume_used, *inUse);
-        }
+    // What is not known yet is not shown as saved.
+    if (report.volume_used && !report.saved) {
+        report.saved = 0;
     }
     return report;
 }

@@ -1,8 +1,11 @@
 #include "figures/DeviceCounters.h"
 
+#include "platform/FileDescriptor.h"
 #include "platform/Files.h"
 
+#include <fcntl.h>
 #include <linux/btrfs.h>
+#include <linux/btrfs_tree.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 
@@ -37,6 +40,16 @@ std::string uuidText(const unsigned char* bytes)
     return text;
 }
 
+/// The number of the guard's subvolume; 0 without one.
+std::uint64_t guardSubvolume(int root)
+{
+    const FileDescriptor folder(
+        ::openat(root, kGuardSubvolume, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    btrfs_ioctl_ino_lookup_args question{};
+    question.objectid = BTRFS_FIRST_FREE_OBJECTID;
+    return folder && ::ioctl(folder.get(), BTRFS_IOC_INO_LOOKUP, &question) == 0 ? question.treeid : 0;
+}
+
 btrfs_ioctl_fs_info_args askedFor(std::uint64_t flags)
 {
     btrfs_ioctl_fs_info_args info{};
@@ -60,6 +73,12 @@ std::optional<std::uint64_t> bytesInUse(const std::string& uuid, std::uint64_t g
     return sum > guardBytes ? sum - guardBytes : 0;
 }
 
+std::uint64_t bytesOnTheirWay(const std::string& uuid, const std::filesystem::path& volumes)
+{
+    const std::filesystem::path data = volumes / uuid / "allocation/data";
+    return numberIn(data / "bytes_may_use").value_or(0) + numberIn(data / "bytes_reserved").value_or(0);
+}
+
 std::uint64_t savedBytes(std::uint64_t volumeUsed, std::uint64_t inUse)
 {
     return volumeUsed > inUse ? volumeUsed - inUse : 0;
@@ -77,6 +96,20 @@ std::optional<std::uint64_t> allocatedBytes(const std::filesystem::path& file)
 std::optional<std::uint64_t> volumeGeneration(const std::string& uuid, const std::filesystem::path& volumes)
 {
     return numberIn(volumes / uuid / "generation");
+}
+
+std::optional<std::uint64_t> filesGeneration(int folder, const std::string& uuid)
+{
+    btrfs_ioctl_get_subvol_info_args files{};
+    btrfs_ioctl_get_subvol_rootref_args below{};
+    // Some kernels answer 1 where all went well.
+    if (::ioctl(folder, BTRFS_IOC_GET_SUBVOL_INFO, &files) < 0 ||
+        ::ioctl(folder, BTRFS_IOC_GET_SUBVOL_ROOTREF, &below) < 0 || below.num_items > 1 ||
+        (below.num_items == 1 && below.rootref[0].treeid != guardSubvolume(folder)))
+    {
+        return volumeGeneration(uuid);
+    }
+    return files.generation;
 }
 
 std::optional<VolumeState> volumeState(int descriptor)

@@ -7,6 +7,9 @@
 
 namespace ferrobank::drive {
 
+/// The subvolume of the space guard, below the root of the drive.
+inline constexpr const char* kGuardSubvolume = ".ferrobank/space";
+
 /// Where the kernel publishes the counters of mounted volumes. Tests point it elsewhere.
 inline constexpr const char* kSysfsVolumes = "/sys/fs/btrfs";
 
@@ -15,6 +18,11 @@ inline constexpr const char* kSysfsVolumes = "/sys/fs/btrfs";
 /// drive. Empty while the volume is not mounted.
 [[nodiscard]] std::optional<std::uint64_t> bytesInUse(const std::string& uuid, std::uint64_t guardBytes,
                                                       const std::filesystem::path& volumes = kSysfsVolumes);
+
+/// Bytes of data that programs have written and the drive has not yet put anywhere, as they were written:
+/// they may take less once they are compressed. 0 at rest, and while the volume is not mounted.
+[[nodiscard]] std::uint64_t bytesOnTheirWay(const std::string& uuid,
+                                            const std::filesystem::path& volumes = kSysfsVolumes);
 
 /// What sharing and compression save: never negative, though the metadata of a small drive can outweigh it.
 [[nodiscard]] std::uint64_t savedBytes(std::uint64_t volumeUsed, std::uint64_t inUse);
@@ -26,6 +34,12 @@ inline constexpr const char* kSysfsVolumes = "/sys/fs/btrfs";
 /// while not mounted.
 [[nodiscard]] std::optional<std::uint64_t>
 volumeGeneration(const std::string& uuid, const std::filesystem::path& volumes = kSysfsVolumes);
+
+/// A counter that changes with every committed change of the files around `folder`, which is open on the
+/// volume, but not with those of the space guard, which lies in a subvolume of its own. Where somebody has
+/// made further subvolumes it is the counter of the whole volume. Numbers of different drives mean nothing to
+/// each other.
+[[nodiscard]] std::optional<std::uint64_t> filesGeneration(int folder, const std::string& uuid);
 
 /// Identity and change counter of the volume that an open file or folder lies on.
 struct VolumeState {

@@ -6,7 +6,7 @@ namespace ferrobank::drive {
 
 namespace {
 
-constexpr Seconds kShortestPause{60};
+constexpr Seconds kShortestPause{15};
 constexpr double kPausePerWalk = 50;
 
 } // namespace

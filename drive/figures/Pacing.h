@@ -15,8 +15,8 @@ struct LastWalk {
     Seconds sinceItsEnd{};
 };
 
-/// How long to leave the files alone after a walk: a minute at least, and so long that walking takes no more
-/// than 2 % of the time.
+/// How long to leave the files alone after a walk: a quarter of a minute at least, and so long that walking
+/// takes no more than 2 % of the time.
 [[nodiscard]] Seconds pauseAfterWalk(Seconds duration);
 
 /// Whether the figures may be walked again now. Nothing changed, nothing to walk; no walk yet, walk at once.

@@ -5,6 +5,7 @@
 #include "platform/Files.h"
 #include "store/StoreCreation.h"
 #include "store/StoreExamination.h"
+#include "store/StoreLength.h"
 
 #include <fcntl.h>
 #include <linux/btrfs.h>
@@ -144,6 +145,9 @@ void Attachment::examine(const std::vector<LoopDevice>& loops)
     }
     if (detached && ::access(_paths.openMarker.c_str(), F_OK) == 0) {
         checkStructures(_paths, _log);
+    }
+    if (detached) {
+        lengthenStore(_paths, _log);
     }
 }
 

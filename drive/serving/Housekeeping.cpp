@@ -172,7 +172,7 @@ void Housekeeping::run(const std::stop_token& stop)
 
 void Housekeeping::lookOnce(const std::stop_token& stop)
 {
-    const std::optional<std::uint64_t> generation = volumeGeneration(_uuid);
+    const std::optional<std::uint64_t> generation = this->generation();
     if (!generation) {
         return;
     }
@@ -312,12 +312,38 @@ void Housekeeping::postProgress(Work work, std::uint64_t done, std::uint64_t tot
     });
 }
 
-void Housekeeping::postUsage(std::uint64_t bytes, std::uint64_t generation)
+std::optional<std::uint64_t> Housekeeping::generation() const
+{
+    const FileDescriptor root(::open(_root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const std::optional<VolumeState> volume = root ? volumeState(root.get()) : std::nullopt;
+    return volume && volume->uuid == _uuid ? filesGeneration(root.get(), _uuid) : std::nullopt;
+}
+
+/// What the files take of the drive, data on its way included; nothing while the space guard is being
+/// changed, whose part cannot be told then.
+std::optional<std::uint64_t> Housekeeping::bytesTaken() const
+{
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        const std::uint64_t guard = _pace.guardBytes();
+        const std::optional<std::uint64_t> used = bytesInUse(_uuid, guard);
+        const std::uint64_t coming = bytesOnTheirWay(_uuid);
+        if (used && _pace.guardBytes() == guard) {
+            return *used + coming;
+        }
+    }
+    return std::nullopt;
+}
+
+void Housekeeping::postUsage(std::uint64_t bytes, std::optional<std::uint64_t> inUse,
+                             std::uint64_t generation)
 {
     _memory.walkedGeneration = generation;
     _memory.bytes = bytes;
-    _mailbox.post([bytes, generation](State& state) {
+    _mailbox.post([bytes, inUse, generation](State& state) {
         state.volumeUsed = bytes;
+        if (inUse) {
+            state.saved = savedBytes(bytes, *inUse);
+        }
         state.walkGeneration = generation;
     });
 }
@@ -331,11 +357,16 @@ void Housekeeping::walk(std::uint64_t generation, const std::stop_token& stop)
     if (!volume || volume->uuid != _uuid) {
         return;
     }
+    const std::optional<std::uint64_t> before = bytesTaken();
     const WalkEnd end = walkTree(std::move(root), sum, stop);
+    const std::optional<std::uint64_t> after = bytesTaken();
     _walkEnd = _pace.monotonicClock();
     _lastWalk.duration = _walkEnd - begin;
     if (end != WalkEnd::Cancelled) {
-        postUsage(sum.usage().bytes, generation);
+        // What came or went during the walk may be in the sum or not: the larger figure promises nothing too
+        // much.
+        const std::optional<std::uint64_t> inUse = before && after ? std::max(before, after) : std::nullopt;
+        postUsage(sum.usage().bytes, inUse, generation);
     }
 }
 

@@ -29,6 +29,8 @@ struct HousekeepingPace {
     std::function<std::chrono::steady_clock::time_point()> monotonicClock;
     std::function<ScanConditions()> conditions;
     std::function<bool(const std::optional<LastWalk>&, std::uint64_t)> walkAllowed;
+    /// What the space guard takes of the drive, once the drive has counted it.
+    std::function<std::uint64_t()> guardBytes = [] { return std::uint64_t{0}; };
     /// Files changed less than this ago are left alone by the scanner.
     std::int64_t quietSeconds = 30;
 
@@ -97,7 +99,9 @@ private:
     [[nodiscard]] ScanConditions conditions(Urgency urgency) const;
     [[nodiscard]] std::optional<std::stop_token> begin(Work work);
     void end();
-    void postUsage(std::uint64_t bytes, std::uint64_t generation);
+    void postUsage(std::uint64_t bytes, std::optional<std::uint64_t> inUse, std::uint64_t generation);
+    [[nodiscard]] std::optional<std::uint64_t> generation() const;
+    [[nodiscard]] std::optional<std::uint64_t> bytesTaken() const;
 
     std::filesystem::path _index;
     std::filesystem::path _unreadable;

@@ -40,14 +40,16 @@ void announce(const FileLock& store, const Paths& paths)
 
 std::string Inheritance::toText() const
 {
-    return std::to_string(serveLock) + "," + std::to_string(storeLock) + "," + std::to_string(reply);
+    return std::to_string(serveLock) + "," + std::to_string(storeLock) + "," + std::to_string(reply) + "," +
+           std::to_string(guard);
 }
 
 std::optional<Inheritance> Inheritance::fromText(const std::string& text)
 {
     Inheritance found;
     char rest = 0;
-    if (std::sscanf(text.c_str(), "%d,%d,%d%c", &found.serveLock, &found.storeLock, &found.reply, &rest) != 3)
+    if (std::sscanf(text.c_str(), "%d,%d,%d,%d%c", &found.serveLock, &found.storeLock, &found.reply,
+                    &found.guard, &rest) != 4)
     {
         return std::nullopt;
     }
@@ -62,6 +64,16 @@ FileDescriptor Inheritance::takeReply() const
     }
     ::fcntl(reply, F_SETFD, FD_CLOEXEC);
     return FileDescriptor(reply);
+}
+
+FileDescriptor Inheritance::takeGuard() const
+{
+    struct stat status{};
+    if (guard < 0 || ::fstat(guard, &status) != 0 || !S_ISREG(status.st_mode) || status.st_nlink != 0) {
+        return {};
+    }
+    ::fcntl(guard, F_SETFD, FD_CLOEXEC);
+    return FileDescriptor(guard);
 }
 
 std::optional<Locks> Locks::tryTake(const Paths& paths)

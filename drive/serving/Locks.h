@@ -16,6 +16,8 @@ struct Inheritance {
     int storeLock = -1;
     /// -1 when nobody waits.
     int reply = -1;
+    /// The space guard's file; -1 without one.
+    int guard = -1;
 
     static constexpr const char* kVariable = "FERROBANK_ADOPT";
 
@@ -27,6 +29,9 @@ struct Inheritance {
     /// The connection that waits, closed in the programs that this process starts; none when the number is
     /// not that of a socket.
     [[nodiscard]] FileDescriptor takeReply() const;
+    /// The space guard, closed in the programs that this process starts; none when the number is not that of
+    /// a file without a name. Whether it is one of the drive is for the guard itself to see.
+    [[nodiscard]] FileDescriptor takeGuard() const;
 };
 
 /// The two locks of a serving process: one in the runtime folder, one beside the image, which still holds

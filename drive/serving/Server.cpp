@@ -4,7 +4,10 @@
 #include "platform/Failure.h"
 #include "platform/Files.h"
 #include "platform/Guarded.h"
+#include "serving/DescriptorStore.h"
 #include "store/StoreExamination.h"
+#include "store/StoreLength.h"
+#include "store/Superblock.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -78,6 +81,7 @@ void Server::remember(const Figures& known)
     _knownFigures = known;
     _state.uuid = known.uuid;
     _state.volumeUsed = known.volumeUsed;
+    _state.saved = known.saved;
     _state.walkGeneration = known.walkGeneration;
     _state.since = known.since;
     _state.sharing.last = known.lastSharing;
@@ -98,6 +102,7 @@ void Server::keepFigures()
     }
     Figures figures{.uuid = _state.uuid,
                     .volumeUsed = _state.volumeUsed,
+                    .saved = _state.saved,
                     .walkGeneration = _state.walkGeneration,
                     .guard = _state.space.guard,
                     .since = _state.since,
@@ -256,6 +261,7 @@ void Server::becomeMounted(const Volume& volume)
     if (_state.since == 0) {
         _state.since = ::time(nullptr);
     }
+    growVolume(_paths, volume.mountPoint, _log);
     // The attach may have mended something.
     _markedReason = reasonOf(readSmallFile(_paths.readingDue).value_or(std::string()));
     if (_markedReason != ReadingReason::None) {
@@ -269,6 +275,7 @@ void Server::becomeMounted(const Volume& volume)
 void Server::becomeFailed(const Problem& problem)
 {
     _workers.reset();
+    dropGuard();
     _volume.reset();
     _state.phase = Phase::Failed;
     _state.attachError = problem;
@@ -279,11 +286,21 @@ void Server::becomeFailed(const Problem& problem)
     publish();
 }
 
+void Server::dropGuard()
+{
+    if (_guard) {
+        _guard.reset();
+        forgetKeptGuard();
+    }
+}
+
 void Server::startWorkers()
 {
     // Without them the drive is of use all the same; they are tried again with the next look at the device.
     if (_volume && !_volume->readOnly && !_workers) {
-        attempt([this] { _workers = std::make_unique<Workers>(_paths, _log, *_volume, _state, _mailbox); });
+        attempt([this] {
+            _workers = std::make_unique<Workers>(_paths, _log, *_volume, _state, _mailbox, std::move(_guard));
+        });
     }
 }
 

@@ -44,6 +44,9 @@ public:
     Server& operator=(const Server&) = delete;
     ~Server();
 
+    /// The space guard that an earlier process kept open; before `run()`.
+    void adoptGuard(FileDescriptor guard) { _guard = std::move(guard); }
+
     /// Serves until SIGTERM, SIGINT or a request to end; the process's exit status. `waiting` gets the
     /// outcome of the first attach.
     int run(FileDescriptor waiting);
@@ -66,6 +69,7 @@ private:
     void detachWithin(std::chrono::seconds limit);
     void endGently();
     void startWorkers();
+    void dropGuard();
     void waitForEvents();
     /// One step of a turn: what goes wrong in it is logged, and the others go on.
     void attempt(const std::function<void()>& step);
@@ -101,6 +105,7 @@ private:
     FileDescriptor _runtimeWatch; ///< readable when the runtime folder was moved or removed
     std::optional<Volume> _volume;
     std::unique_ptr<Workers> _workers;
+    FileDescriptor _guard; ///< between two sets of workers
     std::optional<Clock::time_point> _retryAt;
     Clock::time_point _retryUntil;
     Clock::time_point _deviceLook;

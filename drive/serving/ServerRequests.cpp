@@ -105,6 +105,7 @@ void Server::detachWithin(std::chrono::seconds limit)
     const Clock::time_point deadline = Clock::now() + limit;
     const Volume volume = *_volume;
     _workers.reset();
+    dropGuard();
     for (;;) {
         try {
             _attachment.detach(volume);
@@ -140,12 +141,17 @@ void Server::restart(PendingRequest& request)
 
 void Server::becomeNewProgram(FileDescriptor waiting)
 {
+    if (_workers) {
+        _guard = _workers->takeGuard();
+    }
     _workers.reset();
     _control.reset();
     const Inheritance inheritance{.serveLock = _locks.serve.descriptor(),
                                   .storeLock = _locks.store.descriptor(),
-                                  .reply = waiting.get()};
-    const std::array<int, 3> kept{inheritance.serveLock, inheritance.storeLock, inheritance.reply};
+                                  .reply = waiting.get(),
+                                  .guard = _guard.get()};
+    const std::array<int, 4> kept{inheritance.serveLock, inheritance.storeLock, inheritance.reply,
+                                  inheritance.guard};
     for (const int descriptor : kept) {
         keepOverExec(descriptor, true);
     }

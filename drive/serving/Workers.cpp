@@ -1,5 +1,9 @@
 #include "serving/Workers.h"
 
+#include "serving/DescriptorStore.h"
+
+#include <utility>
+
 namespace ferrobank::drive {
 
 namespace {
@@ -19,16 +23,38 @@ HousekeepingMemory memoryOf(const State& state)
     return memory;
 }
 
+HousekeepingPace paceWith(const SpaceKeeper& space)
+{
+    HousekeepingPace pace = HousekeepingPace::usual();
+    pace.guardBytes = [&space] { return space.guardBytes(); };
+    return pace;
+}
+
 } // namespace
 
 Workers::Workers(const Paths& paths, const Log& log, const Volume& volume, const State& state,
-                 Mailbox& mailbox)
+                 Mailbox& mailbox, FileDescriptor guard)
     : _space(volume.mountPoint, state.uuid, paths.reserve, log,
-             [&mailbox](const SpaceState& space) {
-                 mailbox.post([space](State& changed) { changed.space = space; });
-             }),
-      _housekeeping(paths, log, volume.mountPoint, state.uuid, memoryOf(state), HousekeepingPace::usual(),
-                    mailbox)
+             {.looked =
+                  [&mailbox](const SpaceState& space) {
+                      mailbox.post([space](State& changed) { changed.space = space; });
+                  },
+              .guardMade = keepGuardOverCrash},
+             std::move(guard)),
+      _housekeeping(paths, log, volume.mountPoint, state.uuid, memoryOf(state), paceWith(_space), mailbox)
 {}
+
+Workers::~Workers()
+{
+    if (!_guardIsTaken) {
+        forgetKeptGuard();
+    }
+}
+
+FileDescriptor Workers::takeGuard()
+{
+    _guardIsTaken = true;
+    return _space.takeGuard();
+}
 
 } // namespace ferrobank::drive

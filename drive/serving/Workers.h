@@ -14,7 +14,16 @@ namespace ferrobank::drive {
 /// before an unmount.
 class Workers {
 public:
-    Workers(const Paths& paths, const Log& log, const Volume& volume, const State& state, Mailbox& mailbox);
+    /// `guard` is the space guard's file that earlier workers or an earlier process had open, if any.
+    Workers(const Paths& paths, const Log& log, const Volume& volume, const State& state, Mailbox& mailbox,
+            FileDescriptor guard);
+    ~Workers();
+    Workers(const Workers&) = delete;
+    Workers& operator=(const Workers&) = delete;
+
+    /// Ends the space guard's thread and gives its file away, for the workers that come next; otherwise the
+    /// guard goes with this.
+    [[nodiscard]] FileDescriptor takeGuard();
 
     void setSharing(Housekeeping::Sharing sharing) { _housekeeping.setSharing(sharing); }
 
@@ -27,8 +36,9 @@ public:
     void allRead(std::uint64_t unreadableFiles) { _housekeeping.allRead(unreadableFiles); }
 
 private:
+    bool _guardIsTaken = false;
     SpaceKeeper _space;
-    Housekeeping _housekeeping;
+    Housekeeping _housekeeping; ///< asks the other, so it comes after and goes first
 };
 
 } // namespace ferrobank::drive

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <optional>
 #include <utility>
 
@@ -22,7 +23,36 @@ namespace {
 /// The file system gives out at most this much in one piece.
 constexpr std::uint64_t kLargePiece = 256ULL << 20;
 constexpr std::uint64_t kSmallPiece = 4ULL << 20;
-constexpr const char* kGuardPath = ".ferrobank/guard";
+constexpr const char* kGuardFolder = "space";
+/// What drives of the first form have; it is kept, without its name.
+constexpr const char* kNamedGuard = "guard";
+constexpr int kOpenFolder = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+
+bool isOwnFile(int descriptor, nlink_t names)
+{
+    struct stat status{};
+    return ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == names &&
+           status.st_uid == ::geteuid();
+}
+
+bool isWritable(int descriptor)
+{
+    const int flags = ::fcntl(descriptor, F_GETFL);
+    return flags >= 0 && (flags & O_ACCMODE) != O_RDONLY;
+}
+
+FileDescriptor makeNameless(int folder)
+{
+    return FileDescriptor(::openat(folder, ".", O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
+}
+
+void makeSubvolume(int folder, const char* name)
+{
+    btrfs_ioctl_vol_args subvolume{};
+    std::strncpy(subvolume.name, name, sizeof subvolume.name - 1);
+    // One that is there is as good; where none can be made, the folder around it has to do.
+    ::ioctl(folder, BTRFS_IOC_SUBVOL_CREATE, &subvolume);
+}
 
 std::uint64_t floorTo(std::uint64_t piece, std::uint64_t bytes)
 {
@@ -47,22 +77,67 @@ std::uint64_t cutLength(std::uint64_t length, std::uint64_t wanted)
 
 } // namespace
 
-GuardFile::GuardFile(std::filesystem::path mountPoint, std::string uuid)
+GuardFile::GuardFile(std::filesystem::path mountPoint, std::string uuid, FileDescriptor earlier)
     : _mountPoint(std::move(mountPoint)), _uuid(std::move(uuid))
-{}
+{
+    if (earlier && isOwnFile(earlier.get(), 0) && isWritable(earlier.get()) && isOnDrive(earlier)) {
+        _file = std::move(earlier);
+    }
+}
+
+bool GuardFile::isOnDrive(const FileDescriptor& descriptor) const
+{
+    const std::optional<VolumeState> volume = volumeState(descriptor.get());
+    return volume && volume->uuid == _uuid;
+}
 
 FileDescriptor GuardFile::openDrive() const
 {
     FileDescriptor root(::open(_mountPoint.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    const std::optional<VolumeState> volume = root ? volumeState(root.get()) : std::nullopt;
-    return volume && volume->uuid == _uuid ? std::move(root) : FileDescriptor();
+    return root && isOnDrive(root) ? std::move(root) : FileDescriptor();
+}
+
+FileDescriptor GuardFile::takeNamedOne(const FileDescriptor& toolFolder) const
+{
+    FileDescriptor file(
+        ::openat(toolFolder.get(), kNamedGuard, O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    const bool isGuard = file && isOwnFile(file.get(), 1) && isOnDrive(file);
+    return isGuard && ::unlinkat(toolFolder.get(), kNamedGuard, 0) == 0 ? std::move(file) : FileDescriptor();
+}
+
+FileDescriptor GuardFile::make() const
+{
+    const FileDescriptor root = openDrive();
+    if (!root) {
+        return {};
+    }
+    if (::mkdirat(root.get(), kToolFolder, 0700) != 0 && errno != EEXIST) {
+        throw systemFailure("Cannot make the drive's own folder", errno);
+    }
+    const FileDescriptor toolFolder(::openat(root.get(), kToolFolder, kOpenFolder));
+    FileDescriptor file;
+    if (toolFolder && isOnDrive(toolFolder)) {
+        if (FileDescriptor named = takeNamedOne(toolFolder)) {
+            return named;
+        }
+        makeSubvolume(toolFolder.get(), kGuardFolder);
+        const FileDescriptor own(::openat(toolFolder.get(), kGuardFolder, kOpenFolder));
+        file = makeNameless(own ? own.get() : toolFolder.get());
+    }
+    // Somebody may have put a link or a file in place of the folder; the drive is guarded all the same.
+    if (!file || !isOnDrive(file)) {
+        file = makeNameless(root.get());
+    }
+    if (!file) {
+        throw systemFailure("Cannot make the space guard", errno);
+    }
+    return isOnDrive(file) ? std::move(file) : FileDescriptor();
 }
 
 std::uint64_t GuardFile::size() const
 {
-    const FileDescriptor root = openDrive();
     struct stat status{};
-    if (!root || ::fstatat(root.get(), kGuardPath, &status, AT_SYMLINK_NOFOLLOW) != 0) {
+    if (!_file || ::fstat(_file.get(), &status) != 0) {
         return 0;
     }
     return static_cast<std::uint64_t>(status.st_blocks) * 512;
@@ -82,35 +157,29 @@ void GuardFile::settle() const
     }
 }
 
-void GuardFile::resize(std::uint64_t bytes, const std::stop_token& stop) const
+void GuardFile::resize(std::uint64_t bytes, const std::stop_token& stop)
 {
-    const FileDescriptor root = openDrive();
-    if (!root) {
+    if (!_file && bytes > 0) {
+        _file = make();
+    }
+    if (!_file) {
         return;
     }
-    if (::mkdirat(root.get(), kToolFolder, 0700) != 0 && errno != EEXIST) {
-        throw systemFailure("Cannot make the drive's own folder", errno);
-    }
-    const FileDescriptor file(
-        ::openat(root.get(), kGuardPath, O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
-    if (!file) {
-        throw systemFailure("Cannot open the space guard", errno);
-    }
     struct stat status{};
-    if (::fstat(file.get(), &status) != 0) {
+    if (::fstat(_file.get(), &status) != 0) {
         throw systemFailure("Cannot look at the space guard", errno);
     }
     const std::uint64_t wanted = floorTo(kSmallPiece, bytes + kSmallPiece - 1);
     auto length = static_cast<std::uint64_t>(status.st_size);
     if (length > wanted) {
         length = cutLength(length, wanted);
-        if (::ftruncate(file.get(), static_cast<off_t>(length)) != 0) {
+        if (::ftruncate(_file.get(), static_cast<off_t>(length)) != 0) {
             throw systemFailure("Cannot shrink the space guard", errno);
         }
     }
     while (length < wanted && !stop.stop_requested()) {
         const std::uint64_t piece = nextPiece(length, wanted);
-        if (::fallocate(file.get(), 0, static_cast<off_t>(length), static_cast<off_t>(piece)) != 0) {
+        if (::fallocate(_file.get(), 0, static_cast<off_t>(length), static_cast<off_t>(piece)) != 0) {
             if (errno == ENOSPC) {
                 return;
             }

@@ -13,6 +13,20 @@ constexpr std::uint64_t kTolerance = 512 * kMiB;
 constexpr std::uint64_t kHostReserve = 512 * kMiB;
 constexpr std::uint64_t kDropBelow = 256 * kMiB;
 constexpr std::uint64_t kMakeAbove = 4 * kGiB;
+constexpr std::uint64_t kLargeStep = 256 * kMiB;
+constexpr std::uint64_t kSmallStep = 4 * kMiB;
+constexpr int kFirstPause = 60;
+constexpr int kLongestPause = 60 * 60;
+
+std::uint64_t roundedUp(std::uint64_t bytes, std::uint64_t step)
+{
+    return (bytes + step - 1) / step * step;
+}
+
+std::uint64_t toleranceFor(const SpaceFigures& figures)
+{
+    return std::min(kTolerance, reserveFor(figures) / 8);
+}
 
 } // namespace
 
@@ -33,9 +47,24 @@ std::uint64_t guardTarget(const SpaceFigures& figures)
 bool needsCorrection(const SpaceFigures& figures)
 {
     const std::uint64_t target = guardTarget(figures);
-    const std::uint64_t tolerance = std::min(kTolerance, reserveFor(figures) / 8);
+    const std::uint64_t tolerance = toleranceFor(figures);
     const std::uint64_t off = target > figures.guard ? target - figures.guard : figures.guard - target;
     return off > tolerance;
+}
+
+std::uint64_t guardInSteps(const SpaceFigures& figures)
+{
+    // A step must be well below what is tolerated, or the guard would go to and fro around its target.
+    return roundedUp(guardTarget(figures), toleranceFor(figures) >= 2 * kLargeStep ? kLargeStep : kSmallStep);
+}
+
+int reservePauseSeconds(int failures)
+{
+    int pause = kFirstPause;
+    for (int failure = 1; failure < failures && pause < kLongestPause; ++failure) {
+        pause *= 2;
+    }
+    return std::min(pause, kLongestPause);
 }
 
 SpaceLevel levelFor(const SpaceFigures& figures)

@@ -29,6 +29,10 @@ struct SpaceFigures {
 /// reserve on a small disk, and at once when the drive offers more than the host can take.
 [[nodiscard]] bool needsCorrection(const SpaceFigures& figures);
 
+/// What to give the guard for `guardTarget`: whole steps of 256 MiB, of 4 MiB on a small disk, and rather too
+/// much than too little.
+[[nodiscard]] std::uint64_t guardInSteps(const SpaceFigures& figures);
+
 /// Low below twice the reserve, critical below it.
 [[nodiscard]] SpaceLevel levelFor(const SpaceFigures& figures);
 
@@ -39,6 +43,10 @@ struct SpaceFigures {
 enum class HostReserveAct { Keep, Make, Drop };
 
 [[nodiscard]] HostReserveAct hostReserveAct(std::uint64_t hostFree, std::uint64_t hostTotal, bool present);
+
+/// Seconds until the reserve is tried again after `failures` attempts in a row came to nothing: a minute,
+/// doubled each time up to an hour. Each attempt writes the whole of it.
+[[nodiscard]] int reservePauseSeconds(int failures);
 
 /// Size of that file: 512 MiB, less on a small disk.
 [[nodiscard]] std::uint64_t hostReserveBytes(std::uint64_t hostTotal);

@@ -21,6 +21,9 @@ std::optional<Figures> Figures::read(const std::filesystem::path& file)
         if (const json& used = root.at("volume_used"); !used.is_null()) {
             figures.volumeUsed = used.get<std::uint64_t>();
         }
+        if (const json& saved = root.at("saved"); !saved.is_null()) {
+            figures.saved = saved.get<std::uint64_t>();
+        }
         root.at("walk_generation").get_to(figures.walkGeneration);
         root.at("guard").get_to(figures.guard);
         root.at("since").get_to(figures.since);
@@ -44,6 +47,7 @@ void Figures::write(const std::filesystem::path& file) const
     root["v"] = 1;
     root["uuid"] = uuid;
     root["volume_used"] = volumeUsed ? json(*volumeUsed) : json(nullptr);
+    root["saved"] = saved ? json(*saved) : json(nullptr);
     root["walk_generation"] = walkGeneration;
     root["guard"] = guard;
     root["since"] = since;

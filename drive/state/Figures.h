@@ -14,6 +14,7 @@ namespace ferrobank::drive {
 struct Figures {
     std::string uuid;
     std::optional<std::uint64_t> volumeUsed;
+    std::optional<std::uint64_t> saved;
     std::uint64_t walkGeneration = 0;
     /// Allocated bytes of the guard file.
     std::uint64_t guard = 0;

@@ -115,6 +115,7 @@ State decode(const json& root)
         state.attachError = Problem{.code = problem.at("code"), .text = problem.at("text")};
     }
     state.volumeUsed = optionalAt<std::uint64_t>(root, "volume_used");
+    state.saved = optionalAt<std::uint64_t>(root, "saved");
     root.at("walk_generation").get_to(state.walkGeneration);
     root.at("since").get_to(state.since);
     state.sharing = decodeSharing(root.at("dedup"));
@@ -186,6 +187,7 @@ std::string State::toJson() const
     root["attach_error"] =
         attachError ? json{{"code", attachError->code}, {"text", attachError->text}} : json(nullptr);
     root["volume_used"] = orNull(volumeUsed);
+    root["saved"] = orNull(saved);
     root["walk_generation"] = walkGeneration;
     root["since"] = since;
     root["dedup"] = {{"last", sharing.last},

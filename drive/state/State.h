@@ -120,6 +120,9 @@ struct State {
     std::string uuid;
     std::optional<Problem> attachError;
     std::optional<std::uint64_t> volumeUsed;
+    /// What sharing and compression saved when the files were summed up, both taken at one time; nothing
+    /// while that is not known.
+    std::optional<std::uint64_t> saved;
     std::uint64_t walkGeneration = 0;
     /// Seconds since the epoch at which this drive was first served; 0 when unknown.
     std::int64_t since = 0;

@@ -4,6 +4,7 @@
 #include "platform/FileDescriptor.h"
 #include "platform/Files.h"
 #include "platform/Program.h"
+#include "store/StoreLength.h"
 
 #include <fcntl.h>
 #include <linux/fs.h>
@@ -14,7 +15,6 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstring>
 #include <string>
@@ -23,7 +23,7 @@ namespace ferrobank::drive {
 
 namespace {
 
-constexpr std::array<off_t, 3> kLengths{8LL << 40, 2LL << 40, 1LL << 40};
+constexpr std::uint64_t kShortest = 1ULL << 30U;
 constexpr std::chrono::seconds kFormatLimit{120};
 
 /// A host that copies on write itself must not do so below ours; the flag only takes on an empty folder's new
@@ -64,8 +64,9 @@ void makeSparseFile(const std::filesystem::path& file)
         throw systemFailure("Cannot make " + file.string(), errno);
     }
     int error = 0;
-    for (const off_t length : kLengths) {
-        if (::ftruncate(made.get(), length) == 0) {
+    for (std::uint64_t length = storeLength(hostBytes(file.parent_path())); length >= kShortest; length /= 2)
+    {
+        if (::ftruncate(made.get(), static_cast<off_t>(length)) == 0) {
             return;
         }
         error = errno;

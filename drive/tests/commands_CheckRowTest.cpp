@@ -13,6 +13,18 @@ namespace {
 const CheckRow kRow{
     .id = "drive", .title = "Drive is mounted and writable", .detail = {}, .fix = {}, .action = {}};
 
+TEST(CheckRow, doesNotSayBesideAButtonWhatTheButtonSays)
+{
+    const CheckRow row{.id = "running", .title = "Runs", .detail = {}, .fix = {}, .action = {}};
+    const CheckRow failed = row.failed("It does not.", "Restart Ferrobank.", "restart");
+    EXPECT_EQ(failed.toJson().find("\"fix\""), std::string::npos);
+    // In a terminal there is no button, but a command.
+    EXPECT_NE(failed.forTerminal().toText(false).find("restart"), std::string::npos);
+    EXPECT_NE(row.failed("It does not.", "Restart Ferrobank.").toJson().find("\"fix\""), std::string::npos);
+    EXPECT_NE(row.failed("It does not.", "Free some space.", "restart").toJson().find("\"fix\""),
+              std::string::npos);
+}
+
 TEST(CheckRow, runningAndPassedHaveOnlyWhatTheyNeed)
 {
     EXPECT_EQ(kRow.toJson(), R"({"id":"drive","title":"Drive is mounted and writable","state":"running"})");

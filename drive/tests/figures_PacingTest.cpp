@@ -15,10 +15,10 @@ LastWalk walked(double duration, double ago, std::uint64_t generation = 7)
     return {generation, Seconds{duration}, Seconds{ago}};
 }
 
-TEST(Pacing, pauseAfterShortWalkIsOneMinute)
+TEST(Pacing, pauseAfterShortWalkIsAQuarterOfAMinute)
 {
-    EXPECT_EQ(pauseAfterWalk(Seconds{0}), Seconds{60});
-    EXPECT_EQ(pauseAfterWalk(Seconds{1.2}), Seconds{60});
+    EXPECT_EQ(pauseAfterWalk(Seconds{0}), Seconds{15});
+    EXPECT_EQ(pauseAfterWalk(Seconds{0.2}), Seconds{15});
 }
 
 TEST(Pacing, pauseAfterLongWalkKeepsWalkingAtTwoPercent)
@@ -39,8 +39,8 @@ TEST(Pacing, unchangedVolumeIsNeverWalkedAgain)
 
 TEST(Pacing, changedVolumeIsWalkedAfterThePauseOnly)
 {
-    EXPECT_FALSE(mayWalk(walked(0.1, 59.9), 8));
-    EXPECT_TRUE(mayWalk(walked(0.1, 60), 8));
+    EXPECT_FALSE(mayWalk(walked(0.1, 14.9), 8));
+    EXPECT_TRUE(mayWalk(walked(0.1, 15), 8));
     EXPECT_FALSE(mayWalk(walked(3, 149), 8));
     EXPECT_TRUE(mayWalk(walked(3, 150), 8));
 }

@@ -100,12 +100,13 @@ TEST_F(Handover, connectionThatWaitsIsClosedInOtherProgramsAndIsOne)
 TEST(Inheritance, comesBackFromItsTextAndNonsenseIsNone)
 {
     const auto found =
-        Inheritance::fromText(Inheritance{.serveLock = 5, .storeLock = 6, .reply = -1}.toText());
+        Inheritance::fromText(Inheritance{.serveLock = 5, .storeLock = 6, .reply = -1, .guard = 7}.toText());
     ASSERT_TRUE(found);
     EXPECT_EQ(found->serveLock, 5);
     EXPECT_EQ(found->storeLock, 6);
     EXPECT_EQ(found->reply, -1);
-    for (const char* text : {"", "5", "5,6", "5,6,7,8", "a,b,c", "5,6,7 "}) {
+    EXPECT_EQ(found->guard, 7);
+    for (const char* text : {"", "5", "5,6", "5,6,7", "5,6,7,8,9", "a,b,c,d", "5,6,7,8 "}) {
         EXPECT_FALSE(Inheritance::fromText(text)) << text;
     }
 }

@@ -62,6 +62,31 @@ TEST(SpacePolicy, smallDifferencesAreLeftAlone)
     EXPECT_TRUE(needsCorrection(settled));
 }
 
+TEST(SpacePolicy, guardMovesInCoarseStepsThatStayWithinWhatIsTolerated)
+{
+    SpaceFigures all = figures(100 * kGiB, 54 * kGiB + 100 * kMiB);
+    all.driveFree = 100 * kGiB;
+    EXPECT_EQ(guardInSteps(all) % (256 * kMiB), 0U);
+    EXPECT_GE(guardInSteps(all), guardTarget(all));
+    SpaceFigures settled = all;
+    settled.guard = guardInSteps(all);
+    settled.driveFree -= settled.guard;
+    EXPECT_FALSE(needsCorrection(settled));
+    // On a small disk a large step would be more than what is tolerated.
+    SpaceFigures small = figures(4 * kGiB, kGiB);
+    small.driveFree = 16 * kGiB;
+    EXPECT_LT(guardInSteps(small) - guardTarget(small), 4 * kMiB);
+}
+
+TEST(SpacePolicy, reserveThatCannotBeMadeIsTriedEverMoreRarely)
+{
+    EXPECT_EQ(reservePauseSeconds(1), 60);
+    EXPECT_EQ(reservePauseSeconds(2), 120);
+    EXPECT_EQ(reservePauseSeconds(6), 1920);
+    EXPECT_EQ(reservePauseSeconds(7), 3600);
+    EXPECT_EQ(reservePauseSeconds(1'000'000), 3600);
+}
+
 TEST(SpacePolicy, levelsAndPollingFollowTheReserve)
 {
     EXPECT_EQ(levelFor(figures(100 * kGiB, 9 * kGiB)), SpaceLevel::Ok);

@@ -29,6 +29,7 @@ State sample()
     state.phase = Phase::Failed;
     state.backEnd = "udisks";
     state.attachError = Problem{.code = "busy", .text = "In use."};
+    state.saved = 77;
     state.volumeUsed = std::numeric_limits<std::uint64_t>::max();
     state.sharing = {.last = 5,
                      .seconds = 1.5,
@@ -110,6 +111,7 @@ TEST(Figures, comeBackFromTheirFile)
     const TemporaryFolder folder;
     const Figures figures{.uuid = "u",
                           .volumeUsed = 1,
+                          .saved = 4,
                           .walkGeneration = 2,
                           .guard = 3,
                           .since = 4,

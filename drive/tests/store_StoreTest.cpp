@@ -2,10 +2,13 @@
 #include "platform/Files.h"
 #include "store/StoreCreation.h"
 #include "store/StoreExamination.h"
+#include "store/StoreLength.h"
 #include "store/Superblock.h"
 #include "testing/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <fstream>
@@ -36,6 +39,46 @@ TEST_F(Store, newOneIsSparseSoundAndStillToBePrepared)
     EXPECT_LT(status.st_blocks * 512, 32 << 20);
     EXPECT_TRUE(std::filesystem::exists(paths.unprepared));
     checkStructures(paths, log);
+}
+
+TEST_F(Store, newOneIsAsLongAsItsDiskInWholeGibibytesButNotTooShort)
+{
+    constexpr std::uint64_t kGiB = std::uint64_t{1} << 30U;
+    EXPECT_EQ(storeLength(252 * kGiB), 252 * kGiB);
+    EXPECT_EQ(storeLength(252 * kGiB + 1), 253 * kGiB);
+    EXPECT_EQ(storeLength(3 * kGiB), 16 * kGiB);
+    createStore(paths, log);
+    EXPECT_EQ(std::filesystem::file_size(paths.image), storeLength(hostBytes(folder.path())));
+}
+
+TEST_F(Store, hostThatAllowsNoSuchLongFilesGetsAShorterOne)
+{
+    ::signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    ::getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit low{.rlim_cur = storeLength(hostBytes(folder.path())) - 1, .rlim_max = before.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &low);
+    createStore(paths, log);
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_EQ(std::filesystem::file_size(paths.image), storeLength(hostBytes(folder.path())) / 2);
+    EXPECT_EQ(examineStore(paths), StoreState::Sound);
+}
+
+TEST_F(Store, oneOnADiskThatHasGrownBecomesLongerAndNeverShorter)
+{
+    const std::uint64_t whole = storeLength(hostBytes(folder.path()));
+    createStore(paths, log);
+    std::filesystem::resize_file(paths.image, whole + 1);
+    lengthenStore(paths, log);
+    EXPECT_EQ(std::filesystem::file_size(paths.image), whole + 1);
+    std::filesystem::resize_file(paths.image, whole / 2);
+    lengthenStore(paths, log);
+    EXPECT_EQ(std::filesystem::file_size(paths.image), whole);
+    std::filesystem::rename(paths.image, paths.store / "elsewhere");
+    std::filesystem::resize_file(paths.store / "elsewhere", whole / 2);
+    std::filesystem::create_symlink("elsewhere", paths.image);
+    lengthenStore(paths, log);
+    EXPECT_EQ(std::filesystem::file_size(paths.store / "elsewhere"), whole / 2);
 }
 
 TEST_F(Store, leftoversOfAKilledCreationAreSweptAway)

@@ -340,15 +340,6 @@ TEST_F(Guards, kernelWithoutBtrfsIsSaidPlainlyAndTheDriveComesBackWithOneThatHas
     EXPECT_EQ(fingerprint(host->paths().drive), files);
 }
 
-TEST_F(Guards, hostWhoseFilesCannotBeSoLongGetsASmallerDrive)
-{
-    host.reset();
-    host = std::make_unique<DriveHost>("ext3");
-    ASSERT_TRUE(host->serveAndMount()) << host->logText();
-    EXPECT_EQ(std::filesystem::file_size(host->paths().image), std::uint64_t{1} << 40U);
-    ASSERT_TRUE(writeRandomFile(host->paths().drive / "a", 1'000'000, 1));
-}
-
 TEST_F(Guards, hostThatCopiesOnWriteDoesNotDoSoBelowTheImage)
 {
     host.reset();

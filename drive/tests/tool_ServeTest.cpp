@@ -95,7 +95,7 @@ TEST_F(Serve, firstStartMakesTheDriveAndMountsIt)
     EXPECT_EQ(root["mounted"], true);
     EXPECT_FALSE(root.contains("attach_error"));
     EXPECT_LT(root["store_bytes"].get<std::uint64_t>(), 32U << 20U);
-    EXPECT_EQ(std::filesystem::file_size(host->paths().image), std::uint64_t{8} << 40U);
+    EXPECT_EQ(std::filesystem::file_size(host->paths().image), std::uint64_t{16} << 30U);
     std::ofstream(host->paths().drive / "file") << "text";
     EXPECT_TRUE(std::filesystem::exists(host->paths().drive / "file"));
 }

@@ -183,6 +183,35 @@ private Q_SLOTS:
         QVERIFY(_administrator->requests.isEmpty());
     }
 
+    void choosingItTwiceAsksOnce()
+    {
+        QVERIFY(QDir(_folder->filePath(u"bin"_s)).removeRecursively());
+        _administrator->answered.shut();
+        const auto first = _tool->install();
+        auto second = _tool->install();
+        QCOMPARE(_administrator->requests.size(), 1);
+        _administrator->answered.open();
+        QVERIFY(first.isReady());
+        // No link was made here: the first caller tells why, the second is silent.
+        QVERIFY_THROWS_EXCEPTION(CommandLineTool::Cancelled, await(std::move(second)));
+        QCOMPARE(_administrator->requests.size(), 1);
+        await(_tool->install());
+        QCOMPARE(_administrator->requests.size(), 2);
+    }
+
+    void theLinkIsRemovedWhereItIsOursAndTheUsersToRemove()
+    {
+        using Removal = CommandLineTool::Removal;
+        QCOMPARE(_tool->remove(), Removal::NotThere);
+        makeLink("/somewhere/else", link());
+        QCOMPARE(_tool->remove(), Removal::NotThere);
+        QCOMPARE(storedText(link()), "/somewhere/else");
+        QVERIFY(QFile::remove(link()));
+        makeLink(_target.toUtf8(), link());
+        QCOMPARE(_tool->remove(), Removal::Removed);
+        QVERIFY(storedText(link()).isEmpty());
+    }
+
     void missingFolderAsksTheAdministrator()
     {
         QVERIFY(QDir(_folder->filePath(u"bin"_s)).removeRecursively());

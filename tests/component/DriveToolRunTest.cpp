@@ -185,7 +185,7 @@ private Q_SLOTS:
     void missingToolFailsAtOnceWithTheSystemsWords()
     {
         ProcessCLI cli(u"/nonexistent/ferrobank"_s);
-        QCOMPARE(launchErrorOf(cli), u"No such file or directory"_s);
+        QCOMPARE(launchErrorOf(cli), u"“ferrobank” does not exist."_s);
         QVERIFY(!await(cli.json<DriveStatus>({})));
     }
 

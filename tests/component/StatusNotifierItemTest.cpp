@@ -154,6 +154,21 @@ private Q_SLOTS:
         QCOMPARE(text, u"1 GB used"_s);
     }
 
+    void panelsThatPaintTheFileGetPicturesAndNoName()
+    {
+        TrayProgram program(TrayIcon("/opt/Ferrobank.app/Contents/Resources", TrayIcon::Look::Drawn));
+        const TrayHost host{_bus->connect(), program.name()};
+        QCOMPARE(host.item(u"IconName"_s).toString(), QString());
+        QCOMPARE(host.item(u"AttentionIconName"_s).toString(), QString());
+        for (const QString& colouring : {u"KDE"_s, u"GNOME"_s, u"ubuntu:GNOME"_s, u"XFCE"_s, u"X-Cinnamon"_s})
+        {
+            QCOMPARE(TrayIcon::lookFor(colouring), TrayIcon::Look::Named);
+        }
+        for (const QString& painting : {u"MATE"_s, u"LXQt"_s, u"sway"_s, QString()}) {
+            QCOMPARE(TrayIcon::lookFor(painting), TrayIcon::Look::Drawn);
+        }
+    }
+
     void allPropertiesCanBeReadAtOnce()
     {
         TrayProgram program;

@@ -42,7 +42,8 @@ def functions(path):
 class Hardening(unittest.TestCase):
     def test_there_are_programs_and_libraries_to_look_at(self):
         names = {path.name for path in ours()}
-        self.assertGreaterEqual(names, {'Ferrobank', 'ferrobank', 'ferrobank-drive', 'ferrobank-link-helper', 'ferrobank-update'})
+        self.assertGreaterEqual(names, {'Ferrobank', 'ferrobank', 'ferrobank-drive', 'ferrobank-link-helper',
+                                        'ferrobank-mount-helper', 'ferrobank-update'})
         self.assertTrue(any(name.startswith('libferrobank') for name in names), names)
 
     def test_everything_lies_at_an_address_of_chance(self):

@@ -84,10 +84,10 @@ private Q_SLOTS:
     void anAccessiblePressPressesAButton()
     {
         openDashboard();
-        Interface* button = node(QAccessible::Button, u"Show Log"_s);
+        Interface* button = node(QAccessible::Button, u"Show in Finder"_s);
         QVERIFY(button);
         act(button, QAccessibleActionInterface::pressAction());
-        QCOMPARE(stage().seam.workspace.openedPaths, QStringList{mountedStatus().log});
+        QCOMPARE(stage().seam.workspace.openedPaths, QStringList{FakeSeam::kMountpoint});
     }
 
     void anAccessibleToggleIsHeardByTheModel()

@@ -3,6 +3,7 @@
 
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
+#include <QtCore/QTemporaryFile>
 
 using namespace Qt::StringLiterals;
 using namespace ferrobank;
@@ -280,9 +281,25 @@ private Q_SLOTS:
 
     void showLogOpensTheLog()
     {
-        openWith(mountedStatus());
+        QTemporaryFile log;
+        QVERIFY(log.open());
+        DriveStatus status = mountedStatus();
+        status.log = log.fileName();
+        openWith(status);
         click(u"showLog"_s);
-        QCOMPARE(stage().seam.workspace.openedPaths, QStringList{mountedStatus().log});
+        QCOMPARE(stage().seam.workspace.openedPaths, QStringList{log.fileName()});
+        QVERIFY(!shows(u"logNote"_s));
+    }
+
+    void aLogThatIsNotThereIsToldBesideTheButton()
+    {
+        DriveStatus status = mountedStatus();
+        status.log = u"/nowhere/ferrobank.log"_s;
+        openWith(status);
+        click(u"showLog"_s);
+        QCOMPARE(textOf(u"logNote"_s), u"There is no log yet."_s);
+        QVERIFY(stage().seam.workspace.openedPaths.isEmpty());
+        QVERIFY(stage().host.alerts.isEmpty());
     }
 
     void theMenuToggleFollowsAndChangesTheSetting()
@@ -401,9 +418,9 @@ private Q_SLOTS:
     void returnPressesTheFocusedButtonWhereNoneIsTheDefault()
     {
         openWith(mountedStatus());
-        item(u"showLog"_s).forceActiveFocus(Qt::TabFocusReason);
+        item(u"showInFinder"_s).forceActiveFocus(Qt::TabFocusReason);
         press(Qt::Key_Return);
-        QCOMPARE(stage().seam.workspace.openedPaths, QStringList{mountedStatus().log});
+        QCOMPARE(stage().seam.workspace.openedPaths, QStringList{FakeSeam::kMountpoint});
     }
 };
 

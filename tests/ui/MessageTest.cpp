@@ -55,6 +55,19 @@ private Q_SLOTS:
         QCOMPARE(stage().host.closings, 1);
     }
 
+    void itLiesInTheMiddleOfItsWindowWhichIsDimmed()
+    {
+        openOn(Screen::uninstall());
+        QWindow* parent = stage().mainWindow().window();
+        parent->setPosition(150, 130);
+        open(Message::Kind::Alert, parent);
+        QVERIFY((window().geometry().center() - parent->geometry().center()).manhattanLength() <= 3);
+        QCOMPARE(parent->property("dimmed").toBool(), true);
+        window().close();
+        QTRY_VERIFY(!_message->isOpen());
+        QTRY_COMPARE(parent->property("dimmed").toBool(), false);
+    }
+
     void theButtonGoesOn()
     {
         start();

@@ -58,13 +58,25 @@ private Q_SLOTS:
                                 << Command{u"gnome-control-center"_s, u"applications"_s};
         QTest::newRow("KDE") << u"KDE"_s << Command{u"filelight"_s}
                              << Command{u"systemsettings"_s, u"kcm_app-permissions"_s};
-        QTest::newRow("Xfce") << u"XFCE"_s << Command{u"gnome-disks"_s}
-                              << Command{u"xfce4-settings-manager"_s};
+        QTest::newRow("Xfce") << u"XFCE"_s << Command{u"baobab"_s} << Command{u"xfce4-settings-manager"_s};
         QTest::newRow("LXQt") << u"LXQt"_s << Command{u"qdirstat"_s} << Command{u"lxqt-config"_s};
         QTest::newRow("MATE") << u"MATE"_s << Command{u"mate-disk-usage-analyzer"_s}
                               << Command{u"mate-control-center"_s};
-        QTest::newRow("Cinnamon") << u"X-Cinnamon"_s << Command{u"gnome-disks"_s}
+        QTest::newRow("Cinnamon") << u"X-Cinnamon"_s << Command{u"baobab"_s}
                                   << Command{u"cinnamon-settings"_s};
+    }
+
+    void noStoragePageIsAProgramThatFormatsDisks()
+    {
+        for (const QString& desktop :
+             {u"GNOME"_s, u"KDE"_s, u"XFCE"_s, u"LXQt"_s, u"MATE"_s, u"X-Cinnamon"_s, QString()})
+        {
+            for (const Command& command : commandsForPage(SettingsPage::Storage, desktop)) {
+                for (const QString& formatter : {u"gnome-disks"_s, u"partitionmanager"_s, u"gparted"_s}) {
+                    QVERIFY(command.first() != formatter);
+                }
+            }
+        }
     }
 
     void everyDesktopHasItsOwnPageFirst()

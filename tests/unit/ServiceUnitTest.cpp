@@ -53,6 +53,8 @@ ExecStart=":/opt/Ferro bank.app/Contents/Helpers/ferrobank" "serve"
 Restart=on-failure
 RestartSec=2
 KillMode=mixed
+NotifyAccess=main
+FileDescriptorStoreMax=1
 TimeoutStopSec=60
 
 [Install]

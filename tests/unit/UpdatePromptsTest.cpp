@@ -156,7 +156,7 @@ private Q_SLOTS:
         view.sentence = u"The downloaded update is not signed by its maker."_s;
         QCOMPARE(prompt(view).headline, u"Update error!"_s);
         QCOMPARE(prompt(view).text, view.sentence);
-        QCOMPARE(titles(prompt(view)), QStringList{u"Cancel Update"_s});
+        QCOMPARE(titles(prompt(view)), QStringList{u"OK"_s});
     }
 
     void buildWithoutAFeedSaysThatUpdatesAreOff()

@@ -1,9 +1,14 @@
 #include "Ferrobank/CLI/CommandLineTool.h"
 
 #include "Ferrobank/CLI/CLI.h"
+#include "Platform/Latch.h"
 #include "Platform/LinkPlacement.h"
 
 #include <QtCore/QFile>
+
+#include <exception>
+#include <filesystem>
+#include <system_error>
 
 namespace ferrobank {
 
@@ -30,6 +35,41 @@ bool CommandLineTool::isInstalled() const
 }
 
 QCoro::Task<> CommandLineTool::install()
+{
+    if (_underWay) {
+        const Latch over = *_underWay;
+        co_await over.wait();
+        if (!isInstalled()) {
+            throw Cancelled();
+        }
+        co_return;
+    }
+    Latch over;
+    _underWay = std::make_shared<Latch>(over);
+    std::exception_ptr failure;
+    try {
+        co_await installOnce();
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    _underWay.reset();
+    over.open();
+    if (failure) {
+        std::rethrow_exception(failure);
+    }
+}
+
+CommandLineTool::Removal CommandLineTool::remove() const
+{
+    if (!isInstalled()) {
+        return Removal::NotThere;
+    }
+    std::error_code error;
+    std::filesystem::remove(pathOf(_link), error);
+    return error ? Removal::Refused : Removal::Removed;
+}
+
+QCoro::Task<> CommandLineTool::installOnce()
 {
     if (isInstalled()) {
         co_return;

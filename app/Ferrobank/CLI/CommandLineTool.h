@@ -5,9 +5,12 @@
 #include <QCoro/QCoroTask>
 #include <QtCore/QString>
 
+#include <memory>
 #include <stdexcept>
 
 namespace ferrobank {
+
+class Latch;
 
 /// The command link that lets people run the drive tool from a terminal. It always points into the installed
 /// application, so updating the application updates the command. Main thread.
@@ -31,15 +34,25 @@ public:
     [[nodiscard]] bool isInstalled() const;
 
     /// Makes the link, as the user or, where that is not allowed, with administrator rights. Throws
-    /// Cancelled, CLI::Failure with words for the user, or a file-system error.
+    /// Cancelled, CLI::Failure with words for the user, or a file-system error. A call while another one is
+    /// under way asks nobody again: it ends with that one, and is cancelled if that one made no link, of
+    /// which the first caller tells.
     QCoro::Task<> install();
 
+    enum class Removal { NotThere, Removed, Refused };
+
+    /// Removes the link if it is ours, as the user: nobody is asked for a password. Refused where that is not
+    /// allowed.
+    [[nodiscard]] Removal remove() const;
+
 private:
+    QCoro::Task<> installOnce();
     QCoro::Task<> installAsAdmin();
 
     QString _target;
     PrivilegedLink& _privilegedLink;
     QString _link;
+    std::shared_ptr<Latch> _underWay; ///< opens when the installation that runs has ended
 };
 
 } // namespace ferrobank

@@ -3,7 +3,7 @@ import QtQuick.Templates as T
 import Ferrobank
 
 /// The application's kind of window: no title bar, its own controls in the top corner, moved by its background,
-/// as large as its content and never taller than the display; then the content scrolls.
+/// as large as its content and never larger than the display: then the content gets narrower, and scrolls.
 Window {
     id: frame
 
@@ -11,10 +11,12 @@ Window {
     default property alias content: holder.data
     /// Dialogs go with the window they belong to.
     property bool minimisable: true
+    /// A message lies over the window and has to be answered first.
+    property bool dimmed: false
 
     readonly property int padding: Theme.pagePadding
 
-    readonly property int wantedWidth: contentWidth + 2 * padding
+    readonly property int wantedWidth: Math.min(contentWidth + 2 * padding, Theme.displayWidth)
     readonly property int wantedHeight: Math.max(1, Math.min(holder.height + 2 * padding,
         Theme.displayHeight))
 
@@ -123,7 +125,7 @@ Window {
 
                 x: frame.padding
                 y: frame.padding
-                width: frame.contentWidth
+                width: frame.wantedWidth - 2 * frame.padding
                 height: Math.ceil(childrenRect.height)
             }
         }
@@ -137,6 +139,16 @@ Window {
             over: scroller
         }
 
+        Rectangle {
+            objectName: "dimmer"
+            anchors.fill: parent
+            z: 1
+            visible: frame.dimmed
+            radius: parent.radius
+            color: "black"
+            opacity: Theme.dark ? 0.45 : 0.28
+        }
+
         Row {
             anchors.top: parent.top
             anchors.right: parent.right
@@ -145,7 +157,7 @@ Window {
 
             WindowControl {
                 objectName: "minimise"
-                visible: frame.minimisable
+                visible: frame.minimisable && Theme.minimisable
                 symbol: "minus"
                 text: qsTr("Minimise")
                 onClicked: frame.showMinimized()

@@ -78,7 +78,8 @@ void fillDerived(Palette& palette, const QColor& accent, const Meanings& meaning
         raiseContrast(palette);
     }
     const double text = contrast == Contrast::High ? kHighTextContrast : kTextContrast;
-    palette.edge = composed(palette.hairline, palette.window);
+    // Two windows over each other have nothing else that parts them where the desktop draws no shadow.
+    palette.edge = composed(withAlpha(palette.primary, 0.36F), palette.window);
     const QColor panel = composed(palette.panel, palette.window);
     const QColor white(Qt::white);
     const QColor ink(0x1d, 0x1d, 0x1f);
@@ -96,7 +97,8 @@ void fillDerived(Palette& palette, const QColor& accent, const Meanings& meaning
     palette.onSwitch =
         ferrobank::contrast(palette.switchOn, white) >= kSymbolContrast ? white : QColor(Qt::black);
     palette.groove = palette.hairline;
-    palette.tertiary = readable(palette.tertiary, panel, kSymbolContrast);
+    // For symbols made of dots, whose pixels are nearly all edge.
+    palette.tertiary = readable(palette.tertiary, panel, kTextContrast);
     palette.bar = readable(palette.bar, panel, kSymbolContrast);
     palette.green = meaning(meanings.green, panel, palette.window, text);
     palette.orange = meaning(meanings.orange, panel, palette.window, text);

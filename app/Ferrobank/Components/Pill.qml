@@ -10,7 +10,7 @@ RoundedBox {
     required property color tint
 
     implicitWidth: face.implicitWidth + 20
-    implicitHeight: face.implicitHeight + 6
+    implicitHeight: Math.max(word.implicitHeight, symbolImage.height) + 6
     radius: height / 2
     color: Qt.rgba(tint.r, tint.g, tint.b, 0.15)
 
@@ -24,6 +24,8 @@ RoundedBox {
         spacing: 5
 
         SymbolImage {
+            id: symbolImage
+
             anchors.verticalCenter: parent.verticalCenter
             name: pill.symbol
             color: pill.tint
@@ -32,6 +34,8 @@ RoundedBox {
         }
 
         Text {
+            id: word
+
             anchors.verticalCenter: parent.verticalCenter
             text: pill.text
             font: Theme.calloutMedium

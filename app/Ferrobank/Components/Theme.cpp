@@ -38,7 +38,8 @@ void scale(QFont& font, const QFont& base, double factor)
 Theme::Theme(QObject* parent)
     : QObject(parent),
       _base(QGuiApplication::font()),
-      _displayHeight(QGuiApplication::primaryScreen()->availableGeometry().height())
+      _displayHeight(QGuiApplication::primaryScreen()->availableGeometry().height()),
+      _displayWidth(QGuiApplication::primaryScreen()->availableGeometry().width())
 {
     qGuiApp->installEventFilter(this);
     rebuild();
@@ -100,7 +101,23 @@ void Theme::setDisplayHeight(int height)
 {
     if (_displayHeight != height) {
         _displayHeight = height;
-        Q_EMIT displayHeightChanged();
+        Q_EMIT displayChanged();
+    }
+}
+
+void Theme::setDisplayWidth(int width)
+{
+    if (_displayWidth != width) {
+        _displayWidth = width;
+        Q_EMIT displayChanged();
+    }
+}
+
+void Theme::setMinimisable(bool minimisable)
+{
+    if (_minimisable != minimisable) {
+        _minimisable = minimisable;
+        Q_EMIT minimisableChanged();
     }
 }
 

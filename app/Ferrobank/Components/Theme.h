@@ -30,7 +30,11 @@ class Theme : public QObject {
     /// The language reads from right to left.
     Q_PROPERTY(bool mirrored READ isMirrored NOTIFY mirroredChanged)
     /// The height that a window may have on its display, in device-independent pixels.
-    Q_PROPERTY(int displayHeight READ displayHeight WRITE setDisplayHeight NOTIFY displayHeightChanged)
+    Q_PROPERTY(int displayHeight READ displayHeight WRITE setDisplayHeight NOTIFY displayChanged)
+    /// The same for its width.
+    Q_PROPERTY(int displayWidth READ displayWidth WRITE setDisplayWidth NOTIFY displayChanged)
+    /// Whether a window that is minimised can be got back.
+    Q_PROPERTY(bool minimisable READ isMinimisable WRITE setMinimisable NOTIFY minimisableChanged)
     /// Around every screen, in device-independent pixels.
     Q_PROPERTY(int pagePadding READ pagePadding CONSTANT)
 
@@ -108,6 +112,14 @@ public:
     [[nodiscard]] int displayHeight() const { return _displayHeight; }
 
     void setDisplayHeight(int height);
+
+    [[nodiscard]] int displayWidth() const { return _displayWidth; }
+
+    void setDisplayWidth(int width);
+
+    [[nodiscard]] bool isMinimisable() const { return _minimisable; }
+
+    void setMinimisable(bool minimisable);
 
     [[nodiscard]] int pagePadding() const { return 32; }
 
@@ -201,7 +213,8 @@ Q_SIGNALS:
     void fontsChanged();
     void reducedMotionChanged();
     void compositedChanged();
-    void displayHeightChanged();
+    void displayChanged();
+    void minimisableChanged();
     void mirroredChanged();
 
 private:
@@ -215,7 +228,9 @@ private:
     bool _highContrast = false;
     bool _reducedMotion = false;
     bool _composited = false;
+    bool _minimisable = true;
     int _displayHeight = 0;
+    int _displayWidth = 0;
 };
 
 /// Makes the names of the tints known to QML.

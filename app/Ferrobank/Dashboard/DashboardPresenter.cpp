@@ -11,6 +11,8 @@
 #include "Ferrobank/Model/TildePath.h"
 #include "Platform/Workspace.h"
 
+#include <QtCore/QFileInfo>
+
 namespace ferrobank {
 
 namespace {
@@ -240,8 +242,15 @@ QCoro::Task<> DashboardPresenter::install()
 void DashboardPresenter::showLog()
 {
     const auto& status = _with.model.status();
-    if (status && !status->log.isEmpty()) {
+    // In the user's own folders, which answer.
+    const bool exists = status && !status->log.isEmpty() && QFileInfo::exists(status->log);
+    if (exists) {
         _with.workspace.openPath(status->log);
+    }
+    const QString note = exists ? QString() : tr("There is no log yet.");
+    if (_logNote != note) {
+        _logNote = note;
+        Q_EMIT logNoteChanged();
     }
 }
 

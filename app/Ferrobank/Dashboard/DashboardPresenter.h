@@ -49,6 +49,7 @@ class DashboardPresenter : public QObject {
     Q_PROPERTY(bool cliInstalled READ cliInstalled NOTIFY cliChanged)
     Q_PROPERTY(bool cliInstalling READ cliInstalling NOTIFY cliChanged)
     Q_PROPERTY(QString cliLink READ cliLink CONSTANT)
+    Q_PROPERTY(QString logNote READ logNote NOTIFY logNoteChanged)
 
 public:
     explicit DashboardPresenter(const WindowCollaborators& with);
@@ -103,6 +104,9 @@ public:
 
     [[nodiscard]] QString cliLink() const;
 
+    /// Why the log was not shown when it was asked for; empty when it was.
+    [[nodiscard]] QString logNote() const { return _logNote; }
+
     /// The dashboard came on the screen; its settings are read anew.
     Q_INVOKABLE void appeared();
 
@@ -121,6 +125,7 @@ Q_SIGNALS:
     void healthChanged();
     void menuOpensAtLoginChanged();
     void cliChanged();
+    void logNoteChanged();
 
 private:
     struct Figures {
@@ -166,6 +171,7 @@ private:
     Health _health;
     std::optional<quint64> _homeAvailable;
     std::optional<quint64> _driveTotal;
+    QString _logNote;
     bool _shown = false;
     bool _cliInstalled = false;
     bool _cliInstalling = false;

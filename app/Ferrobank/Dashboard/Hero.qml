@@ -8,7 +8,7 @@ Panel {
     required property DashboardPresenter presenter
     readonly property bool quiet: presenter.hasStatus && presenter.nothingSaved
     /// With a figure, the bar and one line under it: the first saving does not push anything away.
-    readonly property real usualHeight: heading.height + heroMetrics.height + bar.height + lineMetrics.height
+    readonly property real usualHeight: heading.height + Math.ceil(heroMetrics.height) + bar.height + Math.ceil(lineMetrics.height)
         + 3 * column.spacing
 
     implicitHeight: Math.max(column.implicitHeight, usualHeight) + 40

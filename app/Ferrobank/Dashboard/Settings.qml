@@ -10,6 +10,10 @@ Panel {
     implicitHeight: rows.implicitHeight
     height: implicitHeight
 
+    Announcer {
+        id: announcer
+    }
+
     Column {
         id: rows
 
@@ -79,6 +83,16 @@ Panel {
                 objectName: "uninstall"
                 text: qsTr("Uninstall Ferrobank…")
                 onClicked: settings.presenter.uninstall()
+            }
+
+            BodyText {
+                objectName: "logNote"
+                anchors.verticalCenter: parent.verticalCenter
+                visible: text !== ""
+                text: settings.presenter.logNote
+                font: Theme.callout
+                color: Theme.secondary
+                onTextChanged: if (text !== "") announcer.say(text)
             }
         }
     }

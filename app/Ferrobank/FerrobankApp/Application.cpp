@@ -7,6 +7,7 @@
 #include "Platform/DesktopSession.h"
 #include "Platform/Memory.h"
 #include "Platform/SingleInstance.h"
+#include "Platform/StartScale.h"
 #include "Platform/VersionOnTrial.h"
 
 #include <QtCore/QLocale>
@@ -34,15 +35,22 @@ QString takeActivationToken()
     return token;
 }
 
+/// The command that a launcher's entry asks for by "--action NAME"; empty for none.
+QString actionOf(int argc, char** argv)
+{
+    const bool asks = argc >= 3 && qstrcmp(argv[1], "--action") == 0;
+    return asks ? QString::fromLocal8Bit(argv[2]) : QString();
+}
+
 } // namespace
 
-int ferrobankApplication(int /*argc*/, char** argv)
+int ferrobankApplication(int argc, char** argv)
 {
     shareOneHeap();
     ChildProcess::keepEnvironment();
-    const QString activationToken = takeActivationToken();
+    const InstanceRequest request{.action = actionOf(argc, argv), .activationToken = takeActivationToken()};
     const std::unique_ptr<DesktopSession> session = DesktopSession::open();
-    switch (session->instance().claim({.action = {}, .activationToken = activationToken})) {
+    switch (session->instance().claim(request)) {
     case SingleInstance::Role::First:
         break;
     case SingleInstance::Role::Forwarded:
@@ -59,13 +67,15 @@ int ferrobankApplication(int /*argc*/, char** argv)
     QGuiApplication::setQuitOnLastWindowClosed(false);
     // No argument is meant for the toolkit: one that it knows must not change how the program starts.
     int programOnly = 1;
+    StartScale scale;
     QApplication application(programOnly, argv); // ends the process where there is no display
+    scale.settled();
     countStartOnTrial();
     installWords(QString::fromStdString(Bundle::main().resource("translations")),
                  QLocale::system().uiLanguages());
     session->attach();
 
     FerrobankApp ferrobank(*session);
-    ferrobank.launch(activationToken);
+    ferrobank.launch(request);
     return QApplication::exec();
 }

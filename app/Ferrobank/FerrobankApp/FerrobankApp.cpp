@@ -4,6 +4,7 @@
 #include "Ferrobank/Words/Said.h"
 #include "Platform/Bundle.h"
 #include "Platform/Memory.h"
+#include "Platform/Notification.h"
 #include "Platform/UpdateController.h"
 
 #include <QtCore/QCoreApplication>
@@ -98,6 +99,7 @@ FerrobankApp::FerrobankApp(DesktopSession& session)
 {
     connect(_statusItem.get(), &StatusItem::activated, this, &FerrobankApp::openWindow);
     connect(_windows.get(), &Windows::closed, this, [this] { _updater->reconsider(); });
+    connect(_windows.get(), &Windows::mainClosed, this, &FerrobankApp::tellOfBackground);
     connect(_model.get(), &AppModel::setupCompleteChanged, this, [this] { _updater->reconsider(); });
     session.instance().serve([this](const InstanceRequest& request) { return carryOut(request); });
 
@@ -111,13 +113,15 @@ FerrobankApp::FerrobankApp(DesktopSession& session)
 
 FerrobankApp::~FerrobankApp() = default;
 
-void FerrobankApp::launch(const QString& activationToken)
+void FerrobankApp::launch(const InstanceRequest& request)
 {
-    if (_model->isSetupKnown()) {
-        openWindowUnlessSetUp(activationToken);
+    if (!request.action.isEmpty() && carryOut(request)) {
+        // The command has brought up what it is about.
+    } else if (_model->isSetupKnown()) {
+        openWindowUnlessSetUp(request.activationToken);
     } else {
         connect(_model.get(), &AppModel::setupKnown, this,
-                [this, activationToken] { openWindowUnlessSetUp(activationToken); });
+                [this, token = request.activationToken] { openWindowUnlessSetUp(token); });
     }
     QTimer::singleShot(kStarted, &returnIdleMemory);
 }
@@ -141,6 +145,18 @@ bool FerrobankApp::carryOut(const InstanceRequest& request)
         openWindow(request.activationToken);
     }
     return item.has_value();
+}
+
+void FerrobankApp::tellOfBackground()
+{
+    if (_toldOfBackground || _statusItem->isSeen()) {
+        return;
+    }
+    _toldOfBackground = true;
+    notifyUser(
+        tr("Ferrobank goes on in the background"),
+        tr("This desktop shows no icon for it. Open Ferrobank again to see your drive; the menu of its icon "
+           "among your applications has Run Checks and Quit."));
 }
 
 void FerrobankApp::openWindow(const QString& activationToken)

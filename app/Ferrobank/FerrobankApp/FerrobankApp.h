@@ -38,13 +38,15 @@ public:
     explicit FerrobankApp(DesktopSession& session);
     ~FerrobankApp() override;
 
-    /// Opens the window if the launch rule says so, as soon as that is known.
-    void launch(const QString& activationToken);
+    /// Carries out what the start asks for, or opens the window if the launch rule says so, as soon as that
+    /// is known.
+    void launch(const InstanceRequest& request);
 
 private:
     /// False for an action that does not exist.
     [[nodiscard]] bool carryOut(const InstanceRequest& request);
     void openWindow(const QString& activationToken);
+    void tellOfBackground();
     void openWindowUnlessSetUp(const QString& activationToken);
 
     // In the order in which they are made: the item first, so that the panel has it while the rest is built.
@@ -63,6 +65,7 @@ private:
     std::unique_ptr<SystemChanges> _systemChanges;
     std::unique_ptr<TrayMenu> _menu;
     std::unique_ptr<TerminationSignals> _terminationSignals;
+    bool _toldOfBackground = false;
 };
 
 } // namespace ferrobank

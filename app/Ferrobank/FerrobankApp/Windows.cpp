@@ -1,6 +1,7 @@
 #include "Ferrobank/FerrobankApp/Windows.h"
 
 #include "Ferrobank/Async/Spawn.h"
+#include "Ferrobank/CLI/CommandLineTool.h"
 #include "Ferrobank/FerrobankApp/Alerts.h"
 #include "Platform/Bundle.h"
 #include "Platform/Latch.h"
@@ -30,12 +31,15 @@ bool canBecomeMain(const QWindow& window)
     return window.type() == Qt::Window && window.transientParent() == nullptr;
 }
 
-QCoro::Task<> recycleAndQuit(Workspace& workspace, std::vector<std::filesystem::path> copy)
+/// Whether all of it is in the Trash.
+QCoro::Task<bool> recycle(Workspace& workspace, std::vector<std::filesystem::path> copy)
 {
+    bool all = true;
     for (const std::filesystem::path& path : copy) {
-        co_await workspace.recycle(QString::fromStdString(path.native()));
+        const bool moved = co_await workspace.recycle(QString::fromStdString(path.native()));
+        all = all && moved;
     }
-    QCoreApplication::quit();
+    co_return all;
 }
 
 } // namespace
@@ -153,14 +157,33 @@ void Windows::quit()
 
 void Windows::trashAndQuit()
 {
-    spawn(this, recycleAndQuit(_with.workspace, Bundle::main().wholeCopy()));
+    spawn(this, recycleEverythingAndQuit());
+}
+
+QCoro::Task<> Windows::recycleEverythingAndQuit()
+{
+    std::vector<std::filesystem::path> copy = Bundle::main().wholeCopy();
+    const bool isGone = co_await recycle(_with.workspace, std::move(copy));
+    // The command would lead nowhere. Where it takes a password to remove it, that is the user's to decide.
+    if (isGone && _with.commandLineTool.remove() == CommandLineTool::Removal::Refused) {
+        const QString link = _with.commandLineTool.link();
+        const QString words =
+            tr("Ferrobank is in the Trash. The command %1 is still there, because removing it needs "
+               "an administrator's password. To remove it: sudo rm %1")
+                .arg(link);
+        if (show({Message::Kind::Alert, words}, [](bool) { QCoreApplication::quit(); })) {
+            co_return;
+        }
+    }
+    QCoreApplication::quit();
 }
 
 void Windows::windowClosed()
 {
     // The window that tells it is still on the stack.
     QTimer::singleShot(0, this, [this] {
-        if (_main && _main->window() == nullptr) {
+        const bool mainIsGone = _main && _main->window() == nullptr;
+        if (mainIsGone) {
             _main.reset();
         }
         if (_loginItems && _loginItems->window() == nullptr) {
@@ -169,6 +192,9 @@ void Windows::windowClosed()
         std::erase_if(_messages, [](const auto& message) { return !message->isOpen(); });
         _settled.stop();
         returnIdleMemory();
+        if (mainIsGone) {
+            Q_EMIT mainClosed();
+        }
         Q_EMIT closed();
     });
 }

@@ -60,10 +60,15 @@ Q_SIGNALS:
     /// After a window is gone with everything it had.
     void closed();
 
+    /// The same, for the main window alone, before closed().
+    void mainClosed();
+
 private:
     template <typename Thing>
     [[nodiscard]] std::unique_ptr<Thing> make(const char* entryPoint);
     [[nodiscard]] QWindow* frontWindow() const;
+
+    QCoro::Task<> recycleEverythingAndQuit();
 
     /// False when the library cannot be loaded.
     bool show(const Message& message, std::function<void(bool)> answered);

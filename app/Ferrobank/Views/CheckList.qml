@@ -115,6 +115,7 @@ FocusScope {
     }
 
     FocusRing {
+        objectName: "listRing"
         shown: list.activeFocus && list.Window.activeFocusItem === list
         around: 4
     }

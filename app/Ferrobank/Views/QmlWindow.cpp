@@ -4,14 +4,17 @@
 #include "Ferrobank/Model/AppModel.h"
 #include "Ferrobank/Views/LoginItemsPresenter.h"
 #include "Ferrobank/Views/RootPresenter.h"
+#include "Platform/NativeWindow.h"
 
 #include <QtCore/QEvent>
 #include <QtCore/QTimer>
 #include <QtGui/QGuiApplication>
 #include <QtGui/QPalette>
+#include <QtGui/QPlatformSurfaceEvent>
 #include <QtGui/QScreen>
 #include <QtQml/QQmlComponent>
 
+#include <algorithm>
 #include <chrono>
 
 namespace ferrobank {
@@ -92,8 +95,13 @@ void QmlWindow::open(const QString& activationToken)
         // Where Qt's Wayland plugin looks for the token that lets a window take the focus.
         qputenv("XDG_ACTIVATION_TOKEN", activationToken.toUtf8());
     }
-    const bool wasOpen = _window->isVisible();
-    if (_window->visibility() == QWindow::Minimized) {
+    // Where a minimised window comes back only with leave, appearing anew is the only way. Any other stays
+    // where it is: the desktop brings it to the front, or tells the user that it wants to be there.
+    if (!_window->isVisible() && _scene.transientParent) {
+        centreOver(*_scene.transientParent);
+    }
+    const bool wasMinimised = _window->visibility() == QWindow::Minimized;
+    if (wasMinimised) {
         _window->showNormal();
     } else {
         _window->show();
@@ -101,8 +109,30 @@ void QmlWindow::open(const QString& activationToken)
     _window->raise();
     _window->requestActivate();
     qunsetenv("XDG_ACTIVATION_TOKEN"); // good for this window alone
-    if (wasOpen && raisingNeedsLeave()) {
+    if (wasMinimised && raisingNeedsLeave()) {
         QTimer::singleShot(kRaisePatience, _window.get(), [this] { appearAnewUnlessActive(); });
+    }
+}
+
+void QmlWindow::centreOver(QWindow& parent)
+{
+    const QRect over = parent.geometry();
+    const QRect area = parent.screen()->availableGeometry();
+    QRect place(QPoint(), _window->size());
+    place.moveCenter(over.center());
+    place.moveLeft(
+        std::clamp(place.left(), area.left(), std::max(area.left(), area.right() + 1 - place.width())));
+    place.moveTop(
+        std::clamp(place.top(), area.top(), std::max(area.top(), area.bottom() + 1 - place.height())));
+    _window->setPosition(place.topLeft());
+    dim(&parent, true);
+}
+
+void QmlWindow::dim(QWindow* parent, bool dimmed)
+{
+    // One of our own windows, or none of our business.
+    if (parent != nullptr && parent->property("dimmed").isValid()) {
+        parent->setProperty("dimmed", dimmed);
     }
 }
 
@@ -133,7 +163,9 @@ void QmlWindow::build()
     }
     _window.reset(static_cast<QQuickWindow*>(root.release()));
     _window->setTransientParent(_scene.transientParent);
+    _window->installEventFilter(this);
     Theme& theme = Theme::of(*_engine);
+    theme.setMinimisable(NativeWindow::canBeMinimised());
     followDesktop(theme);
     followDisplay(theme);
     connect(_window.get(), &QWindow::visibleChanged, this, [this](bool visible) {
@@ -148,6 +180,7 @@ void QmlWindow::tearDown()
     if (_window == nullptr || _window->isVisible()) {
         return;
     }
+    dim(_scene.transientParent, false);
     _window.reset();
     _engine.reset();
     _presenter.reset();
@@ -181,11 +214,14 @@ void QmlWindow::followDesktop(Theme& theme)
 void QmlWindow::followDisplay(Theme& theme)
 {
     const auto measure = [this, &theme] {
-        theme.setDisplayHeight(_window->screen()->availableGeometry().height());
+        const QSize area = NativeWindow::usableArea(*_window);
+        theme.setDisplayHeight(area.height());
+        theme.setDisplayWidth(area.width());
     };
     const auto follow = [measure, &theme](QScreen* screen) {
         if (screen != nullptr) {
             connect(screen, &QScreen::availableGeometryChanged, &theme, measure);
+            connect(screen, &QScreen::geometryChanged, &theme, measure);
             measure();
         }
     };
@@ -199,12 +235,40 @@ void QmlWindow::applyDesktop(Theme& theme) const
     const QPalette palette = QGuiApplication::palette();
     theme.setDark(wishes.dark.value_or(isDark(palette)));
     theme.setAccent(wishes.accent.value_or(accentOf(palette)));
+    theme.setHighContrast(wishes.highContrast);
     theme.setReducedMotion(wishes.reducedMotion);
+    followFont(wishes);
+    if (_window) {
+        NativeWindow::setBackground(*_window, theme.window());
+    }
     theme.setComposited(windowsAreComposited());
+}
+
+void QmlWindow::followFont(const DesktopAppearance::Wishes& wishes)
+{
+    // The toolkit's own idea of the desktop's font, for parts that the desktop does not tell.
+    static const QFont toolkit = QGuiApplication::font();
+    QFont font = toolkit;
+    if (wishes.fontFamily) {
+        font.setFamily(*wishes.fontFamily);
+    }
+    if (wishes.fontSize) {
+        font.setPointSizeF(*wishes.fontSize);
+    }
+    if ((wishes.fontFamily || wishes.fontSize) && QGuiApplication::font() != font) {
+        QGuiApplication::setFont(font);
+    }
 }
 
 bool QmlWindow::eventFilter(QObject* watched, QEvent* event)
 {
+    if (watched == _window.get() && event->type() == QEvent::PlatformSurface &&
+        static_cast<QPlatformSurfaceEvent*>(event)->surfaceEventType() ==
+            QPlatformSurfaceEvent::SurfaceCreated)
+    {
+        NativeWindow::setDesktopFile(*_window, QGuiApplication::desktopFileName().toUtf8());
+        NativeWindow::setBackground(*_window, Theme::of(*_engine).window());
+    }
     if (watched == qGuiApp && event->type() == QEvent::ApplicationPaletteChange && _engine) {
         applyDesktop(Theme::of(*_engine));
     }

@@ -50,10 +50,13 @@ public:
 private:
     void appearAnewUnlessActive();
     void build();
+    void centreOver(QWindow& parent);
+    static void dim(QWindow* parent, bool dimmed);
     void tearDown();
     void followDesktop(Theme& theme);
     void followDisplay(Theme& theme);
     void applyDesktop(Theme& theme) const;
+    static void followFont(const DesktopAppearance::Wishes& wishes);
     bool eventFilter(QObject* watched, QEvent* event) override;
 
     Scene _scene;

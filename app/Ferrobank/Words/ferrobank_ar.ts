@@ -756,8 +756,20 @@
         <translation>لم يجب نظامك بعد.</translation>
     </message>
     <message>
-        <source>Cancel Update</source>
-        <translation>إلغاء التحديث</translation>
+        <source>There is no log yet.</source>
+        <translation>لا يوجد سجل بعد.</translation>
+    </message>
+    <message>
+        <source>Ferrobank goes on in the background</source>
+        <translation>يواصل Ferrobank العمل في الخلفية</translation>
+    </message>
+    <message>
+        <source>This desktop shows no icon for it. Open Ferrobank again to see your drive; the menu of its icon among your applications has Run Checks and Quit.</source>
+        <translation>لا يعرض سطح المكتب هذا أيقونة له. افتح Ferrobank مرة أخرى لرؤية محرك الأقراص؛ وتتيح قائمة أيقونته بين تطبيقاتك تشغيل الفحوص والإنهاء.</translation>
+    </message>
+    <message>
+        <source>Ferrobank is in the Trash. The command %1 is still there, because removing it needs an administrator's password. To remove it: sudo rm %1</source>
+        <translation>Ferrobank في سلة المهملات. ما زال الأمر %1 موجودًا لأن إزالته تتطلب كلمة مرور المسؤول. لإزالته: sudo rm %1</translation>
     </message>
     <message>
         <source>Check Automatically</source>

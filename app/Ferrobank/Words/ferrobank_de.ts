@@ -756,8 +756,20 @@
         <translation>Ihr System hat noch nicht geantwortet.</translation>
     </message>
     <message>
-        <source>Cancel Update</source>
-        <translation>Update abbrechen</translation>
+        <source>There is no log yet.</source>
+        <translation>Es gibt noch kein Protokoll.</translation>
+    </message>
+    <message>
+        <source>Ferrobank goes on in the background</source>
+        <translation>Ferrobank läuft im Hintergrund weiter</translation>
+    </message>
+    <message>
+        <source>This desktop shows no icon for it. Open Ferrobank again to see your drive; the menu of its icon among your applications has Run Checks and Quit.</source>
+        <translation>Dieser Desktop zeigt dafür kein Symbol. Öffnen Sie Ferrobank erneut, um Ihr Laufwerk zu sehen; das Menü seines Symbols unter Ihren Anwendungen bietet Prüfungen und Beenden.</translation>
+    </message>
+    <message>
+        <source>Ferrobank is in the Trash. The command %1 is still there, because removing it needs an administrator's password. To remove it: sudo rm %1</source>
+        <translation>Ferrobank ist im Papierkorb. Der Befehl %1 ist noch da, weil zum Entfernen ein Administratorpasswort nötig ist. So entfernen Sie ihn: sudo rm %1</translation>
     </message>
     <message>
         <source>Check Automatically</source>

@@ -756,8 +756,20 @@
         <translation>Su sistema aún no ha respondido.</translation>
     </message>
     <message>
-        <source>Cancel Update</source>
-        <translation>Cancelar actualización</translation>
+        <source>There is no log yet.</source>
+        <translation>Todavía no hay ningún registro.</translation>
+    </message>
+    <message>
+        <source>Ferrobank goes on in the background</source>
+        <translation>Ferrobank sigue en segundo plano</translation>
+    </message>
+    <message>
+        <source>This desktop shows no icon for it. Open Ferrobank again to see your drive; the menu of its icon among your applications has Run Checks and Quit.</source>
+        <translation>Este escritorio no muestra ningún icono. Abra Ferrobank de nuevo para ver su unidad; el menú de su icono entre las aplicaciones permite ejecutar las comprobaciones y salir.</translation>
+    </message>
+    <message>
+        <source>Ferrobank is in the Trash. The command %1 is still there, because removing it needs an administrator's password. To remove it: sudo rm %1</source>
+        <translation>Ferrobank está en la papelera. La orden %1 sigue ahí, porque eliminarla requiere la contraseña de un administrador. Para eliminarla: sudo rm %1</translation>
     </message>
     <message>
         <source>Check Automatically</source>

@@ -756,8 +756,20 @@
         <translation>Votre système n’a pas encore répondu.</translation>
     </message>
     <message>
-        <source>Cancel Update</source>
-        <translation>Annuler la mise à jour</translation>
+        <source>There is no log yet.</source>
+        <translation>Il n'y a pas encore de journal.</translation>
+    </message>
+    <message>
+        <source>Ferrobank goes on in the background</source>
+        <translation>Ferrobank continue en arrière-plan</translation>
+    </message>
+    <message>
+        <source>This desktop shows no icon for it. Open Ferrobank again to see your drive; the menu of its icon among your applications has Run Checks and Quit.</source>
+        <translation>Ce bureau n'affiche pas d'icône pour lui. Ouvrez de nouveau Ferrobank pour voir votre disque ; le menu de son icône parmi vos applications permet de lancer les vérifications et de quitter.</translation>
+    </message>
+    <message>
+        <source>Ferrobank is in the Trash. The command %1 is still there, because removing it needs an administrator's password. To remove it: sudo rm %1</source>
+        <translation>Ferrobank est dans la corbeille. La commande %1 est toujours là, car sa suppression demande un mot de passe d'administrateur. Pour la supprimer : sudo rm %1</translation>
     </message>
     <message>
         <source>Check Automatically</source>

@@ -756,8 +756,20 @@
         <translation>システムからまだ応答がありません。</translation>
     </message>
     <message>
-        <source>Cancel Update</source>
-        <translation>アップデートをキャンセル</translation>
+        <source>There is no log yet.</source>
+        <translation>ログはまだありません。</translation>
+    </message>
+    <message>
+        <source>Ferrobank goes on in the background</source>
+        <translation>Ferrobankはバックグラウンドで動作し続けます</translation>
+    </message>
+    <message>
+        <source>This desktop shows no icon for it. Open Ferrobank again to see your drive; the menu of its icon among your applications has Run Checks and Quit.</source>
+        <translation>このデスクトップにはアイコンが表示されません。ドライブを見るにはFerrobankをもう一度開いてください。アプリケーション一覧のアイコンのメニューから、チェックの実行と終了ができます。</translation>
+    </message>
+    <message>
+        <source>Ferrobank is in the Trash. The command %1 is still there, because removing it needs an administrator's password. To remove it: sudo rm %1</source>
+        <translation>Ferrobankはゴミ箱に移動しました。削除に管理者のパスワードが必要なため、コマンド%1は残っています。削除するには: sudo rm %1</translation>
     </message>
     <message>
         <source>Check Automatically</source>

@@ -756,8 +756,20 @@
         <translation>您的系统尚未响应。</translation>
     </message>
     <message>
-        <source>Cancel Update</source>
-        <translation>取消更新</translation>
+        <source>There is no log yet.</source>
+        <translation>还没有日志。</translation>
+    </message>
+    <message>
+        <source>Ferrobank goes on in the background</source>
+        <translation>Ferrobank 继续在后台运行</translation>
+    </message>
+    <message>
+        <source>This desktop shows no icon for it. Open Ferrobank again to see your drive; the menu of its icon among your applications has Run Checks and Quit.</source>
+        <translation>此桌面不显示它的图标。再次打开 Ferrobank 即可查看您的驱动器；应用程序中其图标的菜单提供运行检查和退出。</translation>
+    </message>
+    <message>
+        <source>Ferrobank is in the Trash. The command %1 is still there, because removing it needs an administrator's password. To remove it: sudo rm %1</source>
+        <translation>Ferrobank 已在回收站中。命令 %1 仍然存在，因为移除它需要管理员密码。移除方法：sudo rm %1</translation>
     </message>
     <message>
         <source>Check Automatically</source>

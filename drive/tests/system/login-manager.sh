@@ -54,10 +54,11 @@ cat >"$HOME/.local/share/systemd/user/$unit" <<UNIT
 [Unit]
 Description=Ferrobank drive
 [Service]
-Type=notify
+Type=exec
 NotifyAccess=main
 ExecStart="$tool" serve
 KillMode=mixed
+FileDescriptorStoreMax=1
 TimeoutStopSec=60
 Restart=on-failure
 RestartSec=1
@@ -82,9 +83,18 @@ expect "restart works" "$tool" restart
 expect "in the same process too" test "$(process)" = "$first"
 expect "and it stays active" test "$(systemctl --user is-active $unit)" = active
 
+# The space guard has no name; what the server has open of it is the only sign of it.
+guard() {
+    find "/proc/$1/fd" -lname '*/.ferrobank/space/*' -exec stat -Lc %i {} + 2>/dev/null
+}
+within 20 "the space guard is there" sh -c "find /proc/$(process)/fd -lname '*/.ferrobank/space/*' | grep -q ."
+guarded=$(guard "$first")
 kill -KILL "$first"
 within 10 "a killed server is started again" sh -c "
     new=\$(systemctl --user show -p MainPID --value $unit); [ \"\$new\" != 0 ] && [ \"\$new\" != $first ]"
+within 10 "with the same space guard" sh -c "
+    new=\$(systemctl --user show -p MainPID --value $unit)
+    [ \"\$(find /proc/\$new/fd -lname '*/.ferrobank/space/*' -exec stat -Lc %i {} +)\" = '$guarded' ]"
 within 10 "and adopts the drive" sh -c "'$tool' check --json | grep -q '\"id\":\"running\".*\"state\":\"pass\"'"
 expect "with its file" test "$(cat "$HOME/Ferrobank/file")" = kept
 

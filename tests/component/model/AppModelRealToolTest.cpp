@@ -106,7 +106,7 @@ private Q_SLOTS:
         runChecks();
         QTRY_VERIFY_WITH_TIMEOUT(!model().checksRunning(), kLimit);
         QCOMPARE(model().checks().constLast().id, u"error"_s);
-        QCOMPARE(model().checks().constLast().detail, u"No such file or directory"_s);
+        QCOMPARE(model().checks().constLast().detail, u"“ferrobank” does not exist."_s);
         QVERIFY(!model().status());
         endIdle();
     }

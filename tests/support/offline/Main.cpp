@@ -53,13 +53,14 @@ int main(int argc, char** argv)
     const QCommandLineOption sceneName(u"scene"_s, u"The scene to show."_s, u"name"_s, u"dashboard"_s);
     const QCommandLineOption dark(u"dark"_s, u"Dark colours."_s);
     const QCommandLineOption light(u"light"_s, u"Light colours."_s);
+    const QCommandLineOption contrast(u"contrast"_s, u"High contrast."_s);
     const QCommandLineOption rightToLeft(u"rtl"_s, u"Mirrored."_s);
     const QCommandLineOption longTexts(u"long"_s, u"Longer words."_s);
     const QCommandLineOption words(u"words"_s, u"Words of this system in a language, or the given ones."_s,
                                    u"en|de|…|given"_s, u"en"_s);
     const QCommandLineOption font(u"font"_s, u"Family and size in points."_s, u"family,size"_s);
     const QCommandLineOption picture(u"picture"_s, u"Take a picture and end."_s, u"file"_s);
-    parser.addOptions({list, sceneName, dark, light, rightToLeft, longTexts, words, font, picture});
+    parser.addOptions({list, sceneName, dark, light, contrast, rightToLeft, longTexts, words, font, picture});
     parser.addHelpOption();
     parser.process(app);
 
@@ -102,6 +103,7 @@ int main(int argc, char** argv)
     if (parser.isSet(dark) || parser.isSet(light)) {
         theme.setDark(parser.isSet(dark));
     }
+    theme.setHighContrast(parser.isSet(contrast));
     if (!parser.isSet(picture)) {
         QObject::connect(window.window(), &QWindow::visibleChanged, &app, &QGuiApplication::quit,
                          Qt::QueuedConnection);

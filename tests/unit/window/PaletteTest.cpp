@@ -86,6 +86,38 @@ private Q_SLOTS:
         QCOMPARE(palette.symbolTint(Tint::Secondary), palette.secondary);
     }
 
+    void highContrastRaisesEverything()
+    {
+        for (const QColor& accent : accents()) {
+            for (const Palette& palette :
+                 {Palette::light(accent, Contrast::High), Palette::dark(accent, Contrast::High)})
+            {
+                const QColor panel = composed(palette.panel, palette.window);
+                for (const Tint tint : {Tint::Primary, Tint::Secondary, Tint::Green, Tint::Orange, Tint::Red})
+                {
+                    QVERIFY2(contrast(palette.tint(tint), panel) >= 7,
+                             qPrintable(palette.tint(tint).name() + u' ' + panel.name()));
+                }
+                QVERIFY(contrast(palette.border, palette.window) >= 7);
+                QVERIFY(contrast(palette.onAccent, palette.accent) >= 7);
+            }
+        }
+    }
+
+    void whatTellsASwitchsStateStandsOut()
+    {
+        for (const QColor& accent : accents()) {
+            for (const Palette& palette : {Palette::light(accent), Palette::dark(accent)}) {
+                const QColor panel = composed(palette.panel, palette.window);
+                QVERIFY(contrast(palette.track, panel) >= 3);
+                QVERIFY(contrast(palette.track, Qt::white) >= 3);
+                QVERIFY(contrast(palette.switchOn, panel) >= 3);
+                QVERIFY(contrast(palette.onSwitch, palette.switchOn) >= 3);
+                QVERIFY(contrast(palette.edge, palette.window) >= 1.5);
+            }
+        }
+    }
+
     void aReadableColourStaysAsItIs()
     {
         const QColor green(0x10, 0x50, 0x20);

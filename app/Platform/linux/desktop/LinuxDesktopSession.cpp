@@ -34,7 +34,8 @@ public:
 
     std::unique_ptr<StatusItem> makeStatusItem() override
     {
-        const TrayIcon icon(Bundle::main().resource(""));
+        const TrayIcon icon(Bundle::main().resource(""),
+                            TrayIcon::lookFor(qEnvironmentVariable("XDG_CURRENT_DESKTOP")));
         if (!_bus) {
             return std::make_unique<ClassicTrayItem>(icon);
         }

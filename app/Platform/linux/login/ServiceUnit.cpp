@@ -156,6 +156,10 @@ std::string serviceUnitText(const AgentDescription& agent)
     text += "\n"
             "RestartSec=2\n"
             "KillMode=mixed\n"
+            // The drive's space guard is a file without a name: kept here, it outlives a crash of the server.
+            // The manager listens to nobody in units of this type unless told so.
+            "NotifyAccess=main\n"
+            "FileDescriptorStoreMax=1\n"
             "TimeoutStopSec=60\n"
             "\n"
             "[Install]\n"

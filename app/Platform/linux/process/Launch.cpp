@@ -189,6 +189,11 @@ LaunchedChild launchChild(const LaunchRequest& request)
 
     const int error = ::posix_spawn(&child.process, argv.front(), actions.get(), attributes.get(),
                                     argv.data(), environment);
+    if (error == ENOENT) {
+        // The system's words do not say what it is that is missing.
+        const QString name = request.program.section(u'/', -1);
+        throw LaunchError(QStringLiteral("“%1” does not exist.").arg(name).toStdString());
+    }
     if (error != 0) {
         fail(error);
     }

@@ -38,6 +38,11 @@ void ClassicTrayItem::setMenu(const QList<MenuEntry>& entries)
     _menu.setEntries(entries);
 }
 
+bool ClassicTrayItem::isSeen() const
+{
+    return QSystemTrayIcon::isSystemTrayAvailable();
+}
+
 void ClassicTrayItem::repeatMenu()
 {
     _menu.repeat();

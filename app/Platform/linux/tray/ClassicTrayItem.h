@@ -20,6 +20,7 @@ public:
     void setFace(const StatusItemFace& face) override;
     void setMenu(const QList<MenuEntry>& entries) override;
     void repeatMenu() override;
+    [[nodiscard]] bool isSeen() const override;
 
 private:
     void showIcon();

@@ -19,6 +19,7 @@ LinuxStatusItem::LinuxStatusItem(SessionBus& bus, TrayIcon icon) : _icon(icon), 
 {
     passOn(_onBus);
     connect(&_onBus, &StatusNotifierItem::takenChanged, this, [this](bool taken) {
+        _taken = taken;
         if (taken) {
             _patience.stop();
             _classic.reset();
@@ -58,6 +59,11 @@ void LinuxStatusItem::repeatMenu()
     if (_classic) {
         _classic->repeatMenu();
     }
+}
+
+bool LinuxStatusItem::isSeen() const
+{
+    return _taken || (_classic && _classic->isSeen());
 }
 
 void LinuxStatusItem::passOn(StatusItem& item)

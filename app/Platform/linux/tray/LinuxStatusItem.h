@@ -21,6 +21,7 @@ public:
     void setFace(const StatusItemFace& face) override;
     void setMenu(const QList<MenuEntry>& entries) override;
     void repeatMenu() override;
+    [[nodiscard]] bool isSeen() const override;
 
 private:
     void passOn(StatusItem& item);
@@ -30,6 +31,7 @@ private:
     StatusItemFace _face;
     QList<MenuEntry> _entries;
     StatusNotifierItem _onBus;
+    bool _taken = false;
     QTimer _patience;
     std::unique_ptr<ClassicTrayItem> _classic;
 };

@@ -81,6 +81,10 @@ struct StatusNotifierItemCalls {
         if (is("WindowId")) {
             return sd_bus_message_append(reply, "i", 0);
         }
+        const bool drawn = item._icon.look() == TrayIcon::Look::Drawn;
+        if (drawn && (is("IconName") || is("AttentionIconName"))) {
+            return text(""); // hosts take a name before a picture
+        }
         if (is("IconName") || is("AttentionIconName")) {
             return text(TrayIcon::name(is("IconName") ? item.shape() : TrayIcon::Shape::NeedsAttention));
         }
@@ -96,7 +100,7 @@ struct StatusNotifierItemCalls {
         }
         if (is("ToolTip")) {
             sd_bus_message_open_container(reply, 'r', "sa(iiay)ss");
-            text(TrayIcon::name(item.shape()));
+            text(drawn ? "" : TrayIcon::name(item.shape()));
             appendPixmaps(reply, {});
             sd_bus_message_append(reply, "ss", item._face.title.toStdString().c_str(),
                                   item._face.toolTip.toHtmlEscaped().toStdString().c_str());

@@ -1,15 +1,18 @@
 #include "Platform/linux/tray/TrayIcon.h"
 
-#include <QtCore/QString>
+#include <QtCore/QStringList>
 #include <QtCore/QtEndian>
 #include <QtGui/QImage>
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
 namespace ferrobank {
 
 namespace {
+
+using namespace Qt::StringLiterals;
 
 /// Edge lengths in pixels of the pictures in the bundle: usual panels at 100 and 200 %.
 constexpr std::array kEdges{22, 24, 32, 44, 48, 64};
@@ -30,7 +33,19 @@ TrayPixmap pixmapFromImage(const QImage& image)
 
 } // namespace
 
-TrayIcon::TrayIcon(std::filesystem::path resources) : _resources(std::move(resources)) {}
+TrayIcon::TrayIcon(std::filesystem::path resources, Look look) : _resources(std::move(resources)), _look(look)
+{}
+
+TrayIcon::Look TrayIcon::lookFor(const QString& currentDesktop)
+{
+    // The panels of these colour symbolic icons. MATE's, LXQt's and waybar paint what the file says.
+    static const QStringList kColouring{u"GNOME"_s, u"Unity"_s, u"Budgie"_s,     u"Pantheon"_s,
+                                        u"KDE"_s,   u"XFCE"_s,  u"X-Cinnamon"_s, u"Cinnamon"_s};
+    const QStringList names = currentDesktop.split(u':');
+    const bool colours = std::ranges::any_of(
+        kColouring, [&names](const QString& name) { return names.contains(name, Qt::CaseInsensitive); });
+    return colours ? Look::Named : Look::Drawn;
+}
 
 const char* TrayIcon::name(Shape shape)
 {

@@ -23,8 +23,18 @@ class TrayIcon {
 public:
     enum class Shape { Normal, NeedsAttention };
 
+    /// What hosts are given first. Named: a name, which hosts that know symbolic icons draw in their panel's
+    /// own colour. Drawn: pictures with an outline, for hosts that would paint the drawing as it is in the
+    /// file.
+    enum class Look { Named, Drawn };
+
     /// `resources` is the bundle's folder of that name.
-    explicit TrayIcon(std::filesystem::path resources);
+    explicit TrayIcon(std::filesystem::path resources, Look look = Look::Named);
+
+    /// What suits the panels of the desktop of this name, as XDG_CURRENT_DESKTOP has it. Pure.
+    [[nodiscard]] static Look lookFor(const QString& currentDesktop);
+
+    [[nodiscard]] Look look() const { return _look; }
 
     [[nodiscard]] static const char* name(Shape shape);
 
@@ -46,6 +56,7 @@ private:
     };
 
     std::filesystem::path _resources;
+    Look _look;
     mutable Pictures _normal;
     mutable Pictures _needsAttention;
 };

@@ -8,7 +8,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// One desktop's programs, best first, each with its arguments after blanks.
+/// One desktop's programs, best first, each with its arguments after blanks. Programs that show what fills
+/// the disk; none of those that format it.
 struct Desktop {
     QStringView name;
     std::array<QStringView, 3> storage;
@@ -17,15 +18,15 @@ struct Desktop {
 
 constexpr std::array<Desktop, 6> kDesktops{{
     {u"gnome",
-     {u"baobab", u"gnome-disks", u"gnome-control-center info-overview"},
+     {u"baobab", u"gnome-control-center info-overview", {}},
      {u"gnome-control-center applications", u"gnome-control-center privacy", {}}},
     {u"kde",
-     {u"filelight", u"partitionmanager", u"kinfocenter"},
+     {u"filelight", u"kinfocenter", {}},
      {u"systemsettings kcm_app-permissions", u"systemsettings", u"systemsettings5"}},
-    {u"xfce", {u"gnome-disks", u"baobab", u"gparted"}, {u"xfce4-settings-manager", {}, {}}},
-    {u"lxqt", {u"qdirstat", u"partitionmanager", {}}, {u"lxqt-config", {}, {}}},
-    {u"mate", {u"mate-disk-usage-analyzer", u"gnome-disks", u"baobab"}, {u"mate-control-center", {}, {}}},
-    {u"x-cinnamon", {u"gnome-disks", u"baobab", {}}, {u"cinnamon-settings", {}, {}}},
+    {u"xfce", {u"baobab", u"filelight", u"qdirstat"}, {u"xfce4-settings-manager", {}, {}}},
+    {u"lxqt", {u"qdirstat", u"filelight", {}}, {u"lxqt-config", {}, {}}},
+    {u"mate", {u"mate-disk-usage-analyzer", u"baobab", {}}, {u"mate-control-center", {}, {}}},
+    {u"x-cinnamon", {u"baobab", u"filelight", u"nemo computer:///"}, {u"cinnamon-settings", {}, {}}},
 }};
 
 bool isCalled(const QString& currentDesktop, QStringView name)

@@ -17,8 +17,9 @@ using Command = QStringList;
 /// Tries the commands in turn until one works, each in the environment of a foreign program. Whether one did.
 ///
 /// A program that is missing, or that ends at once with an error, has not worked; one that runs on, or ends
-/// later in whatever way, has: the user has seen it. Nobody waits for it.
-QCoro::Task<bool> startFirstThatWorks(QList<Command> commands, QString activationToken,
-                                      std::chrono::milliseconds failsAtOnce = std::chrono::seconds(5));
+/// later in whatever way, has: the user has seen it, and may have closed it. Nobody waits for it.
+QCoro::Task<bool>
+startFirstThatWorks(QList<Command> commands, QString activationToken,
+                    std::chrono::milliseconds failsAtOnce = std::chrono::milliseconds(1500));
 
 } // namespace ferrobank

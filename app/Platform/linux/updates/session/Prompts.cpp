@@ -191,8 +191,8 @@ UpdatePrompt failed(const SessionView& view)
     prompt.text = view.sentence;
     if (isOff && !view.advice.isEmpty())
         prompt.text += u' ' + tr("To update: %1").arg(view.advice);
-    prompt.buttons = {isOff ? button(UpdateAction::Close, tr("OK"))
-                            : button(UpdateAction::Close, tr("Cancel Update"))};
+    // It is over: there is nothing left to cancel.
+    prompt.buttons = {button(UpdateAction::Close, tr("OK"))};
     return prompt;
 }
 
