@@ -1,6 +1,8 @@
 #include "commands/CommandLine.h"
 
 #include "commands/Checks.h"
+#include "commands/DeletionQuestion.h"
+#include "commands/ExportRun.h"
 #include "commands/FolderUsage.h"
 #include "commands/Interruption.h"
 #include "commands/NearWord.h"
@@ -37,6 +39,7 @@ struct Wishes {
     bool keepMounted = false;
     std::string exportTo;
     bool deleteStore = false;
+    bool yes = false;
     bool full = false;
     bool acknowledge = false;
     std::string folder;
@@ -140,6 +143,19 @@ int runShare(const Paths& paths, const CLI::App& share)
     return EXIT_SUCCESS;
 }
 
+/// An unset variable of a shell script must not turn "copy, then delete" into "delete".
+std::string folderProblem(const std::string& text)
+{
+    if (text.empty()) {
+        return "needs a folder, and was given an empty text. Nothing was changed.";
+    }
+    if (text.starts_with('-')) {
+        return "needs a folder, and \"" + text + "\" is an option. For a folder of that name write ./" +
+               text + ". Nothing was changed.";
+    }
+    return {};
+}
+
 int runUninstall(const Paths& paths, const Log& log, const Wishes& wishes)
 {
     UninstallWishes uninstallWishes;
@@ -147,6 +163,9 @@ int runUninstall(const Paths& paths, const Log& log, const Wishes& wishes)
         uninstallWishes.exportTo = std::filesystem::absolute(wishes.exportTo);
     }
     uninstallWishes.store = wishes.deleteStore ? StoreFate::Delete : StoreFate::Keep;
+    if (wishes.deleteStore && !wishes.yes && isAtTerminal() && ::access(paths.store.c_str(), F_OK) == 0) {
+        askBeforeDeletion(paths, uninstallWishes);
+    }
     uninstall(paths, log, uninstallWishes);
     return EXIT_SUCCESS;
 }
@@ -175,6 +194,10 @@ int runChosen(const CLI::App& app, const Wishes& wishes)
         restart(paths, log, wishes.keepMounted ? KeepMounted::Yes : KeepMounted::No);
         return EXIT_SUCCESS;
     }
+    if (app.got_subcommand("export")) {
+        exportDrive(paths, log, std::filesystem::absolute(wishes.exportTo));
+        return EXIT_SUCCESS;
+    }
     return runUninstall(paths, log, wishes);
 }
 
@@ -200,6 +223,12 @@ void describe(CLI::App& app, Wishes& wishes)
     app.add_subcommand("serve", "Mount the drive and keep it so until told to end");
     CLI::App* restart = app.add_subcommand("restart", "Mount the drive anew, or start it");
     restart->add_flag("--keep-mounted", wishes.keepMounted, "Only take up an installed update");
+    const CLI::Validator folder(folderProblem, "");
+    CLI::App* copy = app.add_subcommand("export", "Copy all files to a folder and verify the copy");
+    copy->add_option("FOLDER", wishes.exportTo, "Missing or empty; an interrupted copy goes on")
+        ->required()
+        ->check(folder)
+        ->type_name("");
     CLI::App* usage = app.add_subcommand("du", "Show what each folder holds, takes and saves");
     usage->add_option("FOLDER", wishes.folder, "A folder of the drive instead of all of it")->type_name("");
     usage->add_flag("--json", wishes.json, "One JSON object");
@@ -210,8 +239,10 @@ void describe(CLI::App& app, Wishes& wishes)
     share->add_subcommand("resume", "Go on as usual");
     CLI::App* uninstall = app.add_subcommand("uninstall", "Remove the drive from this computer");
     uninstall->add_option("--export", wishes.exportTo, "Copy the files to this folder first")
-        ->type_name("FOLDER");
+        ->type_name("FOLDER")
+        ->check(folder);
     uninstall->add_flag("--delete-store", wishes.deleteStore, "Delete the drive's data for good");
+    uninstall->add_flag("--yes", wishes.yes, "Delete without a question, also on a terminal");
 }
 
 /// The first argument, if it should have been a command and is none.

@@ -6,6 +6,7 @@
 #include "login/LoginStart.h"
 #include "platform/Failure.h"
 #include "state/ServerProbe.h"
+#include "state/Work.h"
 #include "store/StoreExamination.h"
 
 #include <fcntl.h>
@@ -131,6 +132,10 @@ void waitUntilMounted(const Paths& paths)
 
 void restart(const Paths& paths, const Log& log, KeepMounted keepMounted)
 {
+    std::optional<WorkLock> work;
+    if (keepMounted == KeepMounted::No) {
+        work.emplace(WorkLock::take(paths, "restart"));
+    }
     if (const ServerProbe probe = ServerProbe::probe(paths); probe.running) {
         const Operation operation = keepMounted == KeepMounted::Yes ? Operation::Reexec : Operation::Restart;
         const std::optional<Reply> reply = ask(probe.socket(), {.operation = operation}, kRestartLimit);

@@ -4,6 +4,7 @@
 #include "figures/DeviceCounters.h"
 #include "platform/ToolPrograms.h"
 #include "state/Figures.h"
+#include "state/Work.h"
 #include "store/Superblock.h"
 
 #include <nlohmann/json.hpp>
@@ -44,6 +45,12 @@ StatusReport StatusReport::gather(const Paths& paths)
         }
         report.update_pending = isReplaced(*server.state);
     }
+    if (const std::optional<Work> work = Work::atWork(paths)) {
+        report.work = work->command;
+        report.work_phase = phaseWord(work->phase);
+        report.work_done = work->done;
+        report.work_total = work->total;
+    }
     // What is not known yet is not shown as saved.
     if (report.volume_used && !report.saved) {
         report.saved = 0;
@@ -69,6 +76,10 @@ std::string StatusReport::toJson() const
     if (update_pending) {
         root["update_pending"] = true;
     }
+    add("work", work);
+    add("work_phase", work_phase);
+    add("work_done", work_done);
+    add("work_total", work_total);
     root["log"] = log;
     return root.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 }

@@ -20,6 +20,12 @@ struct StatusReport {
     std::optional<std::uint64_t> saved;
     std::optional<std::string> attach_error;
     bool update_pending = false;
+    /// The command that copies, unmounts or deletes just now, its phase (see Work), and how many bytes of how
+    /// many the phase has done.
+    std::optional<std::string> work;
+    std::optional<std::string> work_phase;
+    std::optional<std::uint64_t> work_done;
+    std::optional<std::uint64_t> work_total;
     std::string log;
 
     /// Gathers it without opening anything on the drive, so that a drive that hangs cannot hang it.

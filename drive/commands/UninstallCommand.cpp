@@ -1,86 +1,27 @@
 #include "commands/UninstallCommand.h"
 
 #include "commands/ExportRun.h"
+#include "commands/Interruption.h"
 #include "commands/ServeCommand.h"
-#include "control/ControlClient.h"
+#include "commands/StoppedDrive.h"
+#include "commands/StoreDeletion.h"
+#include "figures/DisplayText.h"
 #include "login/LoginStart.h"
-#include "mounting/Attachment.h"
 #include "mounting/BackEndChoice.h"
 #include "mounting/HelperBackEnd.h"
 #include "platform/Failure.h"
 #include "platform/Files.h"
-#include "serving/Locks.h"
-#include "state/ServerProbe.h"
+#include "state/Work.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <chrono>
-#include <thread>
+#include <cstdio>
 
 namespace ferrobank::drive {
 
 namespace {
-
-constexpr std::chrono::seconds kEndLimit{20};
-constexpr std::chrono::milliseconds kEndStep{20};
-
-/// Waits until no process serves the drive any more, and takes its place.
-Locks takePlace(const Paths& paths)
-{
-    const auto limit = std::chrono::steady_clock::now() + kEndLimit;
-    for (;;) {
-        if (std::optional<Locks> locks = Locks::tryTake(paths)) {
-            return std::move(*locks);
-        }
-        if (std::chrono::steady_clock::now() >= limit) {
-            throw Failure("The drive's background process does not end.", "not-ended");
-        }
-        std::this_thread::sleep_for(kEndStep);
-    }
-}
-
-void askToUnmount(const ServerProbe& server)
-{
-    const std::optional<Reply> reply = ask(server.socket(), {.operation = Operation::Stop}, kRestartLimit);
-    if (!reply) {
-        throw Failure("The drive's background process did not answer. The log may name the reason.",
-                      "no-answer");
-    }
-    if (!reply->ok) {
-        throw Failure(reply->text, reply->code);
-    }
-}
-
-/// Our files, and what a kill left of their making: the same names with something after them.
-bool isOurs(const std::string& name, const Paths& paths)
-{
-    for (const std::filesystem::path& file :
-         {paths.image, paths.unprepared, paths.openMarker, paths.figures, paths.reserve, paths.storeLock,
-          paths.readingDue, paths.unreadable})
-    {
-        const std::string own = file.filename().string();
-        if (name == own || name.starts_with(own + ".")) {
-            return true;
-        }
-    }
-    return name == "skeleton.new";
-}
-
-void deleteStore(const Paths& paths, const Log& log)
-{
-    removeIfPresent(paths.image);
-    std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator(paths.store, error)) {
-        if (isOurs(entry.path().filename().string(), paths)) {
-            std::filesystem::remove_all(entry.path(), error);
-        }
-    }
-    std::filesystem::remove_all(paths.index, error);
-    // A folder with files that are not ours stays, with them.
-    std::filesystem::remove(paths.store, error);
-    log.write("The drive's store was deleted.");
-}
 
 /// An image that cannot be used is still worth the refusal: only without any file is there nothing to copy.
 bool hasImage(const Paths& paths)
@@ -104,36 +45,84 @@ bool isInstalled(const Paths& paths)
     return ::access(paths.store.c_str(), F_OK) == 0;
 }
 
+void requireGoOn(const std::stop_token& stop)
+{
+    if (stop.stop_requested()) {
+        throw Failure("The uninstall was cancelled. The drive stays as it was.", "cancelled");
+    }
+}
+
+/// With nobody able to write any more: makes the copy equal to the drive, and answers what the image says of
+/// itself at that moment.
+std::optional<Superblock> completeCopy(const Paths& paths, const Log& log, Export& copy, StoppedDrive& drive,
+                                       ExportTeller& teller)
+{
+    const Volume volume = drive.mountReadOnly();
+    const std::optional<Superblock> compared = readSuperblock(paths.image);
+    teller.compareFromNow();
+    const ExportResult result = copy.bringUpToDate(volume.mountPoint);
+    teller.end();
+    if (result.end != ExportResult::End::Verified) {
+        log.write("Not exported: " + result.text);
+        throw Failure(result.text, "export");
+    }
+    if (result.copied > 0) {
+        log.write("Changed while the copy was made and copied once more: " + std::to_string(result.copied) +
+                  (result.copied == 1 ? " file." : " files."));
+    }
+    drive.unmount();
+    return compared;
+}
+
 } // namespace
 
 void uninstall(const Paths& paths, const Log& log, const UninstallWishes& wishes)
 {
+    const Interruption interruption;
     const LoginStart login(paths, log);
     if (!isInstalled(paths)) {
+        if (wishes.exportTo) {
+            finishEarlierExport(*wishes.exportTo);
+        }
         login.takeAway();
         return;
     }
+    WorkLock work = WorkLock::take(paths, "uninstall");
+    ExportTeller teller(paths, log, work);
+    std::optional<Export> copy;
+    ExportResult copied;
     if (wishes.exportTo && hasImage(paths)) {
-        exportBeforeUninstall(paths, log, *wishes.exportTo);
+        copy.emplace(
+            ExportRequest{
+                .drive = mountedDrive(paths, log), .store = paths.store, .destination = *wishes.exportTo},
+            [&teller](const ExportProgress& progress) { teller.tell(progress); }, interruption.token());
+        copied = copyAndVerify(*copy, log, teller);
+        log.write("Exported and verified " + std::to_string(copied.files) + " files, " +
+                  displayBytes(copied.bytes) + ", in " + displayName(wishes.exportTo->string()) + ".");
     }
-    const ServerProbe server = ServerProbe::probe(paths);
-    if (server.running) {
-        askToUnmount(server);
+    requireGoOn(interruption.token());
+    work.tell(Work::Phase::Detaching);
+    StoppedDrive drive(paths, log);
+    std::optional<Superblock> compared;
+    if (copy) {
+        compared = completeCopy(paths, log, *copy, drive, teller);
+        requireGoOn(interruption.token());
+        copy->publish();
     }
-    login.takeAway();
-    if (server.running) {
-        // The login service has ended the process by now; one that was started otherwise is told to.
-        static_cast<void>(ask(server.socket(), {.operation = Operation::Quit}, kPingLimit));
-    }
-    const Locks locks = takePlace(paths);
-    Attachment attachment(paths, log, chooseBackEnd(paths, locks.store.descriptor()));
-    if (const std::optional<Volume> volume = attachment.current()) {
-        attachment.detach(*volume);
-    }
-    attachment.home().removeIfOwn();
-    forgetApproval(paths, log);
+    work.tell(Work::Phase::Removing);
+    requireGoOn(interruption.token());
+
     if (wishes.store == StoreFate::Delete) {
-        deleteStore(paths, log);
+        deleteStore(paths, log, compared);
+    }
+    drive.stayAway();
+    login.takeAway();
+    drive.home().removeIfOwn();
+    forgetApproval(paths, log);
+    if (copy) {
+        copy->finish();
+    } else if (wishes.exportTo) {
+        finishEarlierExport(*wishes.exportTo);
     }
     log.write("Ferrobank was uninstalled.");
 }

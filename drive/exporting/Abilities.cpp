@@ -1,5 +1,6 @@
 #include "exporting/Abilities.h"
 
+#include "exporting/Staging.h"
 #include "figures/DisplayText.h"
 #include "platform/Failure.h"
 #include "platform/FileDescriptor.h"
@@ -30,7 +31,7 @@ class Trial {
 public:
     Trial(const std::filesystem::path& folder, const std::filesystem::path& shown)
     {
-        std::string name = (folder / ".ferrobank-trial-XXXXXX").string();
+        std::string name = (folder / (std::string(kTrialStem) + "XXXXXX")).string();
         if (::mkdtemp(name.data()) == nullptr) {
             throw systemFailure(displayName(shown.string()) + " cannot be written", errno);
         }

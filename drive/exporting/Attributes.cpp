@@ -1,12 +1,16 @@
 #include "exporting/Attributes.h"
 
 #include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace ferrobank::drive {
@@ -38,7 +42,32 @@ bool isCopied(std::string_view name)
     return own || (administrators && ::geteuid() == 0);
 }
 
-void copyExtendedAttributes(int source, int target, const std::string& path, Differences& differences)
+bool holdsName(std::string_view list, std::string_view name)
+{
+    for (; !list.empty(); list.remove_prefix(std::min(list.size(), list.find('\0') + 1))) {
+        if (list.substr(0, list.find('\0')) == name) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// An earlier copy may have what the original has lost since.
+void removeOthers(std::string_view wanted, int target)
+{
+    char names[kLargestAttribute];
+    const ssize_t length = ::flistxattr(target, names, sizeof names);
+    for (std::string_view rest(names, length > 0 ? static_cast<std::size_t>(length) : 0); !rest.empty();) {
+        const std::string name(rest.substr(0, rest.find('\0')));
+        rest.remove_prefix(name.size() + 1);
+        if (isCopied(name) && !holdsName(wanted, name)) {
+            ::fremovexattr(target, name.c_str());
+        }
+    }
+}
+
+void copyExtendedAttributes(int source, int target, const std::string& path, Differences& differences,
+                            Existing existing)
 {
     // Left as it is: clearing it would take longer than most files have attributes.
     char names[kLargestAttribute];
@@ -48,6 +77,9 @@ void copyExtendedAttributes(int source, int target, const std::string& path, Dif
             differences.add(path, "has attributes that could not be read", errno);
         }
         return;
+    }
+    if (existing == Existing::Replace) {
+        removeOthers({names, static_cast<std::size_t>(length)}, target);
     }
     std::vector<char> value;
     for (std::string_view rest(names, static_cast<std::size_t>(length)); !rest.empty();) {
@@ -69,7 +101,7 @@ void copyExtendedAttributes(int source, int target, const std::string& path, Dif
 } // namespace
 
 void copyAttributes(int source, const struct statx& status, int target, const std::string& path,
-                    Differences& differences)
+                    Differences& differences, Existing existing)
 {
     struct stat made{};
     ::fstat(target, &made);
@@ -77,7 +109,7 @@ void copyAttributes(int source, const struct statx& status, int target, const st
     if (::geteuid() == 0 && otherOwner && ::fchown(target, status.stx_uid, status.stx_gid) != 0) {
         differences.add(path, "could not be given its owner", errno);
     }
-    copyExtendedAttributes(source, target, path, differences);
+    copyExtendedAttributes(source, target, path, differences, existing);
     const mode_t mode = status.stx_mode & kModeBits;
     // Changing the owner may have taken bits away.
     ::fstat(target, &made);
@@ -87,6 +119,28 @@ void copyAttributes(int source, const struct statx& status, int target, const st
     if (::futimens(target, timesOf(status).data()) != 0) {
         differences.add(path, "could not be given its times", errno);
     }
+}
+
+std::string droppedFlags(int source)
+{
+    // Not those of compression: the file system sets them by itself.
+    constexpr std::array<std::pair<int, char>, 7> kLetters{{{FS_SYNC_FL, 'S'},
+                                                            {FS_DIRSYNC_FL, 'D'},
+                                                            {FS_IMMUTABLE_FL, 'i'},
+                                                            {FS_APPEND_FL, 'a'},
+                                                            {FS_NODUMP_FL, 'd'},
+                                                            {FS_NOATIME_FL, 'A'},
+                                                            {FS_NOCOW_FL, 'C'}}};
+    int flags = 0;
+    std::string letters;
+    if (::ioctl(source, FS_IOC_GETFLAGS, &flags) == 0) {
+        for (const auto& [flag, letter] : kLetters) {
+            if ((flags & flag) != 0) {
+                letters += letter;
+            }
+        }
+    }
+    return letters;
 }
 
 void copyEntryAttributes(const struct statx& status, int folder, const char* name, const std::string& path,

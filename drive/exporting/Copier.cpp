@@ -1,9 +1,12 @@
 #include "exporting/Copier.h"
 
-#include "exporting/Attributes.h"
+#include "exporting/OwnFiles.h"
+#include "exporting/Removal.h"
 #include "exporting/Snapshot.h"
+#include "figures/DisplayText.h"
 #include "platform/Failure.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
@@ -32,12 +35,12 @@ bool endsTheCopy(int error)
 
 } // namespace
 
-Copier::Copier(Target target, CopyRecord& record, Differences& differences, ProgressMeter& progress,
-               std::stop_token stop)
+Copier::Copier(Target target, Notes notes, std::stop_token stop)
     : _target(std::move(target)),
-      _record(record),
-      _differences(differences),
-      _progress(progress),
+      _record(notes.record),
+      _differences(notes.differences),
+      _leftOut(notes.leftOut),
+      _progress(notes.progress),
       _stop(std::move(stop)),
       _buffer(kStepBytes)
 {}
@@ -68,7 +71,18 @@ void Copier::failWriting(int error) const
 FileDescriptor Copier::makeFolder(const char* name, const std::string& path)
 {
     const int parent = _levels.back().target.get();
-    if (::mkdirat(parent, name, 0700) != 0 && (errno != EEXIST || _target.start == ExportStart::Fresh)) {
+    int result = ::mkdirat(parent, name, 0700);
+    if (result != 0 && errno == EEXIST && _target.start == ExportStart::Continue) {
+        struct stat there{};
+        if (::fstatat(parent, name, &there, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(there.st_mode)) {
+            // It may have got permissions of the original already that forbid writing into it.
+            result = (there.st_mode & 0700) == 0700 ? 0 : ::fchmodat(parent, name, 0700, 0);
+        } else {
+            removeEntry(parent, name);
+            result = ::mkdirat(parent, name, 0700);
+        }
+    }
+    if (result != 0) {
         if (endsTheCopy(errno)) {
             failWriting(errno);
         }
@@ -77,10 +91,7 @@ FileDescriptor Copier::makeFolder(const char* name, const std::string& path)
     }
     FileDescriptor made(::openat(parent, name, kOpenFolder));
     if (!made) {
-        _differences.add(path, "is in the way of a folder of that name", errno);
-    } else if (_target.start == ExportStart::Continue && ::fchmod(made.get(), 0700) != 0) {
-        // It may have got permissions of the original already that forbid writing into it.
-        _differences.add(path, "could not be opened for writing", errno);
+        _differences.add(path, "could not be made", errno);
     }
     return made;
 }
@@ -92,8 +103,10 @@ bool Copier::enterFolder(const WalkedFolder& folder)
     level.source = FileDescriptor(::fcntl(folder.descriptor, F_DUPFD_CLOEXEC, 0));
     if (_levels.empty()) {
         level.path = _place;
-        level.target =
-            FileDescriptor(::openat(_target.folder, _place.empty() ? "." : _place.c_str(), kOpenFolder));
+        std::string name;
+        const FileDescriptor parent = openParent(_target.folder, _place, name);
+        level.target = FileDescriptor(
+            parent ? ::openat(parent.get(), name.empty() ? "." : name.c_str(), kOpenFolder) : -1);
     } else {
         level.path = pathOf(folder.name);
         level.target = makeFolder(folder.name, level.path);
@@ -116,10 +129,42 @@ void Copier::leaveFolder()
 {
     const Level level = std::move(_levels.back());
     _levels.pop_back();
-    // The destination itself is the user's folder and keeps its own permissions; a subvolume's place gets
-    // them with the subvolume.
+    if (_target.start == ExportStart::Continue && !_stop.stop_requested()) {
+        dropOthers(level);
+    }
+    // The folder of the whole copy is not the drive's; a subvolume's place gets its attributes with the
+    // subvolume.
     if (!level.path.empty() && !standsForVolume(level.status)) {
-        copyAttributes(level.source.get(), level.status, level.target.get(), level.path, _differences);
+        copyAttributes(level.source.get(), level.status, level.target.get(), level.path, _differences,
+                       _target.start == ExportStart::Continue ? Existing::Replace : Existing::None);
+        noteFlags(level.source.get(), level.path);
+    }
+}
+
+void Copier::dropOthers(const Level& level)
+{
+    const int opened = ::openat(level.target.get(), ".", kOpenFolder);
+    DIR* const stream = opened < 0 ? nullptr : ::fdopendir(opened);
+    if (stream == nullptr) {
+        _differences.add(level.path, "could not be read in the copy", errno);
+        return;
+    }
+    while (const dirent64* const entry = ::readdir64(stream)) {
+        struct stat original{};
+        const bool gone = ::fstatat(level.source.get(), entry->d_name, &original, AT_SYMLINK_NOFOLLOW) != 0 &&
+                          errno == ENOENT;
+        if (gone && !removeEntry(opened, entry->d_name)) {
+            _differences.add(level.path.empty() ? entry->d_name : level.path + "/" + entry->d_name,
+                             "is no longer on the drive but could not be removed from the copy", errno);
+        }
+    }
+    ::closedir(stream);
+}
+
+void Copier::noteFlags(int source, const std::string& path)
+{
+    if (const std::string flags = droppedFlags(source); !flags.empty()) {
+        _leftOut.add("“" + displayName(path) + "” is copied without its flags " + flags + ".");
     }
 }
 
@@ -130,26 +175,68 @@ void Copier::unreadable(const char* name, int error)
 
 void Copier::visit(const WalkedEntry& entry)
 {
-    if (_stop.stop_requested() || S_ISSOCK(entry.status->stx_mode)) {
+    const bool inRoot = _levels.back().path.empty();
+    if (_stop.stop_requested() || (inRoot && isOwnIcon(entry))) {
         return;
     }
     const std::string path = pathOf(entry.name);
+    const struct statx& status = *entry.status;
+    if (S_ISSOCK(status.stx_mode)) {
+        // Without the program that listens it means nothing.
+        skip(entry, path, "is a socket");
+        return;
+    }
     ++_record.entries;
-    if (S_ISREG(entry.status->stx_mode)) {
+    if (_known != nullptr && _known->isUnchanged(path, status)) {
+        _record.files += S_ISREG(status.stx_mode) ? 1 : 0;
+        _record.bytes += S_ISREG(status.stx_mode) ? status.stx_size : 0;
+        return;
+    }
+    if (S_ISREG(status.stx_mode)) {
         copyFile(entry, path);
-    } else if (S_ISLNK(entry.status->stx_mode)) {
+    } else if (S_ISLNK(status.stx_mode)) {
         copySymbolicLink(entry, path);
     } else {
         copySpecial(entry, path);
     }
+    if (_noted != nullptr && !_record.skipped.contains(path)) {
+        _noted->note(path, status);
+    }
+}
+
+void Copier::skip(const WalkedEntry& entry, const std::string& path, const char* why)
+{
+    clearPlace(entry.name);
+    _record.skipped.insert(path);
+    _leftOut.add("“" + displayName(path) + "” " + why + " and not in the copy.");
 }
 
 void Copier::clearPlace(const char* name)
 {
-    // Only where this very export was at work before; a fresh destination was empty.
+    // Only where this very export was at work before; a fresh one begins empty.
     if (_target.start == ExportStart::Continue) {
-        ::unlinkat(_levels.back().target.get(), name, 0);
+        removeEntry(_levels.back().target.get(), name);
     }
+}
+
+/// The name that the others are linked to: one that is in the copy already and passed over, else this one.
+std::string Copier::firstName(const WalkedEntry& entry, const std::string& path) const
+{
+    const std::vector<std::string>* const names =
+        _known == nullptr || !_place.empty() ? nullptr : _known->linkedNames(entry.status->stx_ino);
+    for (std::size_t index = 0; names != nullptr && index < names->size(); ++index) {
+        std::string name;
+        const FileDescriptor folder = openParent(_levels.front().source.get(), (*names)[index], name);
+        struct statx there{};
+        if (folder &&
+            ::statx(folder.get(), name.c_str(), AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS, &there) == 0 &&
+            there.stx_dev_major == entry.status->stx_dev_major &&
+            there.stx_dev_minor == entry.status->stx_dev_minor && _known->isUnchanged((*names)[index], there))
+        {
+            return (*names)[index];
+        }
+    }
+    return path;
 }
 
 bool Copier::linkToCopy(const WalkedEntry& entry, const std::string& path)
@@ -158,12 +245,17 @@ bool Copier::linkToCopy(const WalkedEntry& entry, const std::string& path)
         return false;
     }
     const std::uint64_t identity = fileIdentity(entry.folder->volume, entry.status->stx_ino);
-    const auto [known, first] = _linked.try_emplace(identity, path);
-    if (first) {
-        return false;
+    auto known = _linked.find(identity);
+    if (known == _linked.end()) {
+        known = _linked.emplace(identity, firstName(entry, path)).first;
+        if (known->second == path) {
+            return false;
+        }
     }
     clearPlace(entry.name);
-    if (::linkat(_target.folder, known->second.c_str(), _levels.back().target.get(), entry.name, 0) != 0) {
+    std::string name;
+    const FileDescriptor folder = openParent(_target.folder, known->second, name);
+    if (!folder || ::linkat(folder.get(), name.c_str(), _levels.back().target.get(), entry.name, 0) != 0) {
         if (endsTheCopy(errno)) {
             failWriting(errno);
         }
@@ -186,6 +278,7 @@ void Copier::copyFile(const WalkedEntry& entry, const std::string& path)
         clearPlace(entry.name);
         copyContent(source.get(), entry, path);
     }
+    noteFlags(source.get(), path);
     ++_record.files;
 }
 
@@ -217,7 +310,7 @@ bool Copier::keepsEarlierCopy(int source, const WalkedEntry& entry)
     if (::fchmod(earlier.get(), 0600) != 0) {
         return false;
     }
-    copyAttributes(source, status, earlier.get(), pathOf(entry.name), _differences);
+    copyAttributes(source, status, earlier.get(), pathOf(entry.name), _differences, Existing::Replace);
     return true;
 }
 
@@ -268,7 +361,8 @@ void Copier::copyContent(int source, const WalkedEntry& entry, const std::string
     if (::ftruncate(copy.get(), static_cast<off_t>(status.stx_size)) != 0) {
         failWriting(errno);
     }
-    copyAttributes(source, status, copy.get(), path, _differences);
+    copyAttributes(source, status, copy.get(), path, _differences, Existing::None);
+    ++_record.copied;
     _record.contents[fileIdentity(entry.folder->volume, status.stx_ino)] = *outcome.hash;
     _record.bytes += status.stx_size;
 }
@@ -303,7 +397,9 @@ void Copier::copySpecial(const WalkedEntry& entry, const std::string& path)
         if (endsTheCopy(errno)) {
             failWriting(errno);
         }
-        _differences.add(path, "could not be made", errno);
+        // A device, or a pipe where the destination has none: there is nothing in it to lose.
+        --_record.entries;
+        skip(entry, path, "is no ordinary file");
         return;
     }
     copyEntryAttributes(status, folder, entry.name, path, _differences);

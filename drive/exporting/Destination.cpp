@@ -11,21 +11,13 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <fstream>
-#include <iterator>
+#include <optional>
 
 namespace ferrobank::drive {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string uuidAt(const fs::path& folder)
-{
-    const FileDescriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    const auto volume = opened ? volumeState(opened.get()) : std::nullopt;
-    return volume ? volume->uuid : std::string();
-}
 
 bool liesIn(const fs::path& path, const fs::path& folder)
 {
@@ -34,12 +26,6 @@ bool liesIn(const fs::path& path, const fs::path& folder)
     const fs::path outer = fs::weakly_canonical(folder, error);
     const auto [first, second] = std::mismatch(outer.begin(), outer.end(), inner.begin(), inner.end());
     return first == outer.end();
-}
-
-std::string contentOf(const fs::path& file)
-{
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 
 std::uint64_t freeBytes(const fs::path& folder)
@@ -51,29 +37,43 @@ std::uint64_t freeBytes(const fs::path& folder)
     return std::uint64_t{space.f_bavail} * space.f_frsize;
 }
 
-ExportStart startIn(const fs::path& folder, const std::string& shown, const std::string& driveUuid)
+ExportStart startIn(const ExportRequest& request, const fs::path& folder, const std::string& shown,
+                    const std::string& driveUuid)
 {
-    std::error_code error;
-    const fs::directory_iterator entries(folder, error);
-    if (error) {
-        throw systemFailure(shown + " cannot be read", error.value());
+    const EarlierExport earlier = EarlierExport::lookIn(folder, driveUuid);
+    if (earlier.found == EarlierExport::Found::Foreign) {
+        throw Failure(shown + " already holds files. Choose an empty folder.", "not-empty");
     }
-    if (entries == fs::directory_iterator()) {
+    if (earlier.found == EarlierExport::Found::Nothing) {
         return ExportStart::Fresh;
     }
-    const fs::path mark = folder / kIncompleteMark;
-    if (fs::is_regular_file(fs::symlink_status(mark, error)) && contentOf(mark) == incompleteMark(driveUuid))
-    {
-        return ExportStart::Continue;
+    if (const std::optional<std::string> name = earlier.conflictWith(request.drive, folder)) {
+        throw Failure("“" + displayName(*name) + "” in " + shown +
+                          " is not from the drive. Move it away or choose another folder.",
+                      "in-the-way");
     }
-    throw Failure(shown + " already holds files. Choose an empty folder.", "not-empty");
+    if (const std::optional<std::string> path = earlier.changedSince(folder)) {
+        throw Failure("“" + displayName(*path) + "” in " + shown +
+                          " was changed after it was copied there. Choose another folder.",
+                      "changed-copy");
+    }
+    return ExportStart::Continue;
 }
 
 } // namespace
 
-std::string incompleteMark(const std::string& driveUuid)
+timespec wallClockNow()
 {
-    return "An export from the Ferrobank drive " + driveUuid + " into this folder is not complete.\n";
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    return now;
+}
+
+std::string volumeUuid(const fs::path& folder)
+{
+    const FileDescriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const auto volume = opened ? volumeState(opened.get()) : std::nullopt;
+    return volume ? volume->uuid : std::string();
 }
 
 ExportStart checkDestination(const ExportRequest& request, const std::stop_token& stop)
@@ -91,18 +91,18 @@ ExportStart checkDestination(const ExportRequest& request, const std::stop_token
     if (!fs::is_directory(existing)) {
         throw Failure(shown + " is not a folder. Choose an empty folder.", "no-folder");
     }
-    const std::string driveUuid = uuidAt(request.drive);
+    const std::string driveUuid = volumeUuid(request.drive);
     if (driveUuid.empty()) {
         throw Failure("The drive at " + displayName(request.drive.string()) + " is not mounted.",
                       "not-mounted");
     }
-    if (liesIn(destination, request.drive) || uuidAt(existing) == driveUuid) {
+    if (liesIn(destination, request.drive) || volumeUuid(existing) == driveUuid) {
         throw Failure(shown + " lies on the drive itself. Choose a folder on another disk.", "on-drive");
     }
     if (liesIn(destination, request.store)) {
         throw Failure(shown + " lies in the drive's own store. Choose another folder.", "in-store");
     }
-    const ExportStart start = missing ? ExportStart::Fresh : startIn(destination, shown, driveUuid);
+    const ExportStart start = missing ? ExportStart::Fresh : startIn(request, destination, shown, driveUuid);
     const Abilities abilities = tryAbilities(existing, request.destination);
     const ExportSize size = surveyDrive(request.drive, abilities, request.destination, stop);
     if (size.unfit) {

@@ -1,16 +1,17 @@
 #pragma once
 
 #include "exporting/Abilities.h"
+#include "exporting/Staging.h"
 
+#include <ctime>
 #include <filesystem>
+#include <functional>
 #include <stop_token>
 #include <string>
 
 namespace ferrobank::drive {
 
-/// The file that stands in the destination while an export is not complete and verified. An export into a
-/// folder with this drive's mark goes on where the last one ended.
-inline constexpr const char* kIncompleteMark = ".ferrobank-incomplete";
+[[nodiscard]] timespec wallClockNow();
 
 struct ExportRequest {
     /// Root of the mounted drive.
@@ -19,27 +20,33 @@ struct ExportRequest {
     std::filesystem::path store;
     /// As the user wrote it; shown in sentences.
     std::filesystem::path destination;
+    /// The clock by which the kernel stamps files; another one for tests.
+    std::function<timespec()> wallClock = &wallClockNow;
 };
 
 enum class ExportStart { Fresh, Continue };
 
+// clang-format off
 /// Everything that can be refused before the first change. Throws Failure with the sentence for the user:
 ///
-/// | destination                                     | sentence begins |
+/// | destination                                     | sentence begins                                        |
 /// |-------------------------------------------------|--------------------------------------------------------|
-/// | its parent is missing                           | The folder PARENT does not exist. | | on the drive,
-/// whatever path leads there         | PATH lies on the drive itself.                         | | in the
-/// store                                    | PATH lies in the drive's own store.                    | | no
-/// folder                                       | PATH is not a folder.                                  | |
-/// not empty, unless it has this drive's mark      | PATH already holds files. Choose an empty folder.      |
-/// | cannot be written                               | PATH cannot be written: … | | cannot hold what is on
-/// the drive                | “FILE” is a symbolic link, which PATH cannot hold. …   | | too small | The
-/// files need 8.4 GB, but PATH has only 3.1 GB free.  |
+/// | its parent is missing                           | The folder PARENT does not exist.                      |
+/// | on the drive, whatever path leads there         | PATH lies on the drive itself.                         |
+/// | in the store                                    | PATH lies in the drive's own store.                    |
+/// | no folder                                       | PATH is not a folder.                                  |
+/// | not empty, and no export of this drive there    | PATH already holds files. Choose an empty folder.      |
+/// | an interrupted export, and a file of the user's | “FILE” in PATH is not from the drive.                  |
+/// | a finished copy that somebody has changed since | “FILE” in PATH was changed after it was copied there.  |
+/// | cannot be written                               | PATH cannot be written: …                              |
+/// | cannot hold what is on the drive                | “FILE” is a symbolic link, which PATH cannot hold. …   |
+/// | too small                                       | The files need 8.4 GB, but PATH has only 3.1 GB free.  |
 ///
 /// Nothing but a trial folder, removed again, is made. Answers whether an earlier export goes on.
+// clang-format on
 ExportStart checkDestination(const ExportRequest& request, const std::stop_token& stop);
 
-/// What the mark of an export of this drive holds.
-[[nodiscard]] std::string incompleteMark(const std::string& driveUuid);
+/// The identifier of the volume that a folder lies on, or empty where it is no drive.
+[[nodiscard]] std::string volumeUuid(const std::filesystem::path& folder);
 
 } // namespace ferrobank::drive

@@ -1,10 +1,10 @@
 #include "exporting/Snapshot.h"
 
+#include "exporting/Removal.h"
 #include "figures/DisplayText.h"
 #include "figures/TreeWalk.h"
 #include "platform/Failure.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <linux/btrfs.h>
 #include <linux/btrfs_tree.h>
@@ -14,8 +14,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <cstring>
-#include <string_view>
 #include <system_error>
 
 namespace ferrobank::drive {
@@ -69,39 +67,7 @@ void makeWritable(int volume)
     }
 }
 
-/// Lets the owner into a folder. Anything else of that name, a link too, stays as it is.
-void letOwnerIn(int parent, const char* name)
-{
-    const FileDescriptor folder(::openat(parent, name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    if (folder) {
-        ::chmod(("/proc/self/fd/" + std::to_string(folder.get())).c_str(), 0700);
-    }
-}
-
-/// Removes a folder of the caller's with all it holds, also where its permissions forbid that.
-bool removeFolder(int parent, const char* name)
-{
-    letOwnerIn(parent, name);
-    const int opened = ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    DIR* const folder = opened < 0 ? nullptr : ::fdopendir(opened);
-    if (folder == nullptr) {
-        return false;
-    }
-    bool empty = true;
-    while (const dirent64* const entry = ::readdir64(folder)) {
-        const std::string_view entryName = entry->d_name;
-        if (entryName == "." || entryName == "..") {
-            continue;
-        }
-        if (::unlinkat(opened, entry->d_name, 0) != 0) {
-            empty = (errno == EISDIR || errno == EPERM) && removeFolder(opened, entry->d_name) && empty;
-        }
-    }
-    ::closedir(folder);
-    return empty && ::unlinkat(parent, name, AT_REMOVEDIR) == 0;
-}
-
-bool removeSnapshot(const fs::path& folder, const std::string& name)
+bool removeSnapshot(const fs::path& folder, const std::string& name, const std::stop_token& stop = {})
 {
     const FileDescriptor parent = openFolder(folder);
     btrfs_ioctl_vol_args arguments{};
@@ -116,7 +82,7 @@ bool removeSnapshot(const fs::path& folder, const std::string& name)
     if (const FileDescriptor volume = openFolder(folder / name)) {
         makeWritable(volume.get());
     }
-    return removeFolder(parent.get(), name.c_str());
+    return removeEntry(parent.get(), name.c_str(), stop);
 }
 
 } // namespace
@@ -144,8 +110,9 @@ DriveSnapshot::DriveSnapshot(const fs::path& drive, const std::stop_token& stop)
         throw;
     }
     // The copy of the tool's own folder would only hold on to the space guard's blocks.
-    std::error_code ignored;
-    fs::remove_all(_parts.front().folder / kToolFolder, ignored);
+    if (const FileDescriptor root = openFolder(_parts.front().folder)) {
+        removeEntry(root.get(), kToolFolder);
+    }
 }
 
 DriveSnapshot::~DriveSnapshot()
@@ -176,7 +143,9 @@ bool standsForVolume(const struct statx& status)
     return status.stx_ino == BTRFS_EMPTY_SUBVOL_DIR_OBJECTID;
 }
 
-bool removeLeftoverSnapshots(const fs::path& drive)
+namespace {
+
+std::vector<std::string> leftoverSnapshots(const fs::path& drive)
 {
     std::error_code error;
     std::vector<std::string> names;
@@ -186,9 +155,21 @@ bool removeLeftoverSnapshots(const fs::path& drive)
             names.push_back(name);
         }
     }
+    return names;
+}
+
+} // namespace
+
+bool hasLeftoverSnapshots(const fs::path& drive)
+{
+    return !leftoverSnapshots(drive).empty();
+}
+
+bool removeLeftoverSnapshots(const fs::path& drive, const std::stop_token& stop)
+{
     bool all = true;
-    for (const std::string& name : names) {
-        all = removeSnapshot(drive / kToolFolder, name) && all;
+    for (const std::string& name : leftoverSnapshots(drive)) {
+        all = removeSnapshot(drive / kToolFolder, name, stop) && all;
     }
     return all;
 }

@@ -40,7 +40,11 @@ private:
 /// Whether a folder inside a snapshot is the empty place of a subvolume that the snapshot left out.
 [[nodiscard]] bool standsForVolume(const struct statx& status);
 
-/// Removes what an export that was killed left on the drive. Answers whether nothing is left.
-bool removeLeftoverSnapshots(const std::filesystem::path& drive);
+/// Whether an export that was killed, or that runs now, has some on the drive.
+[[nodiscard]] bool hasLeftoverSnapshots(const std::filesystem::path& drive);
+
+/// Removes what an export that was killed left on the drive; nobody may be exporting. Answers whether nothing
+/// is left.
+bool removeLeftoverSnapshots(const std::filesystem::path& drive, const std::stop_token& stop = {});
 
 } // namespace ferrobank::drive

@@ -1,5 +1,6 @@
 #include "exporting/Survey.h"
 
+#include "exporting/Staging.h"
 #include "figures/DisplayText.h"
 
 #include <sys/xattr.h>
@@ -24,6 +25,9 @@ public:
         _path.push_back(root ? std::string() : _path.back() + folder.name + "/");
         ++size.entries;
         if (!root) {
+            if (_path.size() == 2) {
+                refuseOwnName(folder.name);
+            }
             checkName(folder.name, _path.back());
             checkMode(*folder.status, _abilities.folderMode, _path.back());
         }
@@ -37,9 +41,8 @@ public:
         const struct statx& status = *entry.status;
         const std::string path = _path.back() + entry.name;
         ++size.entries;
-        if (_path.size() == 1 && path == ".ferrobank-incomplete") {
-            refuse("The drive holds a file named “" + path +
-                   "”, which an export needs for itself. Rename it and try again.");
+        if (_path.size() == 1) {
+            refuseOwnName(path);
         }
         checkName(entry.name, path);
         if (S_ISLNK(status.stx_mode)) {
@@ -78,6 +81,14 @@ private:
     {
         if (unfit) {
             refuse("“" + displayName(path) + "” " + what + consequence);
+        }
+    }
+
+    void refuseOwnName(std::string_view name)
+    {
+        if (name == kIncompleteMark || name.starts_with(kTrialStem)) {
+            refuse("The drive holds a file named “" + displayName(name) +
+                   "”, which an export needs for itself. Rename it and try again.");
         }
     }
 

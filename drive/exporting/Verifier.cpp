@@ -1,5 +1,7 @@
 #include "exporting/Verifier.h"
 
+#include "exporting/OwnFiles.h"
+#include "exporting/Removal.h"
 #include "exporting/Snapshot.h"
 
 #include <fcntl.h>
@@ -54,9 +56,14 @@ bool Verifier::enterFolder(const WalkedFolder& folder)
     const bool root = _levels.empty();
     Level level;
     level.path = root ? _place : pathOf(folder.name);
-    const int parent = root ? _destination : _levels.back().target.get();
-    const char* name = !root ? folder.name : _place.empty() ? "." : _place.c_str();
-    level.target = FileDescriptor(::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    std::string name = folder.name;
+    FileDescriptor above;
+    if (root) {
+        above = openParent(_destination, _place, name);
+    }
+    level.target = FileDescriptor(::openat(root ? above.get() : _levels.back().target.get(),
+                                           name.empty() ? "." : name.c_str(),
+                                           O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     struct stat copy{};
     if (!level.target || ::fstat(level.target.get(), &copy) != 0) {
         _differences.add(level.path, "is missing in the copy", errno);
@@ -85,10 +92,11 @@ void Verifier::unreadable(const char* name, int error)
 
 void Verifier::visit(const WalkedEntry& entry)
 {
-    if (_stop.stop_requested() || S_ISSOCK(entry.status->stx_mode)) {
+    const std::string path = pathOf(entry.name);
+    const bool inRoot = _levels.back().path.empty();
+    if (_stop.stop_requested() || (inRoot && isOwnIcon(entry)) || _record.skipped.contains(path)) {
         return;
     }
-    const std::string path = pathOf(entry.name);
     struct stat copy{};
     if (::fstatat(_levels.back().target.get(), entry.name, &copy, AT_SYMLINK_NOFOLLOW) != 0) {
         _differences.add(path, "is missing in the copy", errno);
@@ -135,6 +143,9 @@ void Verifier::compareFile(const WalkedEntry& entry, const struct stat& copy, co
     }
     if (static_cast<std::uint64_t>(copy.st_size) != entry.status->stx_size) {
         _differences.add(path, "has another size in the copy");
+        return;
+    }
+    if (_known != nullptr && _known->isUnchanged(path, *entry.status)) {
         return;
     }
     askForContent(entry, copy, path);

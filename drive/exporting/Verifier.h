@@ -18,6 +18,9 @@ public:
 
     void beginPart(const std::string& place);
 
+    /// Contents that are unchanged since they were noted there were compared before and are not read again.
+    void passOver(const KnownTree& known) { _known = &known; }
+
     [[nodiscard]] bool enterFolder(const WalkedFolder& folder) override;
     void leaveFolder() override;
     void visit(const WalkedEntry& entry) override;
@@ -58,6 +61,7 @@ private:
     const CopyRecord& _record;
     Differences& _differences;
     ProgressMeter& _progress;
+    const KnownTree* _known = nullptr;
     std::stop_token _stop;
     std::string _place;
     std::vector<Level> _levels;

@@ -135,7 +135,9 @@ void runDriveWish(const Places& places, const std::string& wish)
         throw Failure("An administrator has to allow this first.", "not-allowed");
     }
     if (wish == "mount") {
-        drive.mount();
+        drive.mount(UserDrive::Access::ReadWrite);
+    } else if (wish == "mount-read-only") {
+        drive.mount(UserDrive::Access::ReadOnly);
     } else {
         drive.prepare();
     }
@@ -160,7 +162,7 @@ bool run(const Places& places, const Words& words)
     if (throughPkexec && words == Words{"allow"}) {
         allow(places, User::calling());
     } else if (throughPkexec && words.size() == 2 && words[0] == "drive" &&
-               isOneOf(words[1], {"mount", "prepare", "unmount", "forget"}))
+               isOneOf(words[1], {"mount", "mount-read-only", "prepare", "unmount", "forget"}))
     {
         runDriveWish(places, words[1]);
     } else if (!throughPkexec && words.size() == 2 && words[0] == "allow") {

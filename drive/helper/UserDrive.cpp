@@ -150,7 +150,7 @@ FreshLoop UserDrive::attach(const StoreOfUser& store) const
     return existing;
 }
 
-void UserDrive::mount() const
+void UserDrive::mount(Access access) const
 {
     const StoreOfUser store = StoreOfUser::open(_user);
     const std::filesystem::path place = _places.mounts / std::to_string(_user.number) / "Ferrobank";
@@ -166,11 +166,14 @@ void UserDrive::mount() const
     }
     const FileDescriptor target = openRootsFolder(place, _places.top);
     const FreshLoop loop = attach(store);
-    const FileDescriptor mounted = mountApart(loop.device, kSafe,
-                                              {{"compress", "zstd:1"},
-                                               {"discard", "sync"},
-                                               {"subvol", kFilesSubvolume},
-                                               {"user_subvol_rm_allowed", nullptr}});
+    const FileDescriptor mounted =
+        access == Access::ReadOnly
+            ? mountApart(loop.device, kSafe, {{"ro", nullptr}, {"subvol", kFilesSubvolume}})
+            : mountApart(loop.device, kSafe,
+                         {{"compress", "zstd:1"},
+                          {"discard", "sync"},
+                          {"subvol", kFilesSubvolume},
+                          {"user_subvol_rm_allowed", nullptr}});
     const FileDescriptor top = openTop(mounted, loop);
     struct stat facts{};
     if (::fstat(top.get(), &facts) != 0 || facts.st_uid != _user.number) {

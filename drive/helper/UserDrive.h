@@ -23,8 +23,11 @@ class UserDrive {
 public:
     UserDrive(const Places& places, User user);
 
-    /// Mounts with `nosuid` and `nodev`. What is mounted already stays.
-    void mount() const;
+    enum class Access { ReadWrite, ReadOnly };
+
+    /// Mounts with `nosuid` and `nodev`. What is mounted already stays. A read-only mount writes nothing to
+    /// the image, and nobody can through it.
+    void mount(Access access) const;
     /// Makes the `files` subvolume of a new image, with the user's own rights.
     void prepare() const;
     /// Unmounts; nothing mounted is fine. A drive that a former version mounted on `~/Ferrobank` is found

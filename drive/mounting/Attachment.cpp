@@ -13,6 +13,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -54,6 +55,13 @@ std::filesystem::path canonicalOrEmpty(const std::filesystem::path& path)
     return error ? std::filesystem::path() : real;
 }
 
+bool isOnReadOnlyLoop(const Volume& volume, const std::vector<LoopDevice>& loops)
+{
+    return std::any_of(loops.begin(), loops.end(), [&volume](const LoopDevice& loop) {
+        return loop.device == volume.loop && loop.readOnly;
+    });
+}
+
 } // namespace
 
 bool hasTemporaryIdentity(const std::filesystem::path& mountPoint)
@@ -81,7 +89,13 @@ Volume Attachment::attach(Interaction interaction)
     for (int attempt = 1;; ++attempt) {
         const std::vector<LoopDevice> loops = loopsOf(_paths.image, Recognise::ByFile);
         if (const std::optional<Volume> mounted = findVolume(loops, readMountTable())) {
-            return adopt(*mounted);
+            if (!isOnReadOnlyLoop(*mounted, loops)) {
+                return adopt(*mounted);
+            }
+            _log.write("Unmounting what an interrupted uninstall left at " + mounted->mountPoint.string() +
+                       ".");
+            _backEnd->detach(*mounted);
+            continue;
         }
         try {
             return mountAnew(interaction, loops);
@@ -92,6 +106,26 @@ Volume Attachment::attach(Interaction interaction)
         }
         std::this_thread::sleep_for(kBusyStep);
     }
+}
+
+Volume Attachment::attachReadOnly()
+{
+    if (!loopsOf(_paths.image, Recognise::ByFile).empty()) {
+        throw Failure("Another program has the drive's store open. Eject it there, then try again.",
+                      "attached-elsewhere");
+    }
+    if (_backEnd->mountsAtHome()) {
+        _home.becomeMountPoint();
+    }
+    const Volume volume = _backEnd->attachReadOnly(Interaction::MayAsk);
+    const std::optional<Volume> found = current();
+    // Its owner may not attach it for writing from now on either.
+    if (!found || !found->readOnly || ::chmod(_paths.image.c_str(), kAttachedMode) != 0) {
+        _backEnd->detach(volume);
+        throw Failure("The drive could not be mounted read-only, so its copy cannot be completed.",
+                      "not-read-only");
+    }
+    return volume;
 }
 
 Volume Attachment::adopt(const Volume& volume)

@@ -23,6 +23,9 @@ public:
 
     /// Examines the store, makes it on the first run, and mounts the drive or adopts the mount that is there.
     Volume attach(Interaction interaction);
+    /// Mounts the drive, which must be detached, so that nobody can write to it. What a kill leaves of that
+    /// goes with the next attach.
+    Volume attachReadOnly();
     /// Unmounts and makes the image writable again for the next attach. "busy" when programs use the drive.
     void detach(const Volume& volume);
     /// To be called when somebody else has unmounted the drive: makes the store ready for the next attach.

@@ -31,6 +31,9 @@ public:
     virtual void prepare(const std::optional<LoopDevice>& existing, Interaction interaction) = 0;
     /// Mounts the drive, on `existing` where the image is attached already, and returns where.
     virtual Volume attach(const std::optional<LoopDevice>& existing, Interaction interaction) = 0;
+    /// Mounts the drive so that nobody can write to it, on a loop device that cannot either. Nothing may be
+    /// attached.
+    virtual Volume attachReadOnly(Interaction interaction) = 0;
     /// Unmounts the drive and lets the loop device go.
     virtual void detach(const Volume& volume) = 0;
 };

@@ -28,6 +28,12 @@ public:
         return {};
     }
 
+    Volume attachReadOnly(Interaction) override
+    {
+        refuse();
+        return {};
+    }
+
     void detach(const Volume&) override { refuse(); }
 
 private:

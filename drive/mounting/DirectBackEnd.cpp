@@ -18,6 +18,8 @@ namespace ferrobank::drive {
 
 namespace {
 
+constexpr const char* kReadOnlyFolder = "read-only";
+
 /// Unmounts when it goes, whatever happened in between.
 class ScratchMount {
 public:
@@ -113,9 +115,33 @@ Volume DirectBackEnd::attach(const std::optional<LoopDevice>& existing, Interact
     return volume;
 }
 
+Volume DirectBackEnd::attachReadOnly(Interaction)
+{
+    const std::filesystem::path folder = _scratch.parent_path() / kReadOnlyFolder;
+    if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
+        throw systemFailure("Cannot make " + folder.string(), errno);
+    }
+    const FileDescriptor image(::open(_image.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+    if (!image) {
+        throw systemFailure("The drive's store could not be opened", errno);
+    }
+    // The kernel makes the device read-only because the file is open for reading alone.
+    const FreshLoop fresh = makeLoop(image);
+    const Volume volume{.loop = fresh.device, .mountPoint = folder, .readOnly = true};
+    if (::mount(volume.loop.c_str(), folder.c_str(), "btrfs",
+                MS_RDONLY | MS_NOATIME | MS_NOSUID | MS_NODEV | MS_NOEXEC, kFilesOption) != 0)
+    {
+        throw mountFailure(errno, volume.loop);
+    }
+    return volume;
+}
+
 void DirectBackEnd::detach(const Volume& volume)
 {
     unmountOrName(volume.mountPoint);
+    if (volume.mountPoint.filename() == kReadOnlyFolder) {
+        ::rmdir(volume.mountPoint.c_str());
+    }
     if (otherMounts(volume.loop, readMountTable()).empty()) {
         releaseLoop(volume.loop);
     }

@@ -12,7 +12,8 @@ namespace ferrobank::drive {
 /// time of big transfers and which only root may ask for. Containers and tests use it.
 class DirectBackEnd : public BackEnd {
 public:
-    /// `scratch` is a private folder in which the top level of a new image is mounted for a moment.
+    /// `scratch` is a private folder in which the top level of a new image is mounted for a moment; the drive
+    /// is mounted read-only beside it.
     DirectBackEnd(std::filesystem::path image, std::filesystem::path mountPoint,
                   std::filesystem::path scratch);
 
@@ -22,6 +23,7 @@ public:
 
     void prepare(const std::optional<LoopDevice>& existing, Interaction interaction) override;
     Volume attach(const std::optional<LoopDevice>& existing, Interaction interaction) override;
+    Volume attachReadOnly(Interaction interaction) override;
     void detach(const Volume& volume) override;
 
 private:

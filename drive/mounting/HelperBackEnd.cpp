@@ -83,6 +83,17 @@ void HelperBackEnd::prepare(const std::optional<LoopDevice>&, Interaction)
 Volume HelperBackEnd::attach(const std::optional<LoopDevice>&, Interaction)
 {
     run("mount", {});
+    return mounted();
+}
+
+Volume HelperBackEnd::attachReadOnly(Interaction)
+{
+    run("mount-read-only", {});
+    return mounted();
+}
+
+Volume HelperBackEnd::mounted() const
+{
     const std::optional<Volume> volume = findVolume(_paths.image, Recognise::ByFile);
     if (!volume) {
         throw Failure("The mount helper has mounted the drive where it cannot be seen from here.",

@@ -21,9 +21,11 @@ public:
 
     void prepare(const std::optional<LoopDevice>& existing, Interaction interaction) override;
     Volume attach(const std::optional<LoopDevice>& existing, Interaction interaction) override;
+    Volume attachReadOnly(Interaction interaction) override;
     void detach(const Volume& volume) override;
 
 private:
+    [[nodiscard]] Volume mounted() const;
     /// Throws Failure unless the helper did it; `mountPoint` is for the names of those who use it.
     void run(const std::string& wish, const std::filesystem::path& mountPoint) const;
 

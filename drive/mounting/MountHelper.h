@@ -10,8 +10,8 @@
 namespace ferrobank::drive {
 
 /// What the drive tool and the mount helper, which is root's, have to agree on. The helper is started through
-/// pkexec as `ferrobank-mount-helper drive mount|prepare|unmount|forget`, for which polkit does not ask, or
-/// as `ferrobank-mount-helper allow`, for which it asks an administrator.
+/// pkexec as `ferrobank-mount-helper drive mount|mount-read-only|prepare|unmount|forget`, for which polkit
+/// does not ask, or as `ferrobank-mount-helper allow`, for which it asks an administrator.
 
 /// Where the package installs it; polkit knows it by this path.
 inline constexpr const char* kMountHelper = FERROBANK_MOUNT_HELPER;

@@ -59,15 +59,19 @@ public:
         }
     }
 
-    std::string setUpLoop(const std::filesystem::path& image)
+    enum class Access { ReadWrite, ReadOnly };
+
+    std::string setUpLoop(const std::filesystem::path& image, Access access = Access::ReadWrite)
     {
-        const FileDescriptor file(::open(image.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW));
+        const bool readOnly = access == Access::ReadOnly;
+        const FileDescriptor file(
+            ::open(image.c_str(), (readOnly ? O_RDONLY : O_RDWR) | O_CLOEXEC | O_NOFOLLOW));
         if (!file) {
             throw systemFailure("The drive's store could not be opened", errno);
         }
         const BusMessage call = newCall(kManagerPath, kManager, "LoopSetup");
         ::sd_bus_message_append(call.get(), "h", file.get());
-        appendOptions(call, {{"no-part-scan", true}}, {});
+        appendOptions(call, {{"no-part-scan", true}, {"read-only", readOnly}}, {});
         const BusMessage answer = send(call, "The drive's store could not be attached");
         const char* path = nullptr;
         if (::sd_bus_message_read(answer.get(), "o", &path) < 0) {
@@ -244,6 +248,21 @@ Volume UdisksBackEnd::attach(const std::optional<LoopDevice>& existing, Interact
         if (!existing) {
             udisks.deleteLoop(object);
         }
+        throw;
+    }
+    udisks.letGoWhenUnmounted(object);
+    return volume;
+}
+
+Volume UdisksBackEnd::attachReadOnly(Interaction interaction)
+{
+    Conversation udisks(interaction);
+    const std::string object = udisks.setUpLoop(_image, Conversation::Access::ReadOnly);
+    Volume volume{.loop = deviceOf(object), .mountPoint = {}, .readOnly = true};
+    try {
+        volume.mountPoint = udisks.mount(object, std::string("ro,noatime,") + kFilesOption);
+    } catch (const Failure&) {
+        udisks.deleteLoop(object);
         throw;
     }
     udisks.letGoWhenUnmounted(object);

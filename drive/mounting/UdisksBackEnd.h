@@ -23,6 +23,7 @@ public:
 
     void prepare(const std::optional<LoopDevice>& existing, Interaction interaction) override;
     Volume attach(const std::optional<LoopDevice>& existing, Interaction interaction) override;
+    Volume attachReadOnly(Interaction interaction) override;
     void detach(const Volume& volume) override;
 
 private:

@@ -14,6 +14,7 @@ namespace ferrobank::drive {
 inline constexpr const char* kFilesSubvolume = "u/files";
 /// The tool's own folder on the drive.
 inline constexpr const char* kOwnFolder = ".ferrobank";
+inline constexpr const char* kFilesOption = "subvol=u/files";
 inline constexpr const char* kMountOptions = "compress=zstd:1,discard=sync,subvol=u/files";
 
 /// The mounted drive: which loop device, and where. Plain value; true when it was read.

@@ -51,6 +51,7 @@ Paths Paths::of(const std::filesystem::path& home, const std::filesystem::path& 
     paths.readingDue = paths.store / "reading-due";
     paths.unreadable = paths.store / "unreadable";
     paths.index = paths.support / "index";
+    paths.work = paths.support / "work";
     paths.log = paths.support / "log/ferrobank.log";
     paths.runtime =
         runtimeRoot.empty() ? home / ".cache/ferrobank" / ("run-" + bootId()) : runtimeRoot / "ferrobank";

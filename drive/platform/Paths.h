@@ -29,6 +29,8 @@ struct Paths {
     /// Paths on the drive of the files that the last complete reading could not read, each ended by a zero.
     std::filesystem::path unreadable;
     std::filesystem::path index;
+    /// Held with flock by a command that copies, unmounts or deletes; tells who it is and how far.
+    std::filesystem::path work;
     std::filesystem::path log;
     /// `$XDG_RUNTIME_DIR/ferrobank`, or `~/.cache/ferrobank/run-<boot id>` without one.
     std::filesystem::path runtime;

@@ -1,5 +1,6 @@
 #include "serving/Housekeeping.h"
 
+#include "exporting/Snapshot.h"
 #include "figures/DeviceCounters.h"
 #include "figures/DisplayText.h"
 #include "figures/IdlePriority.h"
@@ -9,6 +10,7 @@
 #include "platform/Guarded.h"
 #include "sharing/ReadingPass.h"
 #include "sharing/Scanner.h"
+#include "state/Work.h"
 
 #include <fcntl.h>
 
@@ -63,7 +65,8 @@ HousekeepingPace HousekeepingPace::usual()
 
 Housekeeping::Housekeeping(const Paths& paths, Log log, std::filesystem::path mountPoint, std::string uuid,
                            HousekeepingMemory memory, HousekeepingPace pace, Mailbox& mailbox)
-    : _index(paths.index),
+    : _paths(paths),
+      _index(paths.index),
       _unreadable(paths.unreadable),
       _log(std::move(log)),
       _root(std::move(mountPoint)),
@@ -160,6 +163,7 @@ void Housekeeping::end()
 
 void Housekeeping::run(const std::stop_token& stop)
 {
+    clearUp(stop);
     useIdlePriority();
     RepeatedLog trouble(_log);
     while (!stop.stop_requested()) {
@@ -167,6 +171,21 @@ void Housekeeping::run(const std::stop_token& stop)
         end(); // also after a pass that threw
         std::unique_lock lock(_mutex);
         _wake.wait_for(lock, stop, _pace.look, [this] { return _shareNow && !_paused; });
+    }
+}
+
+/// An export that was killed leaves its snapshot, which holds on to the space of whatever is deleted since.
+void Housekeeping::clearUp(const std::stop_token& stop) const
+{
+    try {
+        // One that is at work now needs its own.
+        if (hasLeftoverSnapshots(_root)) {
+            if (const std::optional<WorkLock> work = WorkLock::tryTake(_paths, "serve")) {
+                removeLeftoverSnapshots(_root, stop);
+            }
+        }
+    } catch (const std::exception& failure) {
+        _log.write(failure.what());
     }
 }
 

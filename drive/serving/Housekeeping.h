@@ -83,6 +83,7 @@ public:
 
 private:
     void run(const std::stop_token& stop);
+    void clearUp(const std::stop_token& stop) const;
     void lookOnce(const std::stop_token& stop);
     void walk(std::uint64_t generation, const std::stop_token& stop);
     enum class Work { None, Sharing, SharingNow, Reading };
@@ -103,6 +104,7 @@ private:
     [[nodiscard]] std::optional<std::uint64_t> generation() const;
     [[nodiscard]] std::optional<std::uint64_t> bytesTaken() const;
 
+    Paths _paths;
     std::filesystem::path _index;
     std::filesystem::path _unreadable;
     Log _log;

@@ -486,19 +486,22 @@ void Server::handleRequests()
         if (!request) {
             return;
         }
+        std::optional<std::string> refusal;
         attempt([&] {
             try {
                 handle(*request);
             } catch (const std::exception& error) {
-                if (_volume && !_workers) {
-                    startWorkers();
-                }
-                if (request->connection) {
-                    request->answer({.ok = false, .code = "failed", .text = error.what()});
-                }
+                refusal = error.what();
                 throw;
             }
         });
+        // Only now: whoever reads the answer may look into the log.
+        if (refusal && _volume && !_workers) {
+            startWorkers();
+        }
+        if (refusal && request->connection) {
+            request->answer({.ok = false, .code = "failed", .text = *refusal});
+        }
     }
 }
 

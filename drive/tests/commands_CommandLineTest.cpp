@@ -49,7 +49,8 @@ TEST(CommandLine, helpAndVersionSucceed)
 {
     const Outcome help = run({"--help"});
     EXPECT_EQ(help.status, 0);
-    for (const char* command : {"status", "check", "du", "share", "serve", "restart", "uninstall"}) {
+    for (const char* command : {"status", "check", "du", "share", "serve", "restart", "export", "uninstall"})
+    {
         EXPECT_NE(help.output.find(command), std::string::npos) << command;
     }
     EXPECT_EQ(help.output.find("helper"), std::string::npos) << "what root runs is a program of its own";
@@ -61,7 +62,8 @@ TEST(CommandLine, helpAndVersionSucceed)
 TEST(CommandLine, manualPageKnowsEveryOptionOfTheHelpAndNoOther)
 {
     std::set<std::string> inHelp{"--version"};
-    for (const char* command : {"status", "check", "du", "share", "serve", "restart", "uninstall"}) {
+    for (const char* command : {"status", "check", "du", "share", "serve", "restart", "export", "uninstall"})
+    {
         inHelp.merge(longOptions(run({command, "--help"}).output));
     }
     std::ifstream file(FERROBANK_MANUAL_PAGE);
@@ -72,10 +74,27 @@ TEST(CommandLine, manualPageKnowsEveryOptionOfTheHelpAndNoOther)
     EXPECT_NE(page.find("FOLDER"), std::string::npos) << "the help calls it so";
 }
 
+TEST(CommandLine, exportIntoAnEmptyTextOrAnOptionIsRefusedInWords)
+{
+    for (const auto& arguments :
+         std::vector<std::vector<const char*>>{{"uninstall", "--export", "", "--delete-store"},
+                                               {"uninstall", "--delete-store", "--export", ""},
+                                               {"uninstall", "--export=", "--delete-store"},
+                                               {"uninstall", "--export", "--delete-store"},
+                                               {"uninstall", "--export=--delete-store"}})
+    {
+        const Outcome outcome = run(arguments);
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_NE(outcome.errorText.find("--export"), std::string::npos) << outcome.errorText;
+        EXPECT_NE(outcome.errorText.find("Nothing was changed."), std::string::npos) << outcome.errorText;
+    }
+}
+
 TEST(CommandLine, shellsOfferEveryCommandAndOptionOfTheHelpAndNoOther)
 {
     std::set<std::string> inHelp{"--version"};
-    for (const char* command : {"status", "check", "du", "share", "serve", "restart", "uninstall"}) {
+    for (const char* command : {"status", "check", "du", "share", "serve", "restart", "export", "uninstall"})
+    {
         inHelp.merge(longOptions(run({command, "--help"}).output));
     }
     for (const char* name : {"ferrobank.bash", "_ferrobank", "ferrobank.fish"}) {
@@ -85,8 +104,8 @@ TEST(CommandLine, shellsOfferEveryCommandAndOptionOfTheHelpAndNoOther)
         text = std::regex_replace(text, std::regex("set -l "), "");
         text = std::regex_replace(text, std::regex(" -l ([a-z])"), " --$1");
         EXPECT_EQ(longOptions(text), inHelp) << name;
-        for (const char* word :
-             {"status", "check", "du", "share", "serve", "restart", "uninstall", "now", "pause", "resume"})
+        for (const char* word : {"status", "check", "du", "share", "serve", "restart", "export", "uninstall",
+                                 "now", "pause", "resume"})
         {
             EXPECT_TRUE(std::regex_search(text, std::regex("\\b" + std::string(word) + "\\b")))
                 << name << word;
@@ -127,6 +146,8 @@ TEST(CommandLine, nonsenseIsRefusedWithTwoAndWordsOnStandardError)
                                                                        {"check", "--full", "--acknowledge"},
                                                                        {"status", "--xml"},
                                                                        {"uninstall", "--export"},
+                                                                       {"export"},
+                                                                       {"export", ""},
                                                                        {"restart", "now"},
                                                                        {"helper-fstab", "add"}})
     {

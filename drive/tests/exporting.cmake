@@ -7,6 +7,8 @@ drive_test(NAME exporting_on_drive
         exporting_CopyTest.cpp
         exporting_DestinationTest.cpp
         exporting_FaultsTest.cpp
+        exporting_LateChangesTest.cpp
+        exporting_ResumeTest.cpp
         testing/ExportVolume.cpp
     LINK drive_exporting
     LABELS component

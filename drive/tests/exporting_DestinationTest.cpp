@@ -50,7 +50,10 @@ TEST_F(Destination, folderWithFilesIsRefused)
 
 TEST_F(Destination, folderWithTheMarkOfAnotherDriveIsRefused)
 {
-    writeFile(copy() / kIncompleteMark, incompleteMark("11111111-2222-3333-4444-555555555555"));
+    {
+        const Staging staging(copy(), "it", "11111111-2222-3333-4444-555555555555");
+    }
+    writeFile(copy() / kIncompleteMark / "files/a", "of that drive");
     EXPECT_EQ(refusal(copy()), copy().string() + " already holds files. Choose an empty folder.");
 }
 

@@ -136,7 +136,8 @@ TEST_F(Faults, cancelledExportGoesOnInTheSameFolder)
     EXPECT_FALSE(hasSnapshots());
     const auto inodeOf = [&](const char* name) {
         struct stat status{};
-        EXPECT_EQ(::stat((copy() / name).c_str(), &status), 0);
+        const fs::path staged = copy() / kIncompleteMark / "files" / name;
+        EXPECT_EQ(::stat((fs::exists(staged) ? staged : copy() / name).c_str(), &status), 0);
         return status.st_ino;
     };
     const ino_t kept = inodeOf("plain.txt");
@@ -197,9 +198,10 @@ TEST_F(Faults, earlierCopyWithWrongContentIsMadeAnew)
         stop.get_token()));
     ASSERT_TRUE(hasMark());
     // As after a power cut: size and time are right, the bytes are not.
-    const auto time = fs::last_write_time(copy() / "a");
-    writeFile(copy() / "a", std::string(kMiB, '\0'));
-    fs::last_write_time(copy() / "a", time);
+    const fs::path earlier = copy() / kIncompleteMark / "files/a";
+    const auto time = fs::last_write_time(earlier);
+    writeFile(earlier, std::string(kMiB, '\0'));
+    fs::last_write_time(earlier, time);
     EXPECT_EQ(run().end, End::Verified);
     EXPECT_EQ(readFile(copy() / "a"), readFile(root() / "a"));
 }
@@ -223,13 +225,13 @@ TEST_F(Faults, copyThatIsTamperedWithBeforeTheVerificationIsNotBelieved)
         exportFiles(request(),
                     [&](const ExportProgress& progress) {
                         if (progress.phase == ExportProgress::Phase::Verifying && progress.done == 0) {
-                            const int file = ::open((copy() / "large").c_str(), O_WRONLY | O_CLOEXEC);
+                            const int file = ::open((staged() / "large").c_str(), O_WRONLY | O_CLOEXEC);
                             EXPECT_EQ(::pwrite(file, "?", 1, 3 * kMiB), 1);
                             ::close(file);
-                            fs::remove(copy() / "link");
-                            fs::create_symlink("elsewhere", copy() / "link");
-                            fs::permissions(copy() / "program", fs::perms(0600));
-                            fs::remove(copy() / "empty");
+                            fs::remove(staged() / "link");
+                            fs::create_symlink("elsewhere", staged() / "link");
+                            fs::permissions(staged() / "program", fs::perms(0600));
+                            fs::remove(staged() / "empty");
                         }
                     },
                     {});

@@ -128,6 +128,8 @@ public:
         throw std::out_of_range("no such key");
     }
 
+    Volume attachReadOnly(Interaction interaction) override { return attach({}, interaction); }
+
     void detach(const Volume&) override { throw std::out_of_range("no such key"); }
 
 private:

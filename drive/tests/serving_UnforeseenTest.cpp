@@ -38,6 +38,8 @@ public:
         return _real.attach(existing, interaction);
     }
 
+    Volume attachReadOnly(Interaction interaction) override { return attach({}, interaction); }
+
     void detach(const Volume& volume) override
     {
         if (_stumbles > 0) {

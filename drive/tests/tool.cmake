@@ -3,6 +3,7 @@ drive_test(NAME tool_serve SOURCES tool_ServeTest.cpp LINK drive_control drive_s
 drive_test(NAME tool_guards SOURCES tool_GuardsTest.cpp LABELS loop TIMEOUT 600)
 drive_test(NAME tool_integrity SOURCES tool_IntegrityTest.cpp LABELS loop TIMEOUT 600)
 drive_test(NAME tool_uninstall SOURCES tool_UninstallTest.cpp LABELS loop TIMEOUT 600)
+drive_test(NAME tool_deletion SOURCES tool_DeletionTest.cpp LINK drive_state LABELS loop TIMEOUT 600)
 drive_test(NAME tool_space SOURCES tool_SpaceTest.cpp LINK drive_figures LABELS "loop;long" TIMEOUT 900)
 drive_test(NAME tool_hostfull SOURCES tool_HostFullTest.cpp LABELS "loop;long" TIMEOUT 900)
 drive_test(NAME tool_powercut SOURCES tool_PowerCutTest.cpp LABELS "loop;long" TIMEOUT 900)

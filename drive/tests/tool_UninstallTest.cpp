@@ -183,7 +183,8 @@ TEST_F(Uninstall, interruptedExportKeepsTheDriveAndGoesOnLater)
         const ToolRun run = host->run({"uninstall", "--export", copy.string(), "--delete-store"});
         ::_exit(run.status);
     }
-    ASSERT_TRUE(waitUntil([&] { return std::filesystem::exists(copy / "large0"); }));
+    ASSERT_TRUE(
+        waitUntil([&] { return std::filesystem::exists(copy / ".ferrobank-incomplete/files/large0"); }));
     const std::string group = std::to_string(child);
     EXPECT_EQ(::system(("kill -TERM $(cat /proc/" + group + "/task/" + group + "/children)").c_str()), 0);
     int status = 0;
@@ -210,7 +211,8 @@ TEST_F(Uninstall, killedExportKeepsTheDriveAndGoesOnLater)
     if (child == 0) {
         ::_exit(host->run({"uninstall", "--export", copy.string()}).status);
     }
-    ASSERT_TRUE(waitUntil([&] { return std::filesystem::exists(copy / "large0"); }));
+    ASSERT_TRUE(
+        waitUntil([&] { return std::filesystem::exists(copy / ".ferrobank-incomplete/files/large0"); }));
     const std::string group = std::to_string(child);
     EXPECT_EQ(::system(("kill -KILL $(cat /proc/" + group + "/task/" + group + "/children)").c_str()), 0);
     ::waitpid(child, nullptr, 0);
@@ -220,7 +222,7 @@ TEST_F(Uninstall, killedExportKeepsTheDriveAndGoesOnLater)
     EXPECT_EQ(fingerprint(copy), files);
 }
 
-TEST_F(Uninstall, fileWrittenWhileTheCopyIsMadeKeepsTheDrive)
+TEST_F(Uninstall, fileWrittenWhileTheCopyIsMadeIsInTheCopy)
 {
     makeFiles();
     for (unsigned number = 0; number < 8; ++number) {
@@ -232,13 +234,14 @@ TEST_F(Uninstall, fileWrittenWhileTheCopyIsMadeKeepsTheDrive)
     if (child == 0) {
         ::_exit(host->run({"uninstall", "--export", copy.string(), "--delete-store"}).status);
     }
-    ASSERT_TRUE(waitUntil([&] { return std::filesystem::exists(copy / "large0"); }));
+    ASSERT_TRUE(
+        waitUntil([&] { return std::filesystem::exists(copy / ".ferrobank-incomplete/files/large0"); }));
     std::ofstream(host->paths().drive / "late") << "text";
     int status = 0;
     ::waitpid(child, &status, 0);
-    EXPECT_EQ(WEXITSTATUS(status), 1);
-    EXPECT_TRUE(host->isMounted());
-    EXPECT_EQ(readSmallFile(host->paths().drive / "late"), "text");
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+    EXPECT_FALSE(std::filesystem::exists(host->paths().image));
+    EXPECT_EQ(readSmallFile(copy / "late"), "text");
 }
 
 TEST_F(Uninstall, exportOfADamagedStoreIsRefusedAndDeletesNothing)

@@ -3,7 +3,7 @@ drive_test(NAME unit_platform
     SOURCES platform_FilesTest.cpp platform_FileLockTest.cpp platform_LogTest.cpp platform_PathsTest.cpp
         platform_ProgramTest.cpp
     LINK drive_platform LABELS unit)
-drive_test(NAME unit_state SOURCES state_StateTest.cpp LINK drive_state LABELS unit)
+drive_test(NAME unit_state SOURCES state_StateTest.cpp state_WorkTest.cpp LINK drive_state LABELS unit)
 drive_test(NAME unit_serving SOURCES serving_ServerTest.cpp LINK drive_serving LABELS unit)
 drive_test(NAME unit_control SOURCES control_ControlTest.cpp LINK drive_control LABELS unit)
 drive_test(NAME unit_mounting
@@ -14,7 +14,7 @@ drive_test(NAME unit_store SOURCES store_StoreTest.cpp LINK drive_store LABELS u
 drive_test(NAME unit_space SOURCES space_SpacePolicyTest.cpp LINK drive_space LABELS unit)
 drive_test(NAME unit_helper SOURCES helper_MountHelperTest.cpp LINK drive_helper LABELS unit)
 drive_test(NAME unit_commands
-    SOURCES commands_CheckRowTest.cpp commands_CommandLineTest.cpp commands_LateChangesTest.cpp
+    SOURCES commands_CheckRowTest.cpp commands_CommandLineTest.cpp
         commands_StatusTextTest.cpp
     LINK drive_commands LABELS unit)
 target_compile_definitions(unit_commands PRIVATE

@@ -12,7 +12,7 @@ _ferrobank() {
         return
     fi
     case $command in
-    '') word='status check du share serve restart uninstall --help --version' ;;
+    '') word='status check du share serve restart export uninstall --help --version' ;;
     status) word='--json --help' ;;
     check) word='--json --full --acknowledge --help' ;;
     du)
@@ -23,9 +23,17 @@ _ferrobank() {
             return
         fi
         ;;
+    export)
+        word='--help'
+        if [[ $current != -* ]]; then
+            mapfile -t COMPREPLY < <(compgen -d -- "$current")
+            compopt -o filenames
+            return
+        fi
+        ;;
     share) word='now pause resume --help' ;;
     restart) word='--keep-mounted --help' ;;
-    uninstall) word='--export --delete-store --help' ;;
+    uninstall) word='--export --delete-store --yes --help' ;;
     *) word='--help' ;;
     esac
     mapfile -t COMPREPLY < <(compgen -W "$word" -- "$current")

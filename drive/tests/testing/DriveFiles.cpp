@@ -38,7 +38,8 @@ std::uint64_t hashOf(const std::string& bytes)
 bool isToolsOwn(const fs::path& relative)
 {
     const fs::path first = *relative.begin();
-    return first == ".ferrobank" || relative == ".ferrobank-incomplete";
+    return first == ".ferrobank" || first == ".ferrobank-incomplete" ||
+           first.native().starts_with(".ferrobank-trial-");
 }
 
 } // namespace

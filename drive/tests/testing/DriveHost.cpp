@@ -239,7 +239,7 @@ void DriveHost::setVariable(const std::string& name, const std::string& value)
     }
 }
 
-pid_t DriveHost::spawn(const std::vector<std::string>& arguments, int output, int errors) const
+void DriveHost::become(const std::vector<std::string>& arguments) const
 {
     std::vector<std::string> texts{_program.string()};
     texts.insert(texts.end(), arguments.begin(), arguments.end());
@@ -257,15 +257,26 @@ pid_t DriveHost::spawn(const std::vector<std::string>& arguments, int output, in
         environment.push_back(variable.data());
     }
     environment.push_back(nullptr);
+    ::close_range(3, ~0U, 0);
+    ::execve(words[0], words.data(), environment.data());
+    ::_exit(127);
+}
+
+pid_t DriveHost::spawn(const std::vector<std::string>& arguments, int output, int errors) const
+{
     const pid_t child = ::fork();
     if (child == 0) {
         ::dup2(output, STDOUT_FILENO);
         ::dup2(errors, STDERR_FILENO);
-        ::close_range(3, ~0U, 0);
-        ::execve(words[0], words.data(), environment.data());
-        ::_exit(127);
+        become(arguments);
     }
     return child;
+}
+
+pid_t DriveHost::start(const std::vector<std::string>& arguments) const
+{
+    const FileDescriptor nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
+    return spawn(arguments, nothing.get(), nothing.get());
 }
 
 ToolRun DriveHost::run(const std::vector<std::string>& arguments, const std::string& errorName) const

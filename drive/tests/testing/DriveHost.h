@@ -42,6 +42,10 @@ public:
 
     /// Runs the tool to its end. Runs at the same time need other names for the file that takes their errors.
     ToolRun run(const std::vector<std::string>& arguments, const std::string& errorName = "errors") const;
+    /// Starts it as a child of this process, with its output thrown away.
+    [[nodiscard]] pid_t start(const std::vector<std::string>& arguments) const;
+    /// Becomes it, in a child that was forked for that.
+    [[noreturn]] void become(const std::vector<std::string>& arguments) const;
     /// Gives the home a new store, of 64 GB unless told, whose space guard is grown in no time; else the
     /// first start makes 8 TB.
     void makeSmallStore(std::uint64_t bytes = std::uint64_t{64} << 30U) const;

@@ -32,7 +32,7 @@ void ExportVolume::SetUp()
 std::string ExportVolume::refusal(const fs::path& destination) const
 {
     try {
-        checkDestination({root(), home() / "store", destination}, {});
+        checkDestination({.drive = root(), .store = home() / "store", .destination = destination}, {});
     } catch (const Failure& failure) {
         return failure.text();
     }

@@ -31,7 +31,10 @@ protected:
 
     [[nodiscard]] virtual std::filesystem::path copy() const { return home() / "copy"; }
 
-    [[nodiscard]] ExportRequest request() const { return {root(), home() / "store", copy()}; }
+    [[nodiscard]] ExportRequest request() const
+    {
+        return {.drive = root(), .store = home() / "store", .destination = copy()};
+    }
 
     ExportResult run() const { return exportFiles(request(), {}, {}); }
 
@@ -44,6 +47,9 @@ protected:
     [[nodiscard]] bool hasSnapshots() const;
 
     [[nodiscard]] bool hasMark() const { return std::filesystem::exists(copy() / kIncompleteMark); }
+
+    /// Where the copy is built while it is not complete.
+    [[nodiscard]] std::filesystem::path staged() const { return copy() / kIncompleteMark / "files"; }
 
     TestVolume& volume() { return *_volume; }
 
