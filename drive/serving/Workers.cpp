@@ -47,6 +47,9 @@ Workers::Workers(const Paths& paths, const Log& log, const Volume& volume, const
 Workers::~Workers()
 {
     if (!_guardIsTaken) {
+        // Its thread first: a guard that it made after this would be kept, and the drive could not be
+        // unmounted.
+        const FileDescriptor guard = _space.takeGuard();
         forgetKeptGuard();
     }
 }

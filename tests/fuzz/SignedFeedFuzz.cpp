@@ -16,8 +16,8 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
         if (feed.content.data() != file.data() || feed.content.size() >= size || feed.signatures.empty())
             std::abort();
         for (const std::string_view signature : feed.signatures) {
-            const bool isInside = signature.data() > file.data() &&
-                                  signature.data() + signature.size() <= file.data() + size;
+            const bool isInside =
+                signature.data() > file.data() && signature.data() + signature.size() <= file.data() + size;
             if (!signature.empty() && !isInside)
                 std::abort();
         }

@@ -110,6 +110,35 @@ private Q_SLOTS:
         QCOMPARE(model().choices(), (SetupChoices{false, false}));
     }
 
+    void togglingOnTheConsentPageRegistersNothing()
+    {
+        openOnStep(Screen::Consent);
+        for (int round = 0; round < 2; ++round) {
+            click(u"menuAtLogin"_s);
+            click(u"installCLI"_s);
+        }
+        QCOMPARE(stage().seam.registry.calls, QStringList());
+        QVERIFY(!model().menuOpensAtLogin());
+        QVERIFY(!stage().seam.commandLineTool.isInstalled());
+        QVERIFY(stage().seam.privilegedLink.requests.isEmpty());
+    }
+
+    void windowClosedDuringTheSetupLetsTheRunGoOn()
+    {
+        stage().seam.cli.answerStatus(unmountedStatus());
+        openOnStep(Screen::Consent);
+        click(u"allow"_s);
+        QVERIFY(!model().setupDone());
+        stage().mainWindow().close();
+        QTRY_VERIFY(stage().mainWindow().window() == nullptr);
+        stage().seam.cli.answerStatus(mountedStatus());
+        stage().seam.clock.advance(std::chrono::seconds(1));
+        QTRY_VERIFY(model().setupDone());
+        QCOMPARE(model().screen(), Screen::onboarding(Screen::Setup));
+        openWindow();
+        QCOMPARE(buttons(), QStringList{u"Continue"_s});
+    }
+
     void withoutTheCommandTheNoticeHasTwoItemsAndTheSetupThreeRows()
     {
         openOnStep(Screen::Consent);

@@ -92,22 +92,6 @@ private Q_SLOTS:
         QVERIFY(!isStale(date(1)));
     }
 
-    void newestDateEverSeenIsPastWhateverTheClockSays()
-    {
-        const auto date = [](int day) { return QDateTime({2026, 6, day}, {0, 0}, Qt::UTC); };
-        Appcast feed;
-        feed.validUntil = date(10);
-        feed.items.append(AppcastItem());
-        feed.items[0].version = "1.0";
-        feed.items[0].date = date(9);
-        Freshness seen;
-        seen.newest = date(9);
-        expectFresh(feed, seen, date(1));
-        // The end is compared with the clock or with that date, whichever is later.
-        seen.newest = feed.validUntil->addSecs(1);
-        QVERIFY_THROWS_EXCEPTION(UpdateFailure, expectFresh(feed, seen, date(1)));
-    }
-
     void versionsAreOfPlainLetters()
     {
         for (const char* good : {"1", "1.0.1", "1.0rc2", "2026.11-1", "1_0+3"})

@@ -57,7 +57,7 @@ QCoro::Task<bool> AppModel::setUpLogin()
         co_return false;
     }
     const bool approved = co_await awaitApproval();
-    if (!approved || life.isCut()) {
+    if (!approved) { // nothing but the end of the model ends the wait so
         co_return false;
     }
     if (_choices.menuAtLogin != _menuOpensAtLogin) {

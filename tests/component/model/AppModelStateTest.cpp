@@ -629,6 +629,47 @@ private Q_SLOTS:
         QCOMPARE(told.count(), 2);
     }
 
+    void whoIsToldReadsTheNewValue()
+    {
+        create();
+        QStringList read;
+        AppModel* const told = &model();
+        connect(told, &AppModel::screenChanged, told, [=, &read] {
+            read << (told->screen() == Screen::uninstall() ? u"new screen"_s : u"old screen"_s);
+        });
+        connect(told, &AppModel::choicesChanged, told,
+                [=, &read] { read << (told->choices().installCLI ? u"old choices"_s : u"new choices"_s); });
+        connect(told, &AppModel::menuOpensAtLoginChanged, told,
+                [=, &read] { read << (told->menuOpensAtLogin() ? u"new setting"_s : u"old setting"_s); });
+        connect(told, &AppModel::uninstallStateChanged, told, [=, &read] {
+            const bool running = told->uninstallState().kind == AppModel::UninstallState::Kind::Running;
+            read << (running ? u"running"_s : told->uninstallState().text);
+        });
+        connect(told, &AppModel::setupCompleteChanged, told,
+                [=, &read] { read << (told->setupComplete() ? u"complete"_s : u"incomplete"_s); });
+        connect(told, &AppModel::checksRunningChanged, told,
+                [=, &read] { read << (told->checksRunning() ? u"checks run"_s : u"checks are over"_s); });
+        connect(told, &AppModel::statusChanged, told,
+                [=, &read] { read << (told->status()->mounted ? u"mounted"_s : u"not mounted"_s); });
+        model().setScreen(Screen::uninstall());
+        SetupChoices choices;
+        choices.installCLI = false;
+        model().setChoices(choices);
+        model().setMenuOpensAtLogin(true);
+        seam().registry.agent.status = kEnabled;
+        model().recordSetupComplete();
+        QCOMPARE(read, (QStringList{u"new screen"_s, u"new choices"_s, u"new setting"_s, u"complete"_s}));
+        read.clear();
+        seam().cli.answerStatus(mountedStatus());
+        runChecks();
+        QCOMPARE(read, (QStringList{u"checks run"_s, u"mounted"_s, u"checks are over"_s}));
+        read.clear();
+        spawn(told, model().uninstall({}, true));
+        QCOMPARE(read, (QStringList{u"running"_s, u"incomplete"_s,
+                                    u"The drive's data is deleted from this Mac."_s, u"mounted"_s}));
+        letEventsIn();
+    }
+
     void assigningEqualChoicesIsSilent()
     {
         create();

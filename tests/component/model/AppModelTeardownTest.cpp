@@ -172,6 +172,8 @@ private Q_SLOTS:
         QCOMPARE(setupTask(u"finder"_s).state, State::Running);
         destroyModel();
         seam().workspace.iconsSet.open();
+        letEventsIn();
+        QVERIFY(!seam().commandLineTool.isInstalled());
     }
 
     void whileThePromptIsOpen()
@@ -229,6 +231,49 @@ private Q_SLOTS:
         advance(60s);
         QCOMPARE(seam().cli.callsOf(FakeCLI::kRestart), 0);
         QCOMPARE(seam().cli.callsOf(FakeCLI::kStatus), status);
+    }
+
+    void duringTheFirstQuestionOfASetup()
+    {
+        start();
+        seam().volumes.answered.shut();
+        runSetup();
+        destroyModel();
+        seam().forgetCalls();
+        seam().volumes.answered.open();
+        letEventsIn();
+        advance(60s);
+        QCOMPARE(seam().cli.calls(), QList<QStringList>());
+        QCOMPARE(seam().registry.calls, QStringList());
+        QCOMPARE(seam().clock.sleepers(), 0);
+    }
+
+    void betweenTheRegistrysAnswersToASetup_data()
+    {
+        QTest::addColumn<int>("answers");
+        QTest::newRow("registration") << 0;
+        QTest::newRow("approval") << 1;
+        QTest::newRow("login choice") << 2;
+    }
+
+    void betweenTheRegistrysAnswersToASetup()
+    {
+        QFETCH(const int, answers);
+        seam().cli.answerStatus(attachErrorStatus(u"refused"_s));
+        start();
+        seam().registryWork.hold();
+        runSetup();
+        for (int answer = 0; answer < answers; ++answer) {
+            seam().registryWork.doNext();
+        }
+        QCOMPARE(seam().registryWork.waiting(), 1);
+        destroyModel();
+        seam().forgetCalls();
+        seam().registryWork.letGo();
+        letEventsIn();
+        advance(60s);
+        QCOMPARE(seam().cli.calls(), QList<QStringList>());
+        QCOMPARE(seam().clock.sleepers(), 0);
     }
 
     void whileTheRegistryIsAskedUntilTheEnd()

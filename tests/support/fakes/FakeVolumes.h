@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Volumes.h"
+#include "support/fakes/Gate.h"
 
 #include <QtCore/QHash>
 #include <QtCore/QSet>
@@ -16,12 +17,17 @@ public:
     QSet<QString> silent; ///< paths on a file system that does not answer
     QHash<QString, VolumeCapacity> capacities;
     QStringList existenceQuestions;
+    Gate answered; ///< open at first; shut it to keep questions of existence waiting
+
+    FakeVolumes() { answered.open(); }
 
     QCoro::Task<VolumeCapacity> capacity(QString path) override { co_return capacities.value(path); }
 
     QCoro::Task<std::optional<bool>> exists(QString path) override
     {
         existenceQuestions.append(path);
+        auto answer = answered.passage();
+        co_await answer;
         if (silent.contains(path)) {
             co_return std::nullopt;
         }

@@ -763,7 +763,7 @@ QByteArray fleetPicture(const FleetResult& result)
     constexpr int kTop = 40;
     constexpr int kWidth = 730;
     constexpr int kHeight = 300;
-    constexpr int kToldTop = kTop + kHeight + 44;
+    constexpr int kToldTop = kTop + kHeight + 46;
     constexpr int kToldHeight = 50;
     constexpr int kDaysBetweenPoints = 2;
     constexpr std::array kColours{"#9aa5b1", "#6f9bd1", "#4f81bd", "#c0504d", "#3f9c8f",
@@ -822,6 +822,8 @@ QByteArray fleetPicture(const FleetResult& result)
     svg += "<path d=\"M" + number(kLeft) + " " + number(kToldTop + kToldHeight) + "h" + number(kWidth) +
            "\" stroke=\"#888888\"/>\n";
 
+    bool isLower = false;
+
     struct Mark {
         int day;
         const char* text;
@@ -835,8 +837,9 @@ QByteArray fleetPicture(const FleetResult& result)
             continue;
         svg += "<path d=\"M" + number(x(mark.day)) + " " + number(kTop) + "v" +
                number(kToldTop + kToldHeight - kTop) + "\" stroke=\"#222222\" stroke-dasharray=\"2 3\"/>\n";
-        svg += text(x(mark.day), kToldTop + kToldHeight + 14, mark.text,
+        svg += text(x(mark.day), kToldTop + kToldHeight + (isLower ? 26 : 14), mark.text,
                     "text-anchor=\"middle\" font-size=\"9\"");
+        isLower = !isLower; // two that are close do not cover each other
     }
     return svg + "</svg>\n";
 }

@@ -122,6 +122,20 @@ void Staging::discardDownload()
     ::unlink(archive().c_str());
 }
 
+void Staging::dropUnfinished()
+{
+    removeAll(unpacking());
+    std::error_code ignored;
+    if (!fs::exists(archiveNote(), ignored))
+        ::unlink(archive().c_str());
+    for (const char* name : {"staged.json.new", "archive.json.new"})
+        ::unlink((_folder / name).c_str());
+    if (!staged()) {
+        ::unlink((_folder / "staged.json").c_str());
+        removeAll(next()); // unpacked just now; what lay there before was moved away or removed
+    }
+}
+
 void Staging::removeLeftovers(const std::string& installedVersion)
 {
     removeAll(unpacking());

@@ -55,6 +55,10 @@ public:
     void noteInstalled(); ///< what was staged is installed now; what lies in its place is the old version
     void discardDownload();
 
+    /// Removes what a download that failed has left: all that nothing can run from. Looks at no other
+    /// process.
+    void dropUnfinished();
+
     /// Removes what no step needs any more: half-unpacked versions, a kept old version that nothing runs
     /// from, downloads that were staged. An update that waits, a version on trial and a download that may be
     /// resumed stay.

@@ -219,7 +219,9 @@ void runFetch(const WorkerContext& context)
         // Only a download that stopped on the way is worth keeping.
         if (failure.problem() != Problem::Network)
             staging.discardDownload();
-        staging.removeLeftovers(context.configuration.version.toStdString());
+        // Not more than that: a confined process does not see what others run, and old versions may be in
+        // use.
+        staging.dropUnfinished();
         throw;
     }
     context.tell(QJsonObject{{u"event"_s, u"staged"_s}});

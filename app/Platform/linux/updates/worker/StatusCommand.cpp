@@ -4,7 +4,6 @@
 #include "Platform/linux/updates/install/StagingLock.h"
 #include "Platform/linux/updates/install/Trial.h"
 #include "Platform/linux/updates/worker/Commands.h"
-#include "Platform/linux/updates/worker/Confinement.h"
 #include "Platform/linux/updates/worker/PlaceJson.h"
 
 #include <QtCore/QDateTime>
@@ -23,17 +22,6 @@ constexpr std::chrono::seconds kPatience{5};
 constexpr std::chrono::seconds kOldProcessesTake{5};
 constexpr std::chrono::milliseconds kBetweenLooks{100};
 
-/// All that cleaning up may touch. A bundle that was moved among versions has left a folder beside them.
-std::vector<std::filesystem::path> ownFolders(const InstallPlace& place)
-{
-    std::vector<std::filesystem::path> folders{place.staging()};
-    if (place.layout == InstallPlace::Layout::Versioned)
-        folders.push_back(place.home);
-    if (const auto former = place.formerRoot())
-        folders.push_back(*former);
-    return folders;
-}
-
 /// A ban that began while the clock was ahead would last that much longer.
 void setBansRight(const InstallPlace& place)
 {
@@ -50,7 +38,8 @@ QJsonObject takenBackAt(const WorkerContext& context)
         if (isNewer(ban.version, context.configuration.version.toStdString()))
             return {{u"version"_s, QString::fromStdString(ban.version)},
                     {u"times"_s, ban.times},
-                    {u"until"_s, QDateTime::fromSecsSinceEpoch(endOf(ban), QTimeZone::utc()).toString(Qt::ISODate)}};
+                    {u"until"_s,
+                     QDateTime::fromSecsSinceEpoch(endOf(ban), QTimeZone::utc()).toString(Qt::ISODate)}};
     }
     return {};
 }
@@ -75,7 +64,6 @@ void cleanUp(const WorkerContext& context)
 
 void runStatus(const WorkerContext& context)
 {
-    confine(ownFolders(context.place), Programs::MayNotRun);
     cleanUp(context);
     const auto trial = trialAt(context.place);
     QJsonObject result{{u"event"_s, u"status"_s},
@@ -94,7 +82,6 @@ void runStatus(const WorkerContext& context)
 
 void runHealthy(const WorkerContext& context)
 {
-    confine(ownFolders(context.place), Programs::MayNotRun);
     {
         // Not behind a download that holds the other right for hours: the version works now.
         const StagingLock lock(context.place, kPatience, StagingLock::Right::Trial);
