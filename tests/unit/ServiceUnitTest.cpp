@@ -128,7 +128,7 @@ void ServiceUnitTest::everyLineIsOneLine()
     for (const std::string& name : test::kAwkwardNames) {
         const AgentDescription agent{{"/" + name, {name}}, KeepAlive::Always};
         const std::string text = serviceUnitText(agent);
-        QCOMPARE(QByteArray::fromStdString(text).count('\n'), 18);
+        QCOMPARE(QByteArray::fromStdString(text).count('\n'), 20);
         QVERIFY(text.find("\\\n") == std::string::npos);
     }
 }

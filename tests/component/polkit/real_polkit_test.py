@@ -119,8 +119,8 @@ class RealPolkit(unittest.TestCase):
 
     def test_helper_refuses_a_place_that_others_can_change(self):
         for weaken in ('mkdir /usr/local/bin; chmod o+w /usr/local/bin', 'mkdir /usr/local/bin; chown nobody /usr/local/bin',
-                       'chmod o+w /usr/local', 'mkdir -p /run/open; chmod 777 /run/open; ln -s /run/open /usr/local/bin',
-                       'mkdir -p /run/own/inner; chown nobody /run/own; ln -s /run/own/inner /usr/local/bin'):
+                       'chmod o+w /usr/local', 'mkdir -m 777 /usr/local/open; ln -s open /usr/local/bin',
+                       'mkdir -p /usr/local/own/inner; chown nobody /usr/local/own; ln -s own/inner /usr/local/bin'):
             with self.subTest(weaken):
                 result = self.probe('approve', more=weaken)
                 self.assertEqual(result, {'kind': 'failed', 'link': '',
