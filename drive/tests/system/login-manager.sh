@@ -89,6 +89,10 @@ guard() {
 }
 within 20 "the space guard is there" sh -c "find /proc/$(process)/fd -lname '*/.ferrobank/space/*' | grep -q ."
 guarded=$(guard "$first")
+expect "its number is known" test -n "$guarded"
+# Made and handed to the manager are two steps: killed in between, the next server makes another one.
+within 20 "the manager keeps it too" sh -c "
+    [ \"\$(find /proc/$manager/fd -lname '*/.ferrobank/space/*' -exec stat -Lc %i {} +)\" = '$guarded' ]"
 kill -KILL "$first"
 within 10 "a killed server is started again" sh -c "
     new=\$(systemctl --user show -p MainPID --value $unit); [ \"\$new\" != 0 ] && [ \"\$new\" != $first ]"
