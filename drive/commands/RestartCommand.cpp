@@ -134,6 +134,10 @@ void restart(const Paths& paths, const Log& log, KeepMounted keepMounted)
 {
     std::optional<WorkLock> work;
     if (keepMounted == KeepMounted::No) {
+        // The lock is a file: on such a disk its failure would be told instead of the reason.
+        if (isReadOnlyHost(paths.store)) {
+            throw Failure(readOnlyHostWords(), "host-read-only");
+        }
         work.emplace(WorkLock::take(paths, "restart"));
     }
     if (const ServerProbe probe = ServerProbe::probe(paths); probe.running) {

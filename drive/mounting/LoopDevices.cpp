@@ -1,11 +1,13 @@
 #include "mounting/LoopDevices.h"
 
+#include "platform/Failure.h"
 #include "platform/Files.h"
 
 #include <dirent.h>
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -13,6 +15,14 @@
 namespace ferrobank::drive {
 
 namespace {
+
+/// Not to be able to look is no answer: "attached nowhere" would end a drive that is mounted.
+void requireMeans(int error)
+{
+    if (error == EMFILE || error == ENFILE || error == ENOMEM) {
+        throw systemFailure("Cannot tell where the drive's store is attached", error);
+    }
+}
 
 constexpr std::string_view kDeletedMark = " (deleted)";
 
@@ -25,6 +35,7 @@ std::optional<Backing> backingOf(const std::filesystem::path& device)
 {
     std::optional<std::string> text = readSmallFile(device / "loop/backing_file");
     if (!text) {
+        requireMeans(errno);
         return std::nullopt;
     }
     while (!text->empty() && text->back() == '\n') {
@@ -67,6 +78,9 @@ std::vector<LoopDevice> loopsOf(const std::filesystem::path& image, Recognise ho
     std::vector<LoopDevice> found;
     const std::filesystem::path real = realPath(image);
     const std::unique_ptr<DIR, int (*)(DIR*)> folder(::opendir(blockDevices.c_str()), &::closedir);
+    if (!folder) {
+        requireMeans(errno);
+    }
     while (const dirent* entry = folder ? ::readdir(folder.get()) : nullptr) {
         const std::string_view name = entry->d_name;
         if (!name.starts_with("loop")) {

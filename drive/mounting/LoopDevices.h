@@ -21,6 +21,7 @@ struct LoopDevice {
 enum class Recognise { ByName, ByFile };
 
 /// All loop devices that use the image, in order. More than one is the double attachment that destroys data.
+/// Throws Failure where the system lacks the means to look (descriptors, memory), which is never "none".
 [[nodiscard]] std::vector<LoopDevice> loopsOf(const std::filesystem::path& image, Recognise how);
 
 /// For tests: the same below another folder than /sys/block.

@@ -1,8 +1,10 @@
 #include "mounting/MountTable.h"
 
+#include "platform/Failure.h"
 #include "platform/Files.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace ferrobank::drive {
 
@@ -75,7 +77,11 @@ std::vector<MountEntry> parseMountTable(std::string_view text)
 
 std::vector<MountEntry> readMountTable()
 {
-    return parseMountTable(readSmallFile("/proc/self/mountinfo", kTableLimit).value_or(std::string()));
+    const std::optional<std::string> text = readSmallFile("/proc/self/mountinfo", kTableLimit);
+    if (!text) {
+        throw Failure("Cannot read what is mounted on this computer.");
+    }
+    return parseMountTable(*text);
 }
 
 } // namespace ferrobank::drive

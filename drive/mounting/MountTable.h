@@ -20,6 +20,7 @@ struct MountEntry {
 /// The mounts as this process sees them, in the kernel's order: of two on one folder the later covers the
 /// earlier. Lines that do not parse are left out.
 [[nodiscard]] std::vector<MountEntry> parseMountTable(std::string_view text);
+/// Those of this process now. Throws Failure where they cannot be read, which is never "none".
 [[nodiscard]] std::vector<MountEntry> readMountTable();
 
 /// Undoes what mount tables and fstab(5) do to space, tab, line break, backslash and so on: `\040`.

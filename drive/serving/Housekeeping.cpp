@@ -484,6 +484,12 @@ void Housekeeping::read(Reading reading)
     // The reading itself makes the kernel count what it cannot read; whatever came to the count while
     // everything could be read is looked into once more.
     const std::uint64_t settled = result.unreadableFiles > 0 ? errorsOf(_root) : errorsBefore;
+    // Before the state: whoever sees that the reading is done may look into the log.
+    _log.write("All " + std::to_string(result.files) + " files were read; " +
+               std::to_string(result.unreadableFiles) + " of them cannot be.");
+    for (std::size_t index = 0; index < std::min(result.unreadable.size(), kMostLogged); ++index) {
+        _log.write("Cannot be read: " + displayName(result.unreadable[index]));
+    }
     _mailbox.post([result, now, settled](State& state) {
         state.integrity.lastReading = now;
         state.integrity.reading.reset();
@@ -491,11 +497,6 @@ void Housekeeping::read(Reading reading)
         state.integrity.settledErrors = settled;
         state.integrity.setUnreadable(result.unreadableFiles, displayNames(result.unreadable));
     });
-    _log.write("All " + std::to_string(result.files) + " files were read; " +
-               std::to_string(result.unreadableFiles) + " of them cannot be.");
-    for (std::size_t index = 0; index < std::min(result.unreadable.size(), kMostLogged); ++index) {
-        _log.write("Cannot be read: " + displayName(result.unreadable[index]));
-    }
 }
 
 } // namespace ferrobank::drive

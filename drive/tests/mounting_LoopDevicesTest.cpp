@@ -1,8 +1,12 @@
 #include "mounting/LoopDevices.h"
 #include "mounting/Volume.h"
+#include "platform/Failure.h"
+#include "platform/FileDescriptor.h"
 #include "testing/TemporaryFolder.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <fstream>
 
@@ -71,6 +75,37 @@ TEST_F(LoopDevicesTest, aNewFileInThePlaceOfADeletedImageIsNotIt)
     const std::string gone = (folder.path() / "gone/drive.btrfs").string();
     attach("loop0", gone + " (deleted)");
     EXPECT_TRUE(loopsOf(image, Recognise::ByFile, block).empty());
+}
+
+TEST_F(LoopDevicesTest, withoutDescriptorsItSaysThatItCannotTellAndNotThatThereAreNone)
+{
+    attach("loop0", image.string());
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const auto leave = [&before](rlim_t descriptors) {
+        const int lowest = FileDescriptor(::open("/dev/null", O_RDONLY | O_CLOEXEC)).get();
+        const rlimit limit{.rlim_cur = static_cast<rlim_t>(lowest) + descriptors,
+                           .rlim_max = before.rlim_max};
+        ::setrlimit(RLIMIT_NOFILE, &limit);
+    };
+    // None for the folder of devices, then one for it and none for what stands in it.
+    for (const rlim_t left : {0U, 1U}) {
+        leave(left);
+        bool told = false;
+        try {
+            static_cast<void>(loopsOf(image, Recognise::ByName, block));
+            told = true;
+        } catch (const Failure& failure) {
+            EXPECT_TRUE(failure.text().starts_with("Cannot tell where the drive's store is attached"))
+                << failure.text();
+        }
+        if (left == 0) {
+            EXPECT_THROW(static_cast<void>(readMountTable()), Failure);
+        }
+        ::setrlimit(RLIMIT_NOFILE, &before);
+        EXPECT_FALSE(told) << left;
+    }
+    EXPECT_EQ(loopsOf(image, Recognise::ByName, block).size(), 1U);
 }
 
 TEST(FindVolume, takesTheFilesSubvolumeAndNotTheTopLevel)

@@ -1,6 +1,7 @@
 #include "mounting/Volume.h"
 #include "platform/FileDescriptor.h"
 #include "platform/Files.h"
+#include "testing/DriveFiles.h"
 #include "testing/DriveHost.h"
 
 #include <fcntl.h>
@@ -27,6 +28,9 @@ protected:
         }
         host = std::make_unique<DriveHost>();
     }
+
+    /// The server has the space guard open on the drive, so an unmount without force finds it in use.
+    [[nodiscard]] int ejectByForce() const { return ::umount2(host->paths().drive.c_str(), MNT_DETACH); }
 
     /// A drive with some files, unmounted.
     void makeDrive()
@@ -158,18 +162,11 @@ TEST_F(Guards, missingImageIsNeverReplacedByANewOne)
 TEST_F(Guards, imageWithoutAnySuperblockIsNeverFormatted)
 {
     makeDrive();
-    const auto write = [this](const char* magic) {
-        std::fstream image(host->paths().image, std::ios::in | std::ios::out | std::ios::binary);
-        for (const std::streamoff copy : {0x10040L, 0x4000040L}) {
-            image.seekp(copy);
-            image.write(magic, 8);
-        }
-    };
-    write("XXXXXXXX");
+    writeMagics(host->paths().image, "XXXXXXXX");
     EXPECT_FALSE(host->serveAndMount());
     EXPECT_NE(host->attachError().find("holds no volume"), std::string::npos) << host->attachError();
     EXPECT_EQ(nlohmann::json::parse(host->status())["installed"], false);
-    write("_BHRfS_M");
+    writeMagics(host->paths().image, "_BHRfS_M");
     ASSERT_EQ(host->run({"restart"}).status, 0);
     EXPECT_EQ(fingerprint(host->paths().drive), files);
 }
@@ -177,7 +174,7 @@ TEST_F(Guards, imageWithoutAnySuperblockIsNeverFormatted)
 TEST_F(Guards, imageCutInItsUnusedTailGetsItsLengthBack)
 {
     makeDrive();
-    std::filesystem::resize_file(host->paths().image, std::uint64_t{48} << 30U);
+    cutUnusedTail(host->paths().image);
     ASSERT_TRUE(host->serveAndMount()) << host->logText();
     EXPECT_EQ(fingerprint(host->paths().drive), files);
     EXPECT_NE(host->logText().find("had been cut short"), std::string::npos);
@@ -216,8 +213,7 @@ TEST_F(Guards, ejectedDriveIsReportedAndComesBackOnlyOnRequest)
 {
     makeDrive();
     ASSERT_TRUE(host->serveAndMount());
-    ASSERT_TRUE(
-        waitUntil([&] { return ::umount2(host->paths().drive.c_str(), 0) == 0; }, std::chrono::seconds(60)));
+    ASSERT_EQ(ejectByForce(), 0);
     EXPECT_TRUE(waitUntil([&] { return !host->attachError().empty(); }));
     EXPECT_EQ(host->attachError(), "The drive was ejected. Restart Ferrobank to mount it again.");
     EXPECT_FALSE(host->isMounted());
@@ -229,8 +225,7 @@ TEST_F(Guards, driveMountedAgainByHandIsAdopted)
 {
     makeDrive();
     ASSERT_TRUE(host->serveAndMount());
-    ASSERT_TRUE(
-        waitUntil([&] { return ::umount2(host->paths().drive.c_str(), 0) == 0; }, std::chrono::seconds(60)));
+    ASSERT_EQ(ejectByForce(), 0);
     ASSERT_TRUE(waitUntil([&] { return !host->attachError().empty(); }));
     ASSERT_EQ(runProgram({"mount", "-o", "loop,subvol=u/files", host->paths().image.string(),
                           host->paths().drive.string()}),

@@ -111,7 +111,7 @@ TEST_F(Serve, driveOfRootIsMountedWithoutSetuidAndDevices)
 
 TEST_F(Serve, imageIsReadOnlyWhileAttachedAndWritableAfterwards)
 {
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     struct stat attached{};
     ::stat(host->paths().image.c_str(), &attached);
     EXPECT_EQ(attached.st_mode & 07777, 0400U);
@@ -124,19 +124,19 @@ TEST_F(Serve, imageIsReadOnlyWhileAttachedAndWritableAfterwards)
 
 TEST_F(Serve, endSignalUnmountsAndNextStartBringsTheFilesBack)
 {
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     ASSERT_TRUE(writeRandomFile(host->paths().drive / "a", 3'000'000, 1));
     const auto before = fingerprint(host->paths().drive);
     host->endServing(SIGTERM);
     EXPECT_FALSE(host->isMounted());
     EXPECT_FALSE(std::filesystem::exists(host->paths().drive));
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     EXPECT_EQ(fingerprint(host->paths().drive), before);
 }
 
 TEST_F(Serve, busyDriveStaysMountedAtTheEndAndIsAdoptedLater)
 {
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     ASSERT_TRUE(writeRandomFile(host->paths().drive / "a", 1000, 1));
     {
         const FileDescriptor open(::open((host->paths().drive / "a").c_str(), O_RDONLY | O_CLOEXEC));
@@ -145,14 +145,14 @@ TEST_F(Serve, busyDriveStaysMountedAtTheEndAndIsAdoptedLater)
     EXPECT_TRUE(host->isMounted());
     EXPECT_NE(host->logText().find("The drive stays mounted: The drive is in use by"), std::string::npos);
     const std::string loop = findVolume(host->paths().image, Recognise::ByName)->loop;
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     EXPECT_EQ(findVolume(host->paths().image, Recognise::ByName)->loop, loop);
     EXPECT_NE(host->logText().find("mounted already"), std::string::npos);
 }
 
 TEST_F(Serve, secondServeEndsWithZeroAndChangesNothing)
 {
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     const pid_t first = host->servingProcess();
     EXPECT_EQ(host->run({"serve"}).status, 0);
     EXPECT_EQ(host->servingProcess(), first);
@@ -161,7 +161,7 @@ TEST_F(Serve, secondServeEndsWithZeroAndChangesNothing)
 
 TEST_F(Serve, secondServeWithForgedDescriptorsEndsToo)
 {
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     const pid_t first = host->servingProcess();
     // They are open, and nothing else about them is true.
     for (const char* descriptors : {"0,1,-1", "1,2,0", "2,2,2"}) {
@@ -201,7 +201,7 @@ TEST_F(Serve, serveAfterAKilledHolderStartsEvenWhenItsNumberIsTakenAgain)
 
 TEST_F(Serve, sixteenSilentConnectionsDoNotMakeTheServerSeemDead)
 {
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     const SocketAddress address = SocketAddress::of(host->paths().socket());
     std::vector<FileDescriptor> silent;
     while (silent.size() < 16) {
@@ -217,7 +217,7 @@ TEST_F(Serve, sixteenSilentConnectionsDoNotMakeTheServerSeemDead)
 
 TEST_F(Serve, secondServeWithAnotherRuntimeFolderEndsToo)
 {
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     host->setVariable("XDG_RUNTIME_DIR", (host->folder() / "other").string());
     EXPECT_EQ(host->run({"serve"}).status, 0);
     EXPECT_EQ(loopsOf(host->paths().image, Recognise::ByFile).size(), 1U);
@@ -225,7 +225,7 @@ TEST_F(Serve, secondServeWithAnotherRuntimeFolderEndsToo)
 
 TEST_F(Serve, commandsFindTheServingProcessFromAnotherEnvironment)
 {
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     host->setVariable("XDG_RUNTIME_DIR", "");
     const ToolRun check = host->run({"check", "--json"});
     EXPECT_NE(check.output.find(R"({"id":"running","title":"Ferrobank is running","state":"pass"})"),
@@ -246,7 +246,7 @@ TEST_F(Serve, worksWithoutRuntimeFolderInTheEnvironment)
 
 TEST_F(Serve, runtimeFolderThatVanishesComesBack)
 {
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     // Renamed first: the server writes into it while it is being emptied.
     std::filesystem::rename(host->paths().runtime, host->folder() / "gone");
     std::filesystem::remove_all(host->folder() / "gone");
@@ -256,7 +256,7 @@ TEST_F(Serve, runtimeFolderThatVanishesComesBack)
 
 TEST_F(Serve, runtimeFolderThatWasReplacedByAnotherIsUsed)
 {
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     std::filesystem::rename(host->paths().runtime, host->folder() / "gone");
     std::filesystem::create_directory(host->paths().runtime);
     std::filesystem::permissions(host->paths().runtime, std::filesystem::perms::owner_all);
@@ -266,7 +266,7 @@ TEST_F(Serve, runtimeFolderThatWasReplacedByAnotherIsUsed)
 
 TEST_F(Serve, runtimeFolderThatCannotBeMadeLeavesTheDriveMounted)
 {
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     const std::filesystem::path inTheWay = host->folder() / "a file";
     std::ofstream(inTheWay).put('x');
     ASSERT_EQ(
@@ -300,7 +300,7 @@ TEST_F(Serve, restartStartsAServingProcessWhereNoneRuns)
 
 TEST_F(Serve, restartUnmountsAndMountsInTheSameProcess)
 {
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     const pid_t process = host->servingProcess();
     ASSERT_TRUE(writeRandomFile(host->paths().drive / "a", 100'000, 7));
     const auto before = fingerprint(host->paths().drive);
@@ -312,7 +312,7 @@ TEST_F(Serve, restartUnmountsAndMountsInTheSameProcess)
 
 TEST_F(Serve, restartOfABusyDriveNamesTheProgramAndChangesNothing)
 {
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     ASSERT_TRUE(writeRandomFile(host->paths().drive / "a", 1000, 1));
     const FileDescriptor open(::open((host->paths().drive / "a").c_str(), O_RDONLY | O_CLOEXEC));
     const ToolRun restart = host->run({"restart"});
@@ -325,7 +325,7 @@ TEST_F(Serve, restartOfABusyDriveNamesTheProgramAndChangesNothing)
 
 TEST_F(Serve, takeoverKeepsTheMountAndOpenFiles)
 {
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     const pid_t process = host->servingProcess();
     std::ofstream writing(host->paths().drive / "open");
     writing << "before ";
@@ -341,7 +341,7 @@ TEST_F(Serve, takeoverKeepsTheMountAndOpenFiles)
 TEST_F(Serve, replacedProgramShowsAsPendingUpdateUntilTakenUp)
 {
     host->useProgram(installTool(host->folder() / "bundle"));
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     EXPECT_FALSE(status().contains("update_pending"));
 
     installTool(host->folder() / "bundle");
@@ -360,7 +360,7 @@ TEST_F(Serve, programStartedThroughALinkFollowsIt)
     }
     std::filesystem::create_symlink("one", link);
     host->useProgram(link / "ferrobank");
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     EXPECT_FALSE(status().contains("update_pending"));
 
     std::filesystem::create_symlink("two", host->folder() / "fresh");
@@ -378,7 +378,7 @@ TEST_F(Serve, takeoverByABrokenProgramLeavesTheOldOneAtWork)
 {
     const std::filesystem::path program = installTool(host->folder() / "bundle");
     host->useProgram(program);
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     host->useProgram(FERROBANK_TOOL);
     // First the half that serves, while the half that everybody calls is whole.
     for (const std::filesystem::path& missing : {driveProgramOf(program), program}) {
@@ -394,7 +394,7 @@ TEST_F(Serve, takeoverByABrokenProgramLeavesTheOldOneAtWork)
 
 TEST_F(Serve, hangUpSignalTakesUpTheProgramToo)
 {
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     const pid_t process = host->servingProcess();
     ::kill(process, SIGHUP);
     EXPECT_TRUE(waitUntil([&] { return host->logText().find("mounted already") != std::string::npos; }));
@@ -403,19 +403,19 @@ TEST_F(Serve, hangUpSignalTakesUpTheProgramToo)
 
 TEST_F(Serve, killedServeLeavesTheMountAndTheNextOneAdoptsIt)
 {
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     ASSERT_TRUE(writeRandomFile(host->paths().drive / "a", 2'000'000, 3));
     const auto before = fingerprint(host->paths().drive);
     host->endServing(SIGKILL);
     EXPECT_EQ(status()["mounted"], true);
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     EXPECT_EQ(fingerprint(host->paths().drive), before);
     EXPECT_EQ(loopsOf(host->paths().image, Recognise::ByFile).size(), 1U);
 }
 
 TEST_F(Serve, restartOfAServerThatEndsWithoutAnAnswerStartsAnother)
 {
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     ASSERT_TRUE(writeRandomFile(host->paths().drive / "a", 2'000'000, 3));
     const auto before = fingerprint(host->paths().drive);
     const pid_t first = host->servingProcess();
@@ -438,7 +438,7 @@ TEST_F(Serve, restartOfAServerThatEndsWithoutAnAnswerStartsAnother)
 
 TEST_F(Serve, startedWhileAKilledOneStillHoldsTheLocksItWaitsForThem)
 {
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     host->endServing(SIGKILL);
     // As the last thread of the killed one would, which is still busy in the kernel.
     std::optional<FileLock> lock;
@@ -493,7 +493,7 @@ TEST_F(Serve, killAtAnyMomentOfTheFirstStartLeavesNothingThatTheNextCannotUse)
 
 TEST_F(Serve, killAtAnyMomentOfALaterStartKeepsAllFiles)
 {
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     for (unsigned number = 0; number < 20; ++number) {
         ASSERT_TRUE(writeRandomFile(host->paths().drive / std::to_string(number), 50'000, number));
     }
@@ -511,14 +511,14 @@ TEST_F(Serve, killAtAnyMomentOfALaterStartKeepsAllFiles)
 
 TEST_F(Serve, figuresFollowTheFiles)
 {
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     ASSERT_TRUE(writeRandomFile(host->paths().drive / "a", 5'000'000, 1));
     ASSERT_EQ(::system(("cp --reflink=always " + (host->paths().drive / "a").string() + " " +
                         (host->paths().drive / "b").string())
                            .c_str()),
               0);
     host->endServing(SIGTERM);
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     ASSERT_TRUE(waitUntil([&] {
         const json root = status();
         return root.contains("volume_used") && root["volume_used"].get<std::uint64_t>() >= 10'000'000U;
@@ -530,7 +530,7 @@ TEST_F(Serve, figuresFollowTheFiles)
 TEST_F(Serve, statusIsAnsweredWithoutTheProgramBehindIt)
 {
     const std::filesystem::path program = installTool(host->folder() / "bundle");
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     std::filesystem::remove(driveProgramOf(program));
     host->useProgram(program);
     EXPECT_EQ(status()["mounted"], true);
@@ -544,7 +544,7 @@ TEST_F(Serve, statusIsAnsweredWithoutTheProgramBehindIt)
 
 TEST_F(Serve, statusIsTheSameForPeopleWithoutVariables)
 {
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     // No HOME: the account's own home folder counts, which only the larger program can look up.
     host->setVariable("HOME", "");
     const json root = json::parse(host->run({"status", "--json"}).output);
@@ -553,7 +553,7 @@ TEST_F(Serve, statusIsTheSameForPeopleWithoutVariables)
 
 TEST_F(Serve, statusThatNobodyReadsEndsWithoutADeathOrAWait)
 {
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     const std::string command =
         "HOME='" + host->paths().home.string() + "' " FERROBANK_TOOL " status --json >/dev/full";
     EXPECT_EQ(WEXITSTATUS(::system(command.c_str())), 1);
@@ -561,7 +561,7 @@ TEST_F(Serve, statusThatNobodyReadsEndsWithoutADeathOrAWait)
 
 TEST_F(Serve, statusIsWholeAThousandTimesAndTenAtOnce)
 {
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     std::vector<std::jthread> askers;
     std::atomic<int> good = 0;
     for (int asker = 0; asker < 10; ++asker) {
@@ -580,7 +580,7 @@ TEST_F(Serve, statusIsWholeAThousandTimesAndTenAtOnce)
 
 TEST_F(Serve, statusDoesNotTouchTheDrive)
 {
-    ASSERT_TRUE(host->serveAndMount());
+    ASSERT_TRUE(host->serveAndMount()) << host->logText();
     const std::string trace = (host->folder() / "trace").string();
     if (::system("command -v strace >/dev/null") != 0) {
         GTEST_SKIP() << "strace is not installed";

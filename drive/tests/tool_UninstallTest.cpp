@@ -248,11 +248,7 @@ TEST_F(Uninstall, exportOfADamagedStoreIsRefusedAndDeletesNothing)
 {
     makeFiles();
     host->endServing(SIGTERM);
-    {
-        std::fstream image(host->paths().image, std::ios::in | std::ios::out | std::ios::binary);
-        image.seekp(0x10040);
-        image.write("XXXXXXXX", 8);
-    }
+    writeMagics(host->paths().image, "XXXXXXXX");
     const ToolRun run =
         host->run({"uninstall", "--export", (host->paths().home / "copy").string(), "--delete-store"});
     EXPECT_EQ(run.status, 1);

@@ -1,5 +1,8 @@
 #include "testing/DriveFiles.h"
 
+#include "platform/FileDescriptor.h"
+#include "store/Superblock.h"
+
 #include <fcntl.h>
 #include <grp.h>
 #include <sched.h>
@@ -126,6 +129,51 @@ std::map<std::string, std::uint64_t> contents(const fs::path& folder)
         }
     }
     return hashes;
+}
+
+void cutUnusedTail(const fs::path& image)
+{
+    constexpr std::uintmax_t kBlock = 4096;
+    const FileDescriptor file(::open(image.c_str(), O_RDONLY | O_CLOEXEC));
+    std::uintmax_t used = 0;
+    std::string bytes(1U << 20U, '\0');
+    for (off_t data = ::lseek(file.get(), 0, SEEK_DATA); data >= 0;) {
+        const off_t hole = ::lseek(file.get(), data, SEEK_HOLE);
+        while (data < hole) {
+            const auto wanted = std::min(bytes.size(), static_cast<std::size_t>(hole - data));
+            const ssize_t got = ::pread(file.get(), bytes.data(), wanted, data);
+            if (got <= 0) {
+                throw std::runtime_error("cannot read " + image.string());
+            }
+            const std::size_t last =
+                std::string_view(bytes.data(), static_cast<std::size_t>(got)).find_last_not_of('\0');
+            if (last != std::string_view::npos) {
+                used = (static_cast<std::uintmax_t>(data) + last) / kBlock * kBlock + kBlock;
+            }
+            data += got;
+        }
+        data = ::lseek(file.get(), hole, SEEK_DATA);
+    }
+    if (used == 0 || used >= fs::file_size(image)) {
+        throw std::runtime_error("the image has no unused tail: " + image.string());
+    }
+    fs::resize_file(image, used);
+}
+
+void writeMagics(const fs::path& image, const std::string& magic)
+{
+    constexpr std::uint64_t kMagicInside = 0x40;
+    const std::uintmax_t length = fs::file_size(image);
+    std::fstream file(image, std::ios::in | std::ios::out | std::ios::binary);
+    for (const std::uint64_t place : kSuperblockPlaces) {
+        if (place + kMagicInside + magic.size() <= length) {
+            file.seekp(static_cast<std::streamoff>(place + kMagicInside));
+            file.write(magic.data(), static_cast<std::streamsize>(magic.size()));
+        }
+    }
+    if (!file.flush()) {
+        throw std::runtime_error("cannot change " + image.string());
+    }
 }
 
 bool asOrdinaryUser(const std::function<bool()>& work)

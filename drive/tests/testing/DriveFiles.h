@@ -29,6 +29,13 @@ void writeFile(const std::filesystem::path& path, const std::string& content);
 /// The same with contents only: path to hash of every regular file.
 [[nodiscard]] std::map<std::string, std::uint64_t> contents(const std::filesystem::path& folder);
 
+/// Cuts an image behind the last of its bytes that are not zero. Where that is was the kernel's choice:
+/// beside the large guard, files may lie far behind.
+void cutUnusedTail(const std::filesystem::path& image);
+
+/// Writes `magic`, of 8 bytes, into every copy of the superblock that the image is long enough for.
+void writeMagics(const std::filesystem::path& image, const std::string& magic);
+
 /// Runs `work` in a child process as an ordinary user who owns nothing else; answers its result.
 [[nodiscard]] bool asOrdinaryUser(const std::function<bool()>& work);
 
