@@ -5,6 +5,8 @@
 #include "Platform/linux/updates/feed/ItemChoice.h"
 #include "Platform/linux/updates/feed/ReleaseNotes.h"
 
+#include <QtCore/QTimeZone>
+
 #include <cstdlib>
 
 using namespace ferrobank::updates;
