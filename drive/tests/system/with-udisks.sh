@@ -116,9 +116,10 @@ if [ "$session" != none ]; then
         $uid $active $remote $$ "$seat" >/run/systemd/sessions/c1
 fi
 # With both kinds of control groups mounted, systemd's library looks into the unified one.
+# Of this run alone: its end kills what is left in it, and another tree may run the same test.
 for root in /sys/fs/cgroup/unified /sys/fs/cgroup/systemd /sys/fs/cgroup; do
     [ -e $root/cgroup.procs ] || continue
-    cgroup=$root/user.slice/user-$uid.slice/user@$uid.service/app.slice/ferrobank.service
+    cgroup=$root/user.slice/user-$uid.slice/user@$uid.service/app.slice/ferrobank-$$.service
     mkdir -p "$cgroup" || skip "control groups cannot be made here"
     cgroups+=("$cgroup")
 done
