@@ -79,6 +79,11 @@ TEST_F(LoopDevicesTest, aNewFileInThePlaceOfADeletedImageIsNotIt)
 
 TEST_F(LoopDevicesTest, withoutDescriptorsItSaysThatItCannotTellAndNotThatThereAreNone)
 {
+#if defined(__has_feature)
+#if __has_feature(undefined_behavior_sanitizer)
+    GTEST_SKIP() << "the sanitizer needs descriptors of its own to look at an object";
+#endif
+#endif
     attach("loop0", image.string());
     rlimit before{};
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);

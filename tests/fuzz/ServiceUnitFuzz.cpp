@@ -12,7 +12,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    constexpr auto kLines = 18;
+    constexpr auto kLines = 20;
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
     static_cast<void>(ferrobank::programOfServiceUnit(bytes));
     if (bytes.find('\0') == std::string_view::npos) {

@@ -36,10 +36,11 @@ bool CommandLineTool::isInstalled() const
 
 QCoro::Task<> CommandLineTool::install()
 {
+    const Lifeline::Hold hold = _lifeline.hold();
     if (_underWay) {
         const Latch over = *_underWay;
         co_await over.wait();
-        if (!isInstalled()) {
+        if (hold.isCut() || !isInstalled()) {
             throw Cancelled();
         }
         co_return;
@@ -52,7 +53,9 @@ QCoro::Task<> CommandLineTool::install()
     } catch (...) {
         failure = std::current_exception();
     }
-    _underWay.reset();
+    if (!hold.isCut()) {
+        _underWay.reset();
+    }
     over.open();
     if (failure) {
         std::rethrow_exception(failure);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Ferrobank/Async/Lifeline.h"
 #include "Platform/PrivilegedLink.h"
 
 #include <QCoro/QCoroTask>
@@ -53,6 +54,7 @@ private:
     PrivilegedLink& _privilegedLink;
     QString _link;
     std::shared_ptr<Latch> _underWay; ///< opens when the installation that runs has ended
+    Lifeline _lifeline;
 };
 
 } // namespace ferrobank
